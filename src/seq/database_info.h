@@ -1,0 +1,21 @@
+// The header of the database in use. The builder writes it, the loader reads it; for a text database the
+// driver fills the two counts only.
+#pragma once
+
+#include <cstdint>
+
+#include "util/memory.h"
+
+// Fields in the order of the index file.
+struct BdbInfo {
+  int32_t index_flag = 0;    // 1: residues are stored as codes, 0: as letters
+  int32_t index_length = 0;  // bytes of `index`
+  UTstring index;            // matrix letters and the gap character at build time
+  int32_t nseq = 0;
+  int32_t nres = 0;     // residues, pads not counted; the measure of database size in all statistics
+  int32_t totchar = 0;  // bytes of the sequence file
+  int32_t date_length = 0;
+  UTstring date;  // asctime layout, newline included
+  int32_t name_length = 0;
+  UTstring name;  // source file
+};

@@ -1,0 +1,31 @@
+// Sequence records and the storage behind them.
+#pragma once
+
+#include <cstdint>
+
+#include "util/memory.h"
+
+// One sequence. The three strings are not owned: they point into a SeqStore (sequences read from text, or the
+// one block of a binary database), which must outlive the record.
+struct SeqRec {
+  const char* id = nullptr;     // zero-terminated
+  const char* title = nullptr;  // zero-terminated
+  int8_t* seq = nullptr;  // position 0: blank (gap code once encoded); residues 1..len-2; zero byte at len-1
+  int32_t ilen = 0;       // length of id
+  int32_t tlen = 0;       // length of title
+  int32_t len = 0;        // residues + 2
+};
+
+// Owner of sequence strings: blocks that never move once handed out.
+struct SeqStore {
+  UTvector<UTvector<char>> blocks;
+  std::size_t used = 0;  // bytes handed out of the last block
+};
+
+// store_sequence - copies one sequence into the store, residues as given.
+// In     residues[0..nres-1]; the pads are added here
+SeqRec store_sequence(SeqStore& store, const char* id, int32_t ilen, const char* title, int32_t tlen,
+                      const char* residues, int32_t nres);
+
+// freeseqs - releases every string of the store; records that point into it become invalid.
+void freeseqs(SeqStore& store);

@@ -1,0 +1,26 @@
+// How a run fails: a plain sentence on an error stream, then the end of the process. Nothing outside this
+// file calls exit. The exit statuses differ on purpose by family: -1 for configuration, input files and fits;
+// 0 for exhausted memory and for the fatal error routine; 1 for streams.
+#pragma once
+
+#include <cstdio>
+
+#if defined(__GNUC__)
+#define UT_PRINTF(format_at, values_at) __attribute__((format(printf, format_at, values_at)))
+#else
+#define UT_PRINTF(format_at, values_at)
+#endif
+
+// UTerror - reports a message with the system's description of the current error number.
+// Does   writes "message: description\n" (without "message: " when the text is empty) to std_err
+// Ends   never
+void UTerror(const char* message);
+
+// error - the same report; with exit_flag != 0 the process then ends with status 0 (deliberately 0).
+void error(const char* message, int exit_flag);
+
+// The ends of a run, one per status. The printf-style sentence (newline included by the caller) is written to
+// `stream` first; an empty format writes nothing, for callers that have already said why.
+[[noreturn]] void UTend_input(FILE* stream, const char* format, ...) UT_PRINTF(2, 3);   // status -1
+[[noreturn]] void UTend_stream(FILE* stream, const char* format, ...) UT_PRINTF(2, 3);  // status 1
+[[noreturn]] void UTend_memory(const char* message);  // UTerror's report on std_err, status 0

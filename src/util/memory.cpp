@@ -1,0 +1,43 @@
+#include "util/memory.h"
+
+#include <cstdlib>
+#include <new>
+
+#include "util/failure.h"
+
+void* UTmalloc(std::size_t size) {
+  void* block = std::malloc(size > 0 ? size : 1);
+  if (block == nullptr) UTend_memory("malloc error");
+  return block;
+}
+
+void* UTrealloc(void* block, std::size_t size) {
+  void* resized = std::realloc(block, size > 0 ? size : 1);
+  if (resized == nullptr) UTend_memory("realloc error");
+  return resized;
+}
+
+void UTfree(void* block) {
+  if (block == nullptr) UTend_memory("Attempt to free NULL pointer");
+  std::free(block);
+}
+
+// What the standard library allocates by itself fails in the same way.
+void* operator new(std::size_t size) {
+  return UTmalloc(size);
+}
+void* operator new[](std::size_t size) {
+  return UTmalloc(size);
+}
+void operator delete(void* block) noexcept {
+  std::free(block);
+}
+void operator delete[](void* block) noexcept {
+  std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+  std::free(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+  std::free(block);
+}

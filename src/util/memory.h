@@ -1,0 +1,38 @@
+// Checked allocation. A request either succeeds or ends the run with a report (status 0): no caller tests for
+// exhaustion. Containers get the same policy through UTallocator, so that records stay plain structs.
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <string>
+#include <vector>
+
+// UTmalloc - a block of `size` bytes, contents unset; "malloc error" and status 0 when there is none.
+void* UTmalloc(std::size_t size);
+
+// UTrealloc - `block` (may be null) resized to `size` bytes; "realloc error" and status 0 when there is no
+// room.
+void* UTrealloc(void* block, std::size_t size);
+
+// UTfree - releases a block; a null block is a fault of the caller: "Attempt to free NULL pointer", status 0.
+void UTfree(void* block);
+
+template <class T>
+struct UTallocator {
+  using value_type = T;
+  UTallocator() = default;
+  template <class U>
+  UTallocator(const UTallocator<U>&) {}
+  T* allocate(std::size_t count) {
+    if (count > std::numeric_limits<std::size_t>::max() / sizeof(T)) {
+      count = std::numeric_limits<std::size_t>::max() / sizeof(T);  // never to be had: ends in UTmalloc
+    }
+    return static_cast<T*>(UTmalloc(count * sizeof(T)));
+  }
+  void deallocate(T* block, std::size_t) { UTfree(block); }
+  friend bool operator==(const UTallocator&, const UTallocator&) { return true; }
+};
+
+template <class T>
+using UTvector = std::vector<T, UTallocator<T>>;
+using UTstring = std::basic_string<char, std::char_traits<char>, UTallocator<char>>;

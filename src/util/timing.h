@@ -1,0 +1,38 @@
+// The stopwatch of the process: CPU time (own and finished children's) and elapsed time, each since the last
+// reading and since the start, in seconds. Start it (UT_init_times) before the first reading.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+
+#include "util/memory.h"
+
+// The slots of a run's times, each a text made by UT_get_times(1).
+enum RunTimeSlot : int32_t {
+  TIME_SETUP = 0,       // load matrix, query and index
+  TIME_LOAD = 1,        // load database
+  TIME_SCAN = 2,        // scan database
+  TIME_SORT = 3,        // sorting
+  TIME_SCORES = 4,      // output scores
+  TIME_ALIGNMENTS = 5,  // generate and write alignments
+};
+using RunTimes = std::array<UTstring, 6>;
+
+// UT_init_times - starts the stopwatch; does nothing when it runs already.
+void UT_init_times();
+
+// UT_reset_times - stops it; a later UT_init_times starts afresh.
+void UT_reset_times();
+
+// UT_get_times - takes a reading and returns it as text.
+// In     mode 0: elapsed since the last reading; 1: CPU since the last reading, since start, elapsed since
+// the
+//        last reading, since start; 2: sixteen figures; 3: own, children's and total CPU, elapsed, since
+//        start
+// Ends   never; a stopwatch that does not run is started first
+UTstring UT_get_times(int32_t mode);
+
+// UT_show_times - takes a reading and writes it in one of four layouts (0: elapsed; 1: one line; 2: a table;
+// 3: cumulative).
+void UT_show_times(FILE* stream, int32_t mode);
