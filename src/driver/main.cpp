@@ -1,0 +1,106 @@
+// Entry point: configure, hand the record to the driver of the mode, make sure that the report was written.
+#include <cstdio>
+#include <cstdlib>
+
+#include "bdb/builder.h"
+#include "bdb/extraction.h"
+#include "driver/command_line.h"
+#include "driver/gap_defaults.h"
+#include "driver/params.h"
+#include "iter/iter_driver.h"
+#include "util/failure.h"
+#include "util/streams.h"
+#include "util/text.h"
+
+namespace {
+
+constexpr const char* VERSION_TEXT = "2.3.9 (Wed Jul 17 14:02:27 BST 2002)\n";
+
+void ZELVAN_PrintWarning(FILE* stream) {
+  std::fputs(
+      "WARNING: No ZELVANDIR environment variable set\n"
+      "         I will assume you want to use zelvan_defaults.dat\n"
+      "                                       zelvan_alias.dat\n"
+      "                                   and zelvan_gapdefs.dat\n"
+      "         from the current directory\n",
+      stream);
+}
+
+// From here on all diagnostics of the support library follow the record's streams.
+void ZELVAN_initfile(const Params* p) {
+  std_err = p->STDERR;
+  std_in = p->STDIN;
+  std_out = p->STDOUT;
+}
+
+Params* configure(int argc, const char* const* argv) {
+  const char* given = std::getenv("ZELVANDIR");
+  if (given == nullptr) ZELVAN_PrintWarning(stderr);
+  const UTstring directory = UTstrdup(given != nullptr ? given : "./");
+  const UTstring defaults_path = UTcat({directory, "/zelvan_defaults.dat"});
+  const UTstring alias_path = UTcat({directory, "/zelvan_alias.dat"});
+  const UTstring gaps_path = UTcat({directory, "/zelvan_gapdefs.dat"});
+
+  Params* p = GetPars(defaults_path.c_str(), alias_path.c_str());
+  if (p->SUCCESS == -1) UTend_input(stderr, "Error decoding parameter file\n");
+  p->VERSION = UTstrdup(VERSION_TEXT);
+  if (p->VERBOSE != 0) std::fputs("Getting Default Gaps\n", stderr);
+  if (!GetGaps(gaps_path.c_str(), p)) UTend_input(stderr, "Error decoding gap defaults file\n");
+  if (p->VERBOSE != 0) std::fputs("Decoding Command line\n", stderr);
+  p = GetCmd(p, argc, argv);
+  ZELVAN_initfile(p);
+  return p;
+}
+
+// The one place where MODE is interpreted as a whole. 11, 29 and 9999 are accepted and do nothing.
+void run_mode(Params* p) {
+  switch (p->MODE) {
+    case 0:
+      p->MODE = 200;
+      swpp2_iter(p);
+      break;
+    case 2:
+      p->MODE = 202;
+      swpp2_iter(p);
+      break;
+    case 200:
+    case 202:
+    case 210:
+    case 212:
+      swpp2_iter(p);
+      break;
+    case 99:
+      makedb(p);
+      break;
+    case 100:
+      ex1(p);
+      break;
+    case 667:
+      subset_db(p);
+      break;
+    case 11:
+    case 29:
+    case 9999:
+      break;
+    default:
+      UTend_input(std_err, "Sorry but MODE:%d is not available\n", p->MODE);
+  }
+}
+
+// A full disk must not look like success.
+void check_report() {
+  if (std::fflush(std_out) != 0 || std::ferror(std_out) != 0) {
+    UTerror("Error writing the report");
+    UTend_stream(std_err,
+                 "The output is incomplete: check the space on the disk that STDOUT is written to\n");
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  UTinitfile();
+  run_mode(configure(argc, argv));
+  check_report();
+  return 0;
+}
