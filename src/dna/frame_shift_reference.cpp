@@ -1,4 +1,4 @@
-#include "align/frame_shift_reference.h"
+#include "dna/frame_shift_reference.h"
 
 #include <algorithm>
 #include <array>
