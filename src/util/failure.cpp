@@ -7,6 +7,15 @@
 
 #include "util/streams.h"
 
+namespace {
+
+[[noreturn]] void end_run(int status, FILE* stream, const char* format, va_list values) {
+  std::vfprintf(stream, format, values);
+  std::exit(status);
+}
+
+}  // namespace
+
 void UTerror(const char* message) {
   const int number = errno;
   if (message[0] != '\0') std::fprintf(std_err, "%s: ", message);
@@ -21,17 +30,19 @@ void error(const char* message, int exit_flag) {
 void UTend_input(FILE* stream, const char* format, ...) {
   va_list values;
   va_start(values, format);
-  std::vfprintf(stream, format, values);
-  va_end(values);
-  std::exit(-1);
+  end_run(-1, stream, format, values);
 }
 
 void UTend_stream(FILE* stream, const char* format, ...) {
   va_list values;
   va_start(values, format);
-  std::vfprintf(stream, format, values);
-  va_end(values);
-  std::exit(1);
+  end_run(1, stream, format, values);
+}
+
+void UTend_fault(FILE* stream, const char* format, ...) {
+  va_list values;
+  va_start(values, format);
+  end_run(0, stream, format, values);
 }
 
 void UTend_memory(const char* message) {

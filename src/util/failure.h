@@ -23,4 +23,5 @@ void error(const char* message, int exit_flag);
 // `stream` first; an empty format writes nothing, for callers that have already said why.
 [[noreturn]] void UTend_input(FILE* stream, const char* format, ...) UT_PRINTF(2, 3);   // status -1
 [[noreturn]] void UTend_stream(FILE* stream, const char* format, ...) UT_PRINTF(2, 3);  // status 1
+[[noreturn]] void UTend_fault(FILE* stream, const char* format, ...) UT_PRINTF(2, 3);   // status 0
 [[noreturn]] void UTend_memory(const char* message);  // UTerror's report on std_err, status 0
