@@ -133,7 +133,7 @@ int32_t clamp_to_int32(double value) {
 }
 
 int32_t read_int(const char* value) {
-  return static_cast<int32_t>(std::strtol(value, nullptr, 10));
+  return clamp_to_int32(static_cast<double>(std::strtol(value, nullptr, 10)));
 }
 double read_real(const char* value) {
   return std::strtod(value, nullptr);

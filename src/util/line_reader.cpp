@@ -1,0 +1,46 @@
+#include "util/line_reader.h"
+
+#include <cstdlib>
+
+#include "util/failure.h"
+#include "util/streams.h"
+
+namespace {
+
+constexpr char SUBSTITUTE = '\x1a';
+
+}  // namespace
+
+UTvector<char> UTlinebuffer(std::size_t size, const char* caller) {
+  // A missing line buffer has its own message and status, unlike other exhausted memory: try first (volatile,
+  // lest the compiler drops an allocation that is only tested and released).
+  void* volatile room = std::malloc(size);
+  if (room == nullptr) {
+    char message[128];
+    std::snprintf(message, sizeof message, "No Space for buff in %s", caller);
+    UTerror(message);
+    UTend_input(std_err, "%s", "");
+  }
+  std::free(room);
+  return UTvector<char>(size);
+}
+
+bool UTgetline(FILE* stream, UTvector<char>& buffer) {
+  std::size_t length = 0;
+  while (length + 1 < buffer.size()) {
+    int byte = std::getc(stream);
+    if (byte == EOF) break;
+    if (byte == '\r') {
+      const int next = std::getc(stream);
+      if (next == '\n' || next == EOF) {
+        byte = '\n';
+      } else {
+        std::ungetc(next, stream);
+      }
+    }
+    buffer[length++] = byte == '\0' ? SUBSTITUTE : static_cast<char>(byte);
+    if (byte == '\n') break;
+  }
+  buffer[length] = '\0';
+  return length > 0;
+}
