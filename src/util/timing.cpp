@@ -1,15 +1,9 @@
 #include "util/timing.h"
 
-#include <sys/times.h>
 #include <unistd.h>
 
 namespace {
 
-struct Stopwatch {
-  bool running = false;
-  tms t_init{}, t_last{}, t_new{};
-  clock_t init_times = 0, last_times = 0, new_times = 0;
-};
 Stopwatch watch;
 
 // Seconds of one quantity, since the last reading and since the start.
@@ -57,6 +51,14 @@ UTstring figures(std::initializer_list<float> values) {
 }
 
 }  // namespace
+
+Stopwatch UT_keep_times() {
+  return watch;
+}
+
+void UT_return_to_times(const Stopwatch& kept) {
+  watch = kept;
+}
 
 void UT_init_times() {
   if (watch.running) return;

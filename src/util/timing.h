@@ -2,6 +2,8 @@
 // reading and since the start, in seconds. Start it (UT_init_times) before the first reading.
 #pragma once
 
+#include <sys/times.h>
+
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -18,6 +20,19 @@ enum RunTimeSlot : int32_t {
   TIME_ALIGNMENTS = 5,  // generate and write alignments
 };
 using RunTimes = std::array<UTstring, 6>;
+
+// The state of the stopwatch: the records of the process's times at start, at the last reading and now, and
+// the elapsed ticks that go with them.
+struct Stopwatch {
+  bool running = false;
+  tms t_init{}, t_last{}, t_new{};
+  clock_t init_times = 0, last_times = 0, new_times = 0;
+};
+
+// UT_keep_times, UT_return_to_times - take a copy of the state and go back to it, so that the next reading
+// covers a whole phase in which other readings were taken or the stopwatch was stopped.
+Stopwatch UT_keep_times();
+void UT_return_to_times(const Stopwatch& kept);
 
 // UT_init_times - starts the stopwatch; does nothing when it runs already.
 void UT_init_times();
