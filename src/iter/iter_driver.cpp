@@ -1,0 +1,261 @@
+#include "iter/iter_driver.h"
+
+#include <algorithm>
+
+#include "align/alignment_text.h"
+#include "align/lookup.h"
+#include "align/scan.h"
+#include "bdb/extraction.h"
+#include "bdb/loader.h"
+#include "driver/gap_defaults.h"
+#include "iter/profile.h"
+#include "report/iteration_changes.h"
+#include "report/multiple_alignment.h"
+#include "report/result_sort.h"
+#include "report/run_header.h"
+#include "report/score_list.h"
+#include "seq/alphabet.h"
+#include "seq/database_info.h"
+#include "seq/matrix.h"
+#include "seq/sequence_file.h"
+#include "stats/lpfit.h"
+#include "util/failure.h"
+#include "util/streams.h"
+#include "util/timing.h"
+
+namespace {
+
+// What one run works on. The sequences live in one of the two databases.
+struct Search {
+  const ScoreMatrix* matrix = nullptr;  // lives for the process
+  SeqStore query_store;
+  SeqRec query;
+  LookupTable table;  // the profile from the second iteration on
+  TextDatabase text;
+  BdbInfo text_info;  // stands for the header that a text database lacks
+  BinaryDatabase binary;
+  SeqRec* seqs = nullptr;
+  int32_t n = 0;
+  UTvector<int32_t> scores;  // [n] of the latest scan, x PRECISION
+  UTvector<int32_t> order;   // the latest ranking, best last; empty until there is one
+  IterHistory history;
+  RunTimes times;
+};
+
+// A line of progress.
+void progress(const Params* p, const char* text) {
+  if (p->VERBOSE != 0) std::fputs(text, std_err);
+}
+
+void show_time(const char* label, const Params* p) {
+  if (p->TIME <= 5) return;
+  std::fputs(label, std_err);
+  UT_show_times(std_err, 1);
+}
+
+void set_up(Search& search, Params* p) {
+  UT_init_times();
+  if (p->DO_STATS != 2) {
+    std::fputs("Error:  for iterative searching you must set do_stats = 2\n", std_err);
+  }
+  setgapdefs(p);
+  progress(p, "Getting matrix\n");
+  search.matrix = getmat(p);
+  progress(p, "Getting query\n");
+  search.query = get_query_seq(search.query_store, p);
+  SeqRec& query = search.query;
+  if (p->VERBOSE != 0) {
+    std::fprintf(std_err, "Query:\n%s\n%s\n%s\n", query.id, query.title,
+                 reinterpret_cast<const char*>(query.seq + 1));
+  }
+  seqtoi(query.seq, query.len, *search.matrix);
+  if (p->VERBOSE != 0) {
+    std::fprintf(std_err, "Building lookup table (pen = %d, pen1 = %d)\n", p->LD_PEN, p->LI_PEN);
+  }
+  search.table = mlookgap(query.seq, query.len, *search.matrix, p->LD_PEN, p->LI_PEN, p);
+  search.times[TIME_SETUP] = UT_get_times(1);
+  show_time("Read matrix, query and build lookup table ", p);
+}
+
+// Takes the sequences into memory, as letters or as codes.
+void read_database(Search& search, Params* p) {
+  if (p->BDB_GIVEN == 0) {
+    read_text_database(search.text, p->VERBOSE != 0, p);
+    search.text_info = text_database_info(search.text, p);
+    p->binfo = &search.text_info;
+    search.seqs = search.text.seqs.data();
+    search.n = static_cast<int32_t>(search.text.seqs.size());
+  } else {
+    loadbdb(search.binary, *search.matrix, p);
+    search.seqs = search.binary.seqs.data();
+    search.n = static_cast<int32_t>(search.binary.seqs.size());
+  }
+}
+
+void load_database(Search& search, Params* p) {
+  const Stopwatch before = UT_keep_times();
+  read_database(search, p);
+  UT_return_to_times(before);  // the loader stops the stopwatch when it is asked for times
+  show_time("Load database ", p);
+  if (p->BDB_GIVEN == 0 || p->APPLY_INDEX == 0) {
+    progress(p, "Converting database sequences\n");
+    encode_sequences(search.seqs, search.n, *search.matrix);
+    show_time("Convert database ", p);
+  }
+  GetDBFreqs(search.seqs, search.n, p);
+  if (p->VERBOSE != 0) DumpDBFreqs(std_err, p);
+  UT_return_to_times(before);  // so that the slot covers all of the loading, whatever was shown on the way
+  search.times[TIME_LOAD] = UT_get_times(1);
+  if (p->VERBOSE != 0) std::fprintf(std_err, "Scanning database of %d sequences\n", search.n);
+  show_time("", p);
+
+  search.scores.assign(static_cast<std::size_t>(search.n), 0);
+  p->DB_QUERY_RATIO = static_cast<double>(p->binfo->nres) / static_cast<double>(search.query.len - 2);
+  if (p->VERBOSE > 10) {
+    std::fprintf(stderr, "Penalties: pen = %d pen1 = %d\n", p->LD_PEN, p->LI_PEN);
+    std::fputs("Lookup table for first search\n", stderr);
+    PrintLookup2(search.query.len, search.table, *search.matrix, stderr, p);
+  }
+}
+
+void open_side_files(Params* p) {
+  if (p->PRINT_BLOCK_FILE != 1) return;
+  UTfileopen(p->BLOCK_FILE_OUT, "w", 1);
+  if (p->PRINT_FRAG_FILE == 1) UTfileopen(p->FRAG_FILE_OUT, "w", 1);
+}
+
+// Ends the run with status 1 when not everything reached the file.
+void check_written(const FileRec& file) {
+  if (file.stream == nullptr) return;
+  if (std::fflush(file.stream) == 0 && std::ferror(file.stream) == 0) return;
+  UTerror("Error writing File");
+  UTend_stream(std_err, "File: %s is incomplete: check the space on its disk\n", file.name.c_str());
+}
+
+void close_side_files(Params* p) {
+  if (p->PRINT_BLOCK_FILE != 1) return;
+  check_written(p->BLOCK_FILE_OUT);
+  UTfileclose(p->BLOCK_FILE_OUT, 1);
+  check_written(p->FRAG_FILE_OUT);  // stays open to the end of the run
+}
+
+void scan(Search& search, const Params* p) {
+  UT_get_times(1);  // a reading that nobody sees: the slot then covers this scan alone, and so the rate
+  scan_database(search.query.len, search.seqs, search.n, search.table, *search.matrix, search.scores.data(),
+                p);
+  search.times[TIME_SCAN] = UT_get_times(1);
+  show_time("Scan database", p);
+}
+
+LpfitData fit_statistics(const Search& search, const Params* p) {
+  progress(p, "About to call setup_lpfit\n");
+  LpfitData lpfit = setup_lpfit(search.query.len - 2, search.seqs, search.scores.data(), search.n, p);
+  progress(p, "About to call do_lpfit\n");
+  if (const int32_t code = do_lpfit(lpfit); code > 0) {
+    UTend_input(std_err, "Failure in fitting routines - exiting with Error: %d\n", code);
+  }
+  return lpfit;
+}
+
+void trace_ranking(const ResultRec& results) {
+  for (int32_t rank = 0; rank < results.n; ++rank) {
+    const int32_t k = results.order[results.n - 1 - rank];
+    std::fprintf(std_out, "After cpv: %s %d %d %d %g %g\n", results.seqs[k].id, rank, k, results.scores[k],
+                 results.standardised[k], results.significance[k]);
+  }
+}
+
+void build_next_profile(Search& search, const LpfitData& lpfit, int32_t iteration, Params* p) {
+  const auto announce = [&](const char* format) {
+    if (p->VERBOSE != 0) std::fprintf(std_err, format, iteration);
+  };
+  announce("About to call initialise_aldat: Iteration %d\n");
+  AlignData aldat = initialise_aldat(search.query);
+  announce("About to call build_profile: Iteration %d\n");
+  build_profile(search.query, search.seqs, search.scores.data(), search.order.data(), search.n,
+                *search.matrix, search.table, lpfit, p->n_probcut2_hits, aldat, p);
+  announce("About to call print_multiple_alignment Iteration %d\n");
+  print_multiple_alignment(aldat, p);
+  announce("About to call print_frag_file Iteration %d\n");
+  print_frag_file(aldat, p);
+  announce("About to call destroy_aldat: Iteration %d\n");
+  destroy_aldat(aldat);
+  announce("Done with  build_profile: Iteration %d\n");
+}
+
+// One pass over the database and all that follows from it. Returns the number of changes of the hit list.
+int32_t iterate(Search& search, int32_t iteration, Params* p) {
+  scan(search, p);
+  if (p->NPRINT_TO_THRESHOLD == 1) p->MAX_NOUT = search.n;
+  LpfitData lpfit = fit_statistics(search, p);
+  p->lpfit = &lpfit;
+
+  progress(p, "About to call apply_lpfit\n");
+  const UTvector<double> standardised = apply_lpfit(lpfit);
+  const UTvector<double> significance = get_lpfit_probs(standardised, search.seqs, search.n, p);
+  search.order = do_pv_sort(p->PROB_TYPE == 2 ? significance.data() : standardised.data(), search.n, p);
+  ResultRec results;
+  results.seqs = search.seqs;
+  results.scores = search.scores.data();
+  results.standardised = standardised.data();
+  results.significance = significance.data();
+  results.order = search.order.data();
+  results.n = search.n;
+  if (p->VERBOSE == 1002) trace_ranking(results);
+
+  progress(p, "About to call print_score_list3\n");
+  p->ITERATION = iteration;
+  const int32_t totn = print_score_list3(search.query, results, *search.matrix, search.times, p);
+  if (p->VERBOSE != 0) std::fprintf(std_err, "totn: %d\n", totn);
+  progress(p, "About to call iter_hist\n");
+  iter_hist(search.history, results, iteration, p->n_probcut2_hits, p);
+  progress(p, "About to print_changes\n");
+  const int32_t changes = print_changes(search.history, search.seqs, iteration, std_out, p);
+
+  if (p->VERBOSE != 0) {
+    std::fprintf(std_err, "PROBCUT: %f MAX_AOUT: %d\n", static_cast<double>(p->PROBCUT), p->MAX_AOUT);
+  }
+  if (p->APRINT_TO_THRESHOLD == 1) p->MAX_AOUT = totn;
+  if (p->VERBOSE != 0) {
+    std::fprintf(std_err, "About to call print_alignments_pp\ntotn: %d\np->MAX_AOUT: %d\n", totn,
+                 p->MAX_AOUT);
+  }
+  print_alignments_pp(search.query, search.seqs, search.scores.data(), search.order.data(), search.n,
+                      *search.matrix, search.table, lpfit, p);
+  build_next_profile(search, lpfit, iteration, p);
+  p->lpfit = nullptr;
+  return changes;
+}
+
+void search_until_stable(Search& search, Params* p) {
+  int32_t changes = -1;
+  for (int32_t i = 0; i < p->NITER && changes != 0; ++i) {
+    changes = iterate(search, i, p);
+    if (changes == 0) {
+      std::fputs("#\n# Have converged - skipping any remaining iterations.\n#\n", std_out);
+    }
+    if (i == 0 && p->MODE == 202 && p->MIXED_MODE == 1) {
+      p->MODE = 200;
+      p->LD_PEN = p->MM_LD_PEN;
+    }
+  }
+}
+
+}  // namespace
+
+void swpp2_iter(Params* p) {
+  Search search;
+  set_up(search, p);
+  load_database(search, p);
+  open_side_files(p);
+  search_until_stable(search, p);
+  close_side_files(p);
+  // Without an iteration there is no ranking, and nothing to extract.
+  extract_seqs(search.seqs, static_cast<int32_t>(search.order.size()), search.order.data(), *search.matrix,
+               p);
+  search.times[TIME_ALIGNMENTS] = UT_get_times(1);
+  show_time("Write results ", p);
+  UT_reset_times();
+  if (p->SHOW_BLURB != 0) print_times2(std_out, search.times, search.query.len - 2, p->binfo->nres);
+  p->binfo = nullptr;
+}
