@@ -132,16 +132,13 @@ int32_t clamp_to_int32(double value) {
   return static_cast<int32_t>(value < lowest ? lowest : value > highest ? highest : value);
 }
 
-int32_t read_int(const char* value) {
-  return clamp_to_int32(static_cast<double>(std::strtol(value, nullptr, 10)));
-}
 double read_real(const char* value) {
   return std::strtod(value, nullptr);
 }
 
 int32_t check_precision(int32_t n, const char* caller) {
   if (n != 1 && n / 10 != n / 10.0) {
-    errno = 0;
+    errno = EINVAL;
     error(UTcat({"Invalid Precision multiplier in ", caller}).c_str(), 1);
   }
   return n;
@@ -161,6 +158,14 @@ T& field_of(const KeyEntry& key, Params* p) {
 
 }  // namespace
 
+int32_t integer_value(const char* value) {
+  return clamp_to_int32(static_cast<double>(std::strtol(value, nullptr, 10)));
+}
+
+int32_t scaled_value(const char* value, int32_t precision) {
+  return clamp_to_int32(read_real(value) * precision);
+}
+
 std::span<const KeyEntry> parameter_keys() {
   return KEYS;
 }
@@ -175,13 +180,13 @@ const KeyEntry* find_key(const char* token, const Params* p) {
 void store_value(const KeyEntry& key, const char* value, const char* caller, Params* p) {
   switch (key.type) {
     case KeyType::INT:
-      field_of<int32_t>(key, p) = read_int(value);
+      field_of<int32_t>(key, p) = integer_value(value);
       break;
     case KeyType::INT_SCALED:
-      field_of<int32_t>(key, p) = clamp_to_int32(static_cast<double>(read_int(value)) * p->PRECISION);
+      field_of<int32_t>(key, p) = clamp_to_int32(static_cast<double>(integer_value(value)) * p->PRECISION);
       break;
     case KeyType::REAL_SCALED:
-      field_of<int32_t>(key, p) = clamp_to_int32(read_real(value) * p->PRECISION);
+      field_of<int32_t>(key, p) = scaled_value(value, p->PRECISION);
       break;
     case KeyType::REAL_TRUNCATED:
       field_of<int32_t>(key, p) = clamp_to_int32(read_real(value));
@@ -196,7 +201,7 @@ void store_value(const KeyEntry& key, const char* value, const char* caller, Par
       field_of<char>(key, p) = value[0];
       break;
     case KeyType::PRECISION:
-      field_of<int32_t>(key, p) = check_precision(read_int(value), caller);
+      field_of<int32_t>(key, p) = check_precision(integer_value(value), caller);
       break;
     case KeyType::FILE_NAME:
       UTfilerename(field_of<FileRec>(key, p), value);

@@ -33,6 +33,13 @@ struct KeyEntry {
   const char* initial;  // default, as it would stand in a configuration file read with PRECISION 100
 };
 
+// integer_value - the base-10 integer at the start of a text; 0 without digits, clamped to 32 bits.
+int32_t integer_value(const char* value);
+
+// scaled_value - the decimal at the start of a text times `precision`, truncated toward zero in double
+// precision (0.29 times 100 gives 28), clamped to 32 bits.
+int32_t scaled_value(const char* value, int32_t precision);
+
 // parameter_keys - the table, in the order in which keys are tried (the first match wins).
 std::span<const KeyEntry> parameter_keys();
 
