@@ -5,13 +5,14 @@
 #include <sys/times.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
 #include "util/memory.h"
 
 // The slots of a run's times, each a text made by UT_get_times(1).
-enum RunTimeSlot : int32_t {
+enum RunTimeSlot : std::size_t {
   TIME_SETUP = 0,       // load matrix, query and index
   TIME_LOAD = 1,        // load database
   TIME_SCAN = 2,        // scan database
