@@ -1,5 +1,5 @@
-// The order of the results. Every sort returns a permutation of 0..n-1 that is printed from its last element
-// backwards; ties keep the order of the heap-based index sorts.
+// The order of the results. Every sort returns a permutation of 0..n-1 that the lists print from its last
+// element backwards. Equal keys stand in the order that the heap-based index sorts leave them in.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,16 @@
 #include "util/memory.h"
 #include "util/timing.h"
 
-// do_result_sort - the identity; adjusts MAX_NOUT and MIN_ASCORE for the rest of the run unless SPECIAL.
+// do_result_sort - the identity, and the settings that the lists and alignments after it go by.
+// Does   unless SPECIAL is set: fills the sorting slot of `times`; limits MAX_NOUT to n, or sets it to n with
+//        NPRINT_TO_THRESHOLD 1; sets MIN_ASCORE to MIN_SCORE. All of it stays for the rest of the run
 UTvector<int32_t> do_result_sort(int32_t n, RunTimes& times, Params* p);
 
-// do_pv_sort - by a double key, ascending (identity unless DO_SORT is 1); reversed when PROB_TYPE is 2.
+// do_pv_sort - by a double key, ascending; the identity unless DO_SORT is 1. With PROB_TYPE 2 the result is
+// reversed, for a key that is smallest for the best hit.
+// In     key[0..n-1]; entries that are no number count as the least significant
 UTvector<int32_t> do_pv_sort(const double* key, int32_t n, const Params* p);
 
-// do_zs_sort - by an integer key, ascending (identity unless DO_SORT is 1).
+// do_zs_sort - by an integer key, ascending; the identity unless DO_SORT is 1.
+// In     zscores[0..n-1]
 UTvector<int32_t> do_zs_sort(const int32_t* zscores, int32_t n, const Params* p);

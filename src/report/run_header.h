@@ -1,4 +1,5 @@
-// The comment lines before every score list and the block of times at the end of a run.
+// The comment lines before every score list and the block of times at the end of a run. Readers of a list
+// skip what starts with "#" and look for the last line of the header.
 #pragma once
 
 #include <cstdint>
@@ -14,16 +15,21 @@ struct LineFit {
   double slope = 0;
   double intercept = 0;
   double variance = 0;
-  int32_t nval = 0;
+  int32_t nval = 0;  // points; 0: no line was fitted
 };
 
-// dump_info - the run header; its last line is "# Start_Scores: " and a rule. z_fit_opt: shown when DO_STATS
-// is 1.
+// dump_info - the run header; its last line is "# Start_Scores: " and a rule.
+// In     p->binfo must be set
+//        z_fit_opt: written when DO_STATS is 1, null as a line of no points (the reader of a list tells from
+//        "# FIT" lines how many columns it has). p->lpfit: with DO_STATS 2 its coefficients, as shifted by
+//        apply_lpfit; left out where there is no such fit
 void dump_info(FILE* stream, const SeqRec& query, const ScoreMatrix& matrix, const LineFit* z_fit_opt,
                const Params* p);
 
 // FullParameterDump - the appendix for VERBOSE 1: four lines, on purpose no more.
 void FullParameterDump(FILE* stream, const Params* p);
 
-// print_times2 - the times block. query_length in residues, db_residues of the whole database.
+// print_times2 - the times block, with the rate of the scan in millions of cells a second.
+// In     query_length in residues, db_residues of the whole database
+//        times: a slot that was never filled is shown as zeros; without a scan time the rates are 0
 void print_times2(FILE* stream, const RunTimes& times, int32_t query_length, int32_t db_residues);

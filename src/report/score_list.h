@@ -1,4 +1,5 @@
-// The ranked score list, a file format as well as a report: the extraction mode reads it back.
+// The ranked score list, a file format as well as a report: the extraction mode reads it back, by columns
+// (with titles shown: rank, score, [second number, significance,] identifier) between two marker lines.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +10,8 @@
 #include "seq/sequence.h"
 #include "util/timing.h"
 
-// The results of one scan, column by column, indexed 0..n-1 by database sequence. Columns that a list variant
-// does not print may be null.
+// The results of one scan, column by column, indexed 0..n-1 by database sequence; nothing is owned. Columns
+// that a list variant does not print may be null.
 struct ResultRec {
   const SeqRec* seqs = nullptr;
   const int32_t* scores = nullptr;       // x PRECISION
@@ -21,15 +22,27 @@ struct ResultRec {
   int32_t n = 0;
 };
 
-// print_score_list - scores only, those of at least MIN_SCORE. print_score_list2 - score, z-score and
-// significance, those at or below PROBCUT; returns the number of lines. Both for the translated-DNA modes;
-// z_fit_opt is the fit that the header shows when DO_STATS is 1.
-void print_score_list(const SeqRec& query, const ResultRec& results, const ScoreMatrix& matrix,
-                      RunTimes& times, Params* p);
-int32_t print_score_list2(const SeqRec& query, const ResultRec& results, const ScoreMatrix& matrix,
-                          const LineFit* z_fit_opt, RunTimes& times, Params* p);
+// The three lists write to std_out: run header, one line for each of the best MAX_NOUT sequences (-1: of all)
+// that passes the list's filter, best first, and the closing marker; they fill the scores slot of `times`.
+// They end the run (status -1) when PRECISION is 0. z_fit_opt: as in dump_info.
 
-// print_score_list3 - score, standardised score and significance, those at or below PROBCUT; returns the
-// number of lines and sets p->n_probcut2_hits (counted over all n).
+// print_score_list - the scores, of those that reach MIN_SCORE. SPECIAL: all sequences, worst first, no
+// closing marker, no time.
+void print_score_list(const SeqRec& query, const ResultRec& results, const ScoreMatrix& matrix,
+                      RunTimes& times, const Params* p);
+
+// print_score_list2 - score, z-score and significance, of those at or below PROBCUT. Returns the lines
+// written
+int32_t print_score_list2(const SeqRec& query, const ResultRec& results, const ScoreMatrix& matrix,
+                          const LineFit* z_fit_opt, RunTimes& times, const Params* p);
+
+// print_score_list3 - score, standardised score and significance, of those at or below PROBCUT.
+// Out    p->n_probcut2_hits: how many of all n are at or below PROBCUT2
+// Returns the lines written
 int32_t print_score_list3(const SeqRec& query, const ResultRec& results, const ScoreMatrix& matrix,
                           RunTimes& times, Params* p);
+
+// whole_score - a score in matrix units, truncated toward zero, as every list shows it.
+// In     score x PRECISION
+// Ends   when PRECISION is 0 (status -1)
+int32_t whole_score(int32_t score, const Params* p);

@@ -1,0 +1,166 @@
+#include "report/run_header.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <initializer_list>
+
+#include "driver/credits.h"
+#include "seq/database_info.h"
+#include "stats/lpfit.h"
+#include "util/file_record.h"
+#include "util/text.h"
+
+namespace {
+
+bool mode_is_one_of(std::initializer_list<int32_t> modes, const Params* p) {
+  return std::find(modes.begin(), modes.end(), p->MODE) != modes.end();
+}
+
+// A penalty in matrix units, as the header shows it.
+double matrix_units(int32_t penalty, const Params* p) {
+  return static_cast<double>(static_cast<float>(penalty) / static_cast<float>(p->PRECISION));
+}
+
+const char* kind_of_value(const Params* p) {
+  return p->PROB_TYPE != 0 ? "Eval" : "Pval";
+}
+
+void print_program_and_query(FILE* stream, const SeqRec& query, const Params* p) {
+  std::fprintf(stream, "# ZELVAN Scan:    %s", UTlocaltime());
+  std::fprintf(stream, "# ZELVAN Version: %s", p->VERSION.c_str());
+  std::fprintf(stream, "# %s\n# %s\n", CREDIT_AUTHORS, CREDIT_LICENCE);
+  std::fprintf(stream, "# Query file:     %s\n", p->QSEQ_FILE.name.c_str());
+  std::fprintf(stream, "# Query ID:       %s\n", query.id);
+  std::fputs("# Query Title:    ", stream);
+  UTpstring(stream, query.title, 61);
+  std::fputc('\n', stream);
+  std::fprintf(stream, "# Query Length:   %d\n", query.len - 2);
+}
+
+void print_mode_and_matrix(FILE* stream, const ScoreMatrix& matrix, const Params* p) {
+  std::fprintf(stream, "# ZELVAN MODE:    %d\n", p->MODE);
+  if (p->MIXED_MODE == 1) {
+    std::fputs("# ZELVAN MIXED MODE ENABLED: MODE 202 on iteration 0, mode 200 afterwards\n", stream);
+    std::fprintf(stream, "# MM_LD_PEN: %6.2f\n", matrix_units(p->MM_LD_PEN, p));
+  }
+  std::fprintf(stream, "# Matrix file:    %s\n", p->MATRIX_FILE.name.c_str());
+  if (p->SHOW_PMATRIX != 0) {
+    PrintPairscoreMatrix(stream, matrix, p);
+  } else {
+    std::fprintf(stream, "# Matrix title:   %s\n", matrix.title.c_str());
+  }
+}
+
+void print_penalties(FILE* stream, const Params* p) {
+  if (mode_is_one_of({0, 2, 20, 22, 200, 202}, p)) {
+    std::fprintf(stream, "# LD penalty: %6.2f\n", matrix_units(p->LD_PEN, p));
+  }
+  if (mode_is_one_of({2, 22, 202}, p)) {
+    std::fprintf(stream, "# LI penalty: %6.2f\n", matrix_units(p->LI_PEN, p));
+  }
+  if (mode_is_one_of({210, 212}, p)) {
+    std::fprintf(stream, "# VARIABLE %sgap penalties\n", p->MODE == 212 ? "affine " : "simple ");
+  }
+  if (mode_is_one_of({20, 22, 29}, p)) {
+    std::fprintf(stream, "# FS  penalty: %6.2f\n", matrix_units(p->FS_PEN, p));
+  }
+  if (p->MODE == 29) std::fprintf(stream, "# FSE  penalty: %6.2f\n", matrix_units(p->FSE_PEN, p));
+}
+
+void print_database(FILE* stream, const Params* p) {
+  if (p->BDB_GIVEN != 0) {
+    std::fprintf(stream, "# Database name:                   %s\n", p->binfo->name.c_str());
+    std::fprintf(stream, "# Created on:                      %s", p->binfo->date.c_str());
+    std::fprintf(stream, "# Number of sequences:             %d\n", p->binfo->nseq);
+  }
+  std::fprintf(stream, "# Number of residues/bases in database: %d\n", p->binfo->nres);
+}
+
+void print_statistics(FILE* stream, const LineFit* z_fit_opt, const Params* p) {
+  const double cutoff = static_cast<double>(p->PROBCUT);
+  if (p->DO_STATS == 1) {
+    const LineFit fit = z_fit_opt != nullptr ? *z_fit_opt : LineFit();
+    std::fprintf(stream, "# FIT: m: %f c: %f var: %f nval: %d\n", fit.slope, fit.intercept, fit.variance,
+                 fit.nval);
+    std::fprintf(stream, "# PROBCUT:                         %f\n", cutoff);
+  }
+  if (p->DO_STATS == 2) {
+    std::fprintf(stream, "# %s Cutoff:                     %g\n", kind_of_value(p), cutoff);
+    if (p->lpfit != nullptr) {
+      const double* a = p->lpfit->paramA;
+      const double* b = p->lpfit->paramB;
+      std::fprintf(stream, "# FIT_A: %g %g %g\n", a[0], a[1], a[2]);
+      std::fprintf(stream, "# FIT_B: %g %g \n", b[0], b[1]);
+    }
+  }
+}
+
+void print_profile_settings(FILE* stream, const Params* p) {
+  if (!mode_is_one_of({200, 202, 210, 212}, p)) return;
+  std::fprintf(stream, "# %s Cutoff for profile:       %g\n", kind_of_value(p),
+               static_cast<double>(p->PROBCUT2));
+  std::fprintf(stream, "# Number of iterations:            %d\n", p->NITER);
+  std::fprintf(stream, "# Profile Weight Method:           %d\n", p->PROFILE_WEIGHT_METHOD);
+  std::fprintf(stream, "# Pos Weight Factor:               %f\n", p->POSWGTFAC);
+  std::fprintf(stream, "# Pid Threshold:                   %f\n", p->PIDTHRESH);
+  if (mode_is_one_of({210, 212}, p)) {
+    std::fprintf(stream, "# Penalty Factor:                  %f\n", p->PEN_FACTOR);
+  }
+}
+
+const char* slot_text(const RunTimes& times, RunTimeSlot slot) {
+  return times[slot].empty() ? "    0.0     0.0     0.0     0.0" : times[slot].c_str();
+}
+
+// Infinite for a scan too short to measure.
+double millions_a_second(double cells, double seconds) {
+  return cells > 0 ? cells / seconds / 1e6 : 0;
+}
+
+}  // namespace
+
+void dump_info(FILE* stream, const SeqRec& query, const ScoreMatrix& matrix, const LineFit* z_fit_opt,
+               const Params* p) {
+  print_program_and_query(stream, query, p);
+  print_mode_and_matrix(stream, matrix, p);
+  print_penalties(stream, p);
+  print_database(stream, p);
+  print_statistics(stream, z_fit_opt, p);
+  print_profile_settings(stream, p);
+  if (p->VERBOSE == 1) {
+    std::fputs("# FULL parameter dump\n", stream);
+    FullParameterDump(stream, p);
+  }
+  if (p->MODE >= 200 && p->MODE <= 299) std::fprintf(stream, "# Iteration: %d\n", p->ITERATION);
+  std::fputs("# Start_Scores: ", stream);
+  UTpline(stream, '-', 52);
+}
+
+void FullParameterDump(FILE* stream, const Params* p) {
+  std::fprintf(stream, "MODE : %d\n", p->MODE);
+  std::fprintf(stream, "SUCCESS : %d\n", p->SUCCESS);
+  std::fprintf(stream, "VERBOSE : %d\n", p->VERBOSE);
+  std::fprintf(stream, "TIME : %d\n", p->TIME);
+}
+
+void print_times2(FILE* stream, const RunTimes& times, int32_t query_length, int32_t db_residues) {
+  const UTstring& scan = times[TIME_SCAN];
+  const double cells =
+      scan.empty() ? 0 : static_cast<double>(query_length) * static_cast<double>(db_residues);
+  float elapsed_seconds = 0;
+  std::sscanf(scan.c_str(), "%*f %*f %f", &elapsed_seconds);
+  const double cpu_rate = millions_a_second(cells, std::strtod(scan.c_str(), nullptr));
+  const double elapsed_rate = millions_a_second(cells, static_cast<double>(elapsed_seconds));
+  std::fputs("# ", stream);
+  UTpline(stream, '-', 54);
+  std::fprintf(stream, "# Scan Completed at: %s", UTlocaltime());
+  std::fputs("# \n", stream);
+  std::fputs("# Times:                              (Seconds)\n", stream);
+  std::fprintf(stream, "# Load matrix, query and index:    %s\n", slot_text(times, TIME_SETUP));
+  std::fprintf(stream, "# Load database:                   %s\n", slot_text(times, TIME_LOAD));
+  std::fprintf(stream, "# Scan database:                   %s\n", slot_text(times, TIME_SCAN));
+  std::fprintf(stream, "# Output scores:                   %s\n", slot_text(times, TIME_SCORES));
+  std::fprintf(stream, "# Generate and write alignments:   %s\n", slot_text(times, TIME_ALIGNMENTS));
+  std::fprintf(stream, "# Millions of cell updates/sec in scan (CPU): %6.2f (Elapsed): %6.2f\n", cpu_rate,
+               elapsed_rate);
+}
