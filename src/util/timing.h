@@ -42,10 +42,10 @@ void UT_init_times();
 void UT_reset_times();
 
 // UT_get_times - takes a reading and returns it as text.
-// In     mode 0: elapsed since the last reading; 1: CPU since the last reading, since start, elapsed since
-// the
-//        last reading, since start; 2: sixteen figures; 3: own, children's and total CPU, elapsed, since
-//        start
+// In     mode 0: elapsed since the last reading
+//        mode 1: CPU since the last reading, since start, elapsed since the last reading, since start
+//        mode 2: sixteen figures
+//        mode 3: own, children's and total CPU, elapsed, since start
 // Ends   never; a stopwatch that does not run is started first
 UTstring UT_get_times(int32_t mode);
 
