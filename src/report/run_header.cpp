@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <initializer_list>
 
-#include "driver/credits.h"
+#include "driver/help.h"
 #include "seq/database_info.h"
 #include "stats/lpfit.h"
 #include "util/file_record.h"
@@ -28,7 +28,7 @@ const char* kind_of_value(const Params* p) {
 void print_program_and_query(FILE* stream, const SeqRec& query, const Params* p) {
   std::fprintf(stream, "# ZELVAN Scan:    %s", UTlocaltime());
   std::fprintf(stream, "# ZELVAN Version: %s", p->VERSION.c_str());
-  std::fprintf(stream, "# %s\n# %s\n", CREDIT_AUTHORS, CREDIT_LICENCE);
+  std::fprintf(stream, "# %s\n# %s\n", CREDIT_LINES[0], CREDIT_LINES[1]);
   std::fprintf(stream, "# Query file:     %s\n", p->QSEQ_FILE.name.c_str());
   std::fprintf(stream, "# Query ID:       %s\n", query.id);
   std::fputs("# Query Title:    ", stream);
