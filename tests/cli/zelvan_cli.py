@@ -7,7 +7,8 @@
             self.assertEqual(run.status, 0, run.stderr)
 
 $ZELVAN names the program and $ZELVAN_SOURCE the source tree. The shipped alias and gap-defaults files are in
-force unless a test writes its own; the defaults file is empty (built-in defaults) apart from MATRIX_DIR.
+force unless a test writes its own; the defaults file holds the directories of the shipped data and nothing
+else (built-in defaults), or what the shipped one holds after configure(defaults=None).
 """
 
 import os
@@ -20,7 +21,9 @@ from typing import NamedTuple
 PROGRAM = os.environ["ZELVAN"]
 SOURCE = pathlib.Path(os.environ["ZELVAN_SOURCE"])
 EXAMPLES = SOURCE / "examples"
+CONFIGURATION = SOURCE / "data" / "config"
 MATRICES = SOURCE / "data" / "matrices"
+CODONS = SOURCE / "data" / "codons"
 
 
 class Run(NamedTuple):
@@ -46,10 +49,13 @@ class TestCase(unittest.TestCase):
     def configure(self, defaults="", gapdefs=None, aliases=None):
         """Writes the three configuration files (text or bytes); None stands for the shipped file."""
         if isinstance(defaults, str):
-            defaults = f"MATRIX_DIR {MATRICES}\n{defaults}"
+            defaults = f"MATRIX_DIR {MATRICES}\nGENERAL_DIR {CODONS}\n{defaults}"
+        elif defaults is None:
+            template = (CONFIGURATION / "zelvan_defaults.dat.in").read_text()
+            defaults = template.replace("@ZELVAN_DATA_DIR@", str(SOURCE / "data"))
         for name, content in (("defaults", defaults), ("gapdefs", gapdefs), ("alias", aliases)):
             if content is None:
-                content = (SOURCE / "data" / "config" / f"zelvan_{name}.dat").read_bytes()
+                content = (CONFIGURATION / f"zelvan_{name}.dat").read_bytes()
             self.file(self.config / f"zelvan_{name}.dat", content)
 
     def file(self, name, content):
