@@ -1,0 +1,94 @@
+#include "iter/profile.h"
+
+#include <algorithm>
+
+#include "align/traceback.h"
+#include "iter/profile_counts.h"
+#include "iter/profile_log_odds.h"
+#include "util/failure.h"
+#include "util/streams.h"
+
+namespace {
+
+// Lays one traced path out in query coordinates: a row of the alignment and its part of the counts. Residues
+// opposite a gap of the query leave no trace. With negative penalties a trace can begin before the path does:
+// what then does not fit the query is left out.
+void add_row(const SeqRec& hit, const PathRec& path, const AlignedRows& traced, double significance,
+             int8_t gap, LookupTable& count, AlignData& aldat) {
+  AlignRow& row = addseq_to_aldat(aldat, hit, gap);
+  row.qstart = path.start_i;
+  row.qend = path.end_i;
+  row.start = path.start_j;
+  row.end = path.end_j;
+  row.significance = significance;
+  int32_t k = path.start_i;
+  const int32_t last = aldat.query->len - 2;
+  for (int32_t column = 0; column < traced.length && k <= last; ++column) {
+    const auto at = static_cast<std::size_t>(column);
+    if (traced.query[at] == gap) continue;
+    const int8_t code = traced.target[at];
+    ++count[code][k];
+    row.aligned[static_cast<std::size_t>(k)] = code;
+    ++k;
+  }
+}
+
+// Takes the significant paths of one hit that are long enough.
+void profal2(const SeqRec& query, const SeqRec& hit, const ScoreMatrix& matrix, const MoveFlags& flags,
+             const UTvector<PathRec>& paths, LookupTable& count, const LpfitData& lpfit, AlignData& aldat,
+             const Params* p) {
+  const int8_t gap = residue_code(matrix, p->GAP_CHARACTER);
+  AlignedRows traced;
+  for (const PathRec& path : paths) {
+    trace_path(query.seq, hit.seq, path, flags, traced, matrix, p);
+    if (traced.length < p->MIN_LEN) continue;
+    const double significance = get_single_lpfit_prob(path.best, query.len - 2, hit.len - 2, lpfit, p);
+    if (static_cast<double>(p->PROBCUT2) >= significance) {
+      add_row(hit, path, traced, significance, gap, count, aldat);
+    }
+  }
+}
+
+[[noreturn]] void refuse_mode() {
+  UTerror("Unrecognised mode in build_profile\n");
+  UTend_input(std_err, "%s", "");
+}
+
+}  // namespace
+
+void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
+                   int32_t nhits, const ScoreMatrix& matrix, LookupTable& table, const LpfitData& lpfit,
+                   int32_t nsel, AlignData& aldat, Params* p) {
+  const int32_t saved_min_score = p->MIN_SCORE;
+  const int32_t first = std::max(nhits - nsel - 1, -1) + 1;
+  p->MIN_SCORE = p->MIN_ASCORE;
+  for (int32_t i = first; i < nhits; ++i) p->MIN_SCORE = std::min(p->MIN_SCORE, scores[order[i]]);
+
+  LookupTable count = simple_look(query.len, matrix);
+  for (int32_t i = nhits - 1; i >= first; --i) {
+    const SeqRec& hit = seqs[order[i]];
+    if (p->TOP_ONLY == 1) p->MIN_SCORE = scores[order[i]] - matrix.maxval;
+    if (p->MODE != 200 && p->MODE != 202 && p->MODE != 210 && p->MODE != 212) refuse_mode();
+    MoveFlags flags = uchararr(hit.len, query.len);
+    const UTvector<PathRec> paths =
+        align_pair(query.seq, query.len, hit.seq, hit.len, table, flags, matrix, p);
+    profal2(query, hit, matrix, flags, paths, count, lpfit, aldat, p);
+    p->MIN_SCORE = p->MIN_ASCORE;
+  }
+  if (p->PRINT_FRQ_TABS == 1) {
+    std::fprintf(std_out, "# Frequency table derived from iteration: %d\n", p->ITERATION);
+    PrintLookup3(query.len, count, matrix, std_out);
+  }
+
+  if (p->VERBOSE != 0) std::fputs("About to call calc_profile\n", std_err);
+  if (p->PROFILE_WEIGHT_METHOD == 0) {
+    calc_profile(query.seq, query.len, matrix, table, count, p);
+  } else if (p->PROFILE_WEIGHT_METHOD == 1 || p->PROFILE_WEIGHT_METHOD == 2) {
+    calc_profile2(matrix, table, aldat, p);
+  }
+  if (p->PRINT_PROFILES == 1) {
+    std::fprintf(std_out, "#\n# Lookup table (profile) derived from iteration: %d\n", p->ITERATION);
+    PrintLookup4(query.len, table, matrix, std_out, p);
+  }
+  p->MIN_SCORE = saved_min_score;
+}

@@ -1,0 +1,184 @@
+#include "iter/profile_log_odds.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "iter/residue_model.h"
+#include "iter/row_weights.h"
+#include "seq/sequence_file.h"
+#include "util/streams.h"
+
+namespace {
+
+constexpr double BETA = 10.0;            // weight of the matrix's expectation, in observations
+constexpr double FIXED_ALPHA = 5.0;      // weight of what was observed in method 1
+constexpr double GAP_BACKGROUND = 0.03;  // frequency of a gap at an average position
+constexpr double GAP_BETA = 10.0;        // weight of that average, in observations
+constexpr double GAP_MOST = 0.7;         // a penalty is lowered or raised by at most this part of it
+
+constexpr int32_t TRACE_WEIGHTS = 20000;  // VERBOSE
+
+// No sum of entries over the longest query overflows.
+constexpr double SCORE_LIMIT = std::numeric_limits<int32_t>::max() / MP_LEN;
+
+int32_t to_entry(double value) {
+  if (std::isnan(value)) return 0;
+  return static_cast<int32_t>(std::clamp(value, -SCORE_LIMIT, SCORE_LIMIT));
+}
+
+// What was seen at one query position.
+struct Column {
+  UTvector<double> frequency;  // [code] observed, summing to 1 over the ordinary residues
+  double observed = 0;         // part of the weight that fell on residues
+  double gaps = 0;             // part that fell on gaps
+};
+
+void add_observation(Column& column, const ResidueModel& model, int32_t code, double weight) {
+  for (const AmbiguousCode& ambiguous : model.ambiguous) {
+    if (ambiguous.code != code) continue;
+    double total = 0;
+    for (const int32_t member : ambiguous.members)
+      total += model.background[static_cast<std::size_t>(member)];
+    for (const int32_t member : ambiguous.members) {
+      const auto at = static_cast<std::size_t>(member);
+      column.frequency[at] += weight * model.background[at] / total;
+    }
+    return;
+  }
+  column.frequency[static_cast<std::size_t>(code)] += weight;
+}
+
+Column observe(const RowWeights& weights, int32_t i, const AlignData& aldat, const ResidueModel& model,
+               int32_t ncodes, int8_t gap) {
+  Column column;
+  column.frequency.assign(static_cast<std::size_t>(ncodes), 0.0);
+  add_observation(column, model, aldat.query->seq[i], weights.query);
+  for (std::size_t r = 0; r < aldat.rows.size(); ++r) {
+    if (weights.active[r] == 0) continue;
+    add_observation(column, model, aldat.rows[r].aligned[static_cast<std::size_t>(i)], weights.row[r]);
+  }
+  column.gaps = column.frequency[static_cast<std::size_t>(gap)];
+  for (const int32_t a : model.residues) column.observed += column.frequency[static_cast<std::size_t>(a)];
+  return column;
+}
+
+// ratio[code] = Q / p of the ordinary residues; false when the sums are not usable.
+bool mix(const Column& column, const ResidueModel& model, double alpha, const Params* p,
+         UTvector<double>& out_ratio) {
+  double sumposwgts = 0, sumbgwgts = 0;
+  for (const int32_t c : model.residues) {
+    const auto at = static_cast<std::size_t>(c);
+    double expected = 0;
+    for (const int32_t b : model.residues) {
+      expected += column.frequency[static_cast<std::size_t>(b)] / column.observed * model.odds[b][c];
+    }
+    const double seen = column.frequency[at] / column.observed / model.background[at];
+    out_ratio[at] = (alpha * seen + BETA * expected) / (alpha + BETA);
+    sumbgwgts += model.background[at] * expected;
+    if (p->POSWGTFAC > 0) sumposwgts += model.background[at] * seen;
+  }
+  if (p->VERBOSE == TRACE_WEIGHTS) {
+    std::fprintf(std_err, "In calc_profile2: sumbgwgts %g\n", sumbgwgts);
+    if (p->POSWGTFAC > 0) std::fprintf(std_err, "In calc_profile2: sumposwgts %g\n", sumposwgts);
+  }
+  if (!(sumbgwgts > 0)) {
+    std::fprintf(std_err, "Problem with sumbgwgts in calc_profile2: %g\n", sumbgwgts);
+    return false;
+  }
+  if (p->POSWGTFAC > 0 && !(sumposwgts > 0)) {
+    std::fprintf(std_err, "Problem with sumposwgts in calc_profile2: %g\n", sumposwgts);
+    return false;
+  }
+  return true;
+}
+
+void write_column(const UTvector<double>& ratio, const ResidueModel& model, int32_t i, LookupTable& table,
+                  const Params* p) {
+  const auto entry = [&](double x) {
+    return to_entry(std::round(p->PRECISION * std::log(x) / model.lambda * p->POSWGTFAC));
+  };
+  for (const int32_t c : model.residues) table[c][i] = entry(ratio[static_cast<std::size_t>(c)]);
+  for (const AmbiguousCode& ambiguous : model.ambiguous) {
+    double q = 0, background = 0;
+    for (const int32_t member : ambiguous.members) {
+      const auto at = static_cast<std::size_t>(member);
+      q += ratio[at] * model.background[at];
+      background += model.background[at];
+    }
+    table[ambiguous.code][i] = entry(q / background);
+  }
+}
+
+void trace_weights(const RowWeights& weights, int32_t i) {
+  std::fprintf(std_err, "i:%d j:%d querywgt:%f\n", i, 0, weights.query);
+  for (std::size_t j = 0; j < weights.row.size(); ++j) {
+    if (weights.active[j] == 0) continue;
+    std::fprintf(std_err, "++i:%d j:%d seqwgt[j]:%f\n", i, static_cast<int32_t>(j), weights.row[j]);
+  }
+  std::fprintf(std_err, "i:%d j:%d sumwgt:%f\n", i, static_cast<int32_t>(weights.row.size()), weights.sum);
+}
+
+// The log-odds of a gap, matrix units x PRECISION, within GAP_MOST of the penalty that it will be taken from.
+double gap_log_odds(double gaps, double observations, double lambda, double penalty, const Params* p) {
+  const double frequency = (observations * gaps + GAP_BETA * GAP_BACKGROUND) / (observations + GAP_BETA);
+  const double value = p->PRECISION * std::log(frequency / GAP_BACKGROUND) / lambda * p->POSWGTFAC;
+  const double most = GAP_MOST * std::fabs(penalty);
+  return std::clamp(value, -most, most);
+}
+
+// The gap row holds log-odds of gaps on entry, penalties on return.
+void set_variable_penalties(const ScoreMatrix& matrix, int32_t npositions, LookupTable& table,
+                            const Params* p) {
+  int32_t* gap_row = table[residue_code(matrix, p->GAP_CHARACTER)];
+  int32_t* opening_row = table[residue_code(matrix, p->IGAP_CHARACTER)];
+  const double ratio = p->LI_PEN != 0 ? static_cast<double>(p->LD_PEN) / p->LI_PEN : 1.0;
+  for (int32_t i = 0; i < npositions; ++i) {
+    const double lowered = p->PEN_FACTOR * gap_row[i];
+    if (p->MODE == 210) {
+      gap_row[i] = to_entry(p->LD_PEN - lowered);
+    } else {
+      opening_row[i] = to_entry(p->LI_PEN - lowered);
+      gap_row[i] = to_entry(p->LD_PEN - lowered * ratio);
+    }
+  }
+}
+
+}  // namespace
+
+void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignData& aldat, const Params* p) {
+  if (p->VERBOSE != 0) std::fputs("About to call dmlook\n", std_err);
+  const SeqRec& query = *aldat.query;
+  const int8_t gap = residue_code(matrix, p->GAP_CHARACTER);
+  const bool variable_gaps = p->MODE == 210 || p->MODE == 212;
+  const double penalty = p->MODE == 210 ? p->LD_PEN : p->LI_PEN;
+  const int32_t npositions = query.len - 1;
+  const ResidueModel model = make_residue_model(matrix, p->PRECISION);
+  table = mlookgap(query.seq, query.len, matrix, p->LD_PEN, p->LI_PEN, p);
+  if (variable_gaps) std::fill_n(table[gap], npositions, 0);
+
+  RowWeights weights = start_row_weights(aldat, matrix);
+  UTvector<double> ratio(static_cast<std::size_t>(matrix.inlen), 0.0);
+  for (int32_t i = 1; i < npositions; ++i) {
+    move_row_weights(weights, i, aldat, matrix, p);
+    if (weights.nactive == 0) continue;
+    if (p->VERBOSE == TRACE_WEIGHTS) trace_weights(weights, i);
+    const Column column = observe(weights, i, aldat, model, matrix.inlen, gap);
+    if (variable_gaps) {
+      // The kernels read the penalties of query position i from entry i - 1.
+      table[gap][i - 1] =
+          to_entry(gap_log_odds(column.gaps, weights.mean_distinct, model.lambda, penalty, p));
+    }
+    if (!(column.observed > 0)) continue;
+    const double alpha = p->PROFILE_WEIGHT_METHOD == 1
+                             ? FIXED_ALPHA
+                             : std::max(0.0, weights.mean_distinct * column.observed - 1.0);
+    if (mix(column, model, alpha, p, ratio)) write_column(ratio, model, i, table, p);
+  }
+  if (p->VERBOSE != 0) std::fputs("About to call FreeDLookup\n", std_err);
+  if (variable_gaps) set_variable_penalties(matrix, npositions, table, p);
+  if (p->VERBOSE != 0) {
+    std::fputs("About to return from calc_profile2\n", std_err);
+    std::fflush(std_err);
+  }
+}
