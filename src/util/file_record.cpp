@@ -82,6 +82,13 @@ FileRec& UTfileclose(FileRec& file, int must) {
   return file;
 }
 
+void UTfilewritten(const FileRec& file) {
+  if (file.stream == nullptr) return;
+  if (std::fflush(file.stream) == 0 && std::ferror(file.stream) == 0) return;
+  UTerror("Error writing File");
+  UTend_stream(std_err, "File: %s is incomplete: check the space on its disk\n", file.name.c_str());
+}
+
 const char* UTlocaltime() {
   const std::time_t now = std::time(nullptr);
   return std::asctime(std::localtime(&now));

@@ -33,5 +33,10 @@ FileRec& UTfileopen(FileRec& file, const char* mode, int must);
 // name, status -1. Returns the record, its stream null.
 FileRec& UTfileclose(FileRec& file, int must);
 
+// UTfilewritten - makes sure that all that was written to the record's stream has reached the file.
+// Does   flushes; nothing when the record has no stream
+// Ends   when any write failed: "Error writing File: reason" and a line with the name, status 1
+void UTfilewritten(const FileRec& file);
+
 // UTlocaltime - the current local time in asctime layout, newline included; shared static buffer.
 const char* UTlocaltime();

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <limits>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -36,3 +37,17 @@ struct UTallocator {
 template <class T>
 using UTvector = std::vector<T, UTallocator<T>>;
 using UTstring = std::basic_string<char, std::char_traits<char>, UTallocator<char>>;
+
+// UTbuffer - an array whose elements start unset, for contents that are read or copied in whole right away.
+template <class T>
+struct UTunset_allocator : UTallocator<T> {
+  UTunset_allocator() = default;
+  template <class U>
+  UTunset_allocator(const UTunset_allocator<U>&) {}
+  template <class U>
+  void construct(U* at) {
+    ::new (static_cast<void*>(at)) U;
+  }
+};
+template <class T>
+using UTbuffer = std::vector<T, UTunset_allocator<T>>;
