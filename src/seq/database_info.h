@@ -13,7 +13,7 @@ struct BdbInfo {
   UTstring index;            // matrix letters and the gap character at build time
   int32_t nseq = 0;
   int32_t nres = 0;     // residues, pads not counted; the measure of database size in all statistics
-  int32_t totchar = 0;  // bytes of the sequence file
+  int32_t totchar = 0;  // bytes of the sequence file; text database: equal to nres
   int32_t date_length = 0;
   UTstring date;  // asctime layout, newline included
   int32_t name_length = 0;

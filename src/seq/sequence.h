@@ -1,12 +1,13 @@
 // Sequence records and the storage behind them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "util/memory.h"
 
-// One sequence. The three strings are not owned: they point into a SeqStore (sequences read from text, or the
-// one block of a binary database), which must outlive the record.
+// One sequence. The three strings are not owned: they point into a SeqStore (sequences read from text) or into
+// the one block of a binary database, which must outlive the record.
 struct SeqRec {
   const char* id = nullptr;     // zero-terminated
   const char* title = nullptr;  // zero-terminated
@@ -16,14 +17,18 @@ struct SeqRec {
   int32_t len = 0;        // residues + 2
 };
 
-// Owner of sequence strings: blocks that never move once handed out.
+// Owner of sequence strings: blocks of fixed capacity that are filled from the front and never move. Beyond the
+// strings themselves a sequence costs four bytes; the unused tail of a block is never touched.
 struct SeqStore {
-  UTvector<UTvector<char>> blocks;
-  std::size_t used = 0;  // bytes handed out of the last block
+  UTvector<UTvector<char>> blocks;  // the last one is being filled
 };
+constexpr std::size_t SEQ_BLOCK_SIZE = std::size_t{4}
+                                       << 20;  // bytes; a longer sequence has a block of its own
 
 // store_sequence - copies one sequence into the store, residues as given.
-// In     residues[0..nres-1]; the pads are added here
+// In     residues[0..nres-1], nres <= 2^31 - 3; the pads are added here. Lengths as counted by the caller:
+//        ilen and tlen without terminator
+// Returns the record of the copy
 SeqRec store_sequence(SeqStore& store, const char* id, int32_t ilen, const char* title, int32_t tlen,
                       const char* residues, int32_t nres);
 

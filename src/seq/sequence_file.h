@@ -1,6 +1,9 @@
-// Sequence files in FASTA and PIR layout, read in one pass through a buffer of our own.
+// Sequence files in FASTA and PIR layout, read in one pass through a buffer of our own. Residues are returned as
+// upper-case letters; whatever is no ASCII letter is skipped between them. Identifiers and titles are kept whole,
+// however long; a carriage return before a newline does not belong to them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
@@ -9,44 +12,54 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
-// A sequence file being read. The stream is not owned.
+// A sequence file being read. It reads ahead: nothing else may read the stream meanwhile.
 struct SeqReader {
-  FILE* stream = nullptr;
+  FILE* stream = nullptr;      // not owned
+  const char* name = nullptr;  // of the file, for messages; not owned
   UTvector<char> buffer;
   std::size_t at = 0;       // next unread byte of the buffer
   std::size_t end = 0;      // bytes in the buffer
-  UTvector<char> line;      // the header line of the record being read
-  UTvector<char> residues;  // and its residues
+  UTvector<char> line;      // the line last read as a text, zero-terminated, without its newline
+  UTvector<char> title;     // PIR: the title line
+  UTvector<char> residues;  // room for the residues of the record being read; never shrinks
 };
 
-SeqReader make_reader(FILE* stream);
+// make_reader - a reader at the current position of an open file.
+SeqReader make_reader(FILE* stream, const char* name);
 
-// gseq_fasta, gseq_pir - the next record, its residues as upper-case letters, stored in `store`.
-// Returns false at the end of the file and on a layout error (reported on std_err)
-// Ends   when the sequence has more than MAX_SEQ_LEN-4 residues (status -1)
+// gseq_fasta, gseq_pir - the next record, stored in `store`. Lines before one that begins with ">" are skipped.
+// In     FASTA: ">identifier title", then residues up to the next ">", wherever it stands. No title: "-".
+//        PIR: ">identifier", a title line, residues up to "*"
+// Returns false, with nothing stored, at the end of the file and on a layout error (reported on std_err: no
+//        identifier in FASTA; no title line or no "*" in PIR)
+// Ends   when the sequence has more than MAX_SEQ_LEN-4 residues, and when reading fails (status -1)
 bool gseq_fasta(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 bool gseq_pir(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 
-// get_query_seq - opens QSEQ_FILE (left open) and reads its first record.
-// Ends   on every fault, and when the query has more than MP_LEN - 2 residues (status -1)
-SeqRec get_query_seq(SeqStore& store, Params* p);
+// The longest query has MP_LEN - 2 residues.
 constexpr int32_t MP_LEN = 16000;
 
-// get_db_seq - the next record of the database in the layout of DB_FORMAT; false at its end.
+// get_query_seq - opens QSEQ_FILE (left open) and reads its first record in the layout of QSEQ_FORMAT (0 PIR,
+// 1 FASTA). A query without residues passes (len 2).
+// Ends   when there is no record, on every fault of the file, and when the query is too long (status -1)
+SeqRec get_query_seq(SeqStore& store, Params* p);
+
+// get_db_seq - the next record of the database in the layout of DB_FORMAT (0 PIR, 1 FASTA); false at its end.
+// Ends   on another DB_FORMAT (status -1; the message shows QSEQ_FORMAT, deliberately)
 bool get_db_seq(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 
 // A text database in memory, letters until encoded.
 struct TextDatabase {
-  UTvector<SeqRec> seqs;
+  UTvector<SeqRec> seqs;  // in file order
   SeqStore store;
   int64_t nres = 0;  // residues of all sequences
 };
 
-// read_text_database - opens DB_FILE and reads it whole.
+// read_text_database - opens DB_FILE, reads it whole and closes it.
 // Does   with progress, "Opening database\n" and "Loading database\n" on std_err around the open
 // Ends   when the file cannot be opened, and when it holds more than MAX_NSEQ sequences (status -1)
 void read_text_database(TextDatabase& out_database, bool progress, Params* p);
 
-// text_database_info - the header that stands for a text database: the two counts.
+// text_database_info - the header that stands for a text database: its counts.
 // Ends   when the residues do not fit 32 bits (status -1)
 BdbInfo text_database_info(const TextDatabase& database, const Params* p);

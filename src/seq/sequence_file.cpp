@@ -1,0 +1,262 @@
+#include "seq/sequence_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "util/failure.h"
+#include "util/streams.h"
+
+namespace {
+
+constexpr std::size_t READ_SIZE = std::size_t{256} << 10;
+constexpr std::size_t MAX_LINE = INT32_MAX - 1;  // identifier and title lengths are 32-bit numbers
+constexpr char SUBSTITUTE = '\x1a';              // for a zero byte, which would hide the rest of a text
+
+// Byte to residue: upper-case letter, or 0 for what is skipped. ASCII only, whatever the locale.
+constexpr std::array<char, 256> RESIDUES = [] {
+  std::array<char, 256> table{};
+  for (unsigned char upper = 'A'; upper <= 'Z'; ++upper) {
+    table[upper] = static_cast<char>(upper);
+    table[upper + 32U] = static_cast<char>(upper);
+  }
+  return table;
+}();
+
+// Makes unread bytes available; false at the end of the file. A record that a failing disk cuts short must not
+// pass for a whole one.
+bool fill(SeqReader& reader) {
+  if (reader.at < reader.end) return true;
+  reader.at = 0;
+  reader.end = std::fread(reader.buffer.data(), 1, reader.buffer.size(), reader.stream);
+  if (std::ferror(reader.stream) != 0) {
+    UTend_input(std_err, "Error reading sequence file %s: %s\n", reader.name, std::strerror(errno));
+  }
+  return reader.end > 0;
+}
+
+// The bytes from reader.at up to the mark, or up to the end of the buffer when it holds none.
+struct Chunk {
+  const char* bytes;
+  std::size_t size;
+  bool marked;  // the mark follows
+};
+
+Chunk chunk_to(const SeqReader& reader, char mark) {
+  const char* const bytes = reader.buffer.data() + reader.at;
+  const std::size_t size = reader.end - reader.at;
+  const auto* const found = static_cast<const char*>(std::memchr(bytes, mark, size));
+  if (found == nullptr) return {bytes, size, false};
+  return {bytes, static_cast<std::size_t>(found - bytes), true};
+}
+
+void skip_line(SeqReader& reader) {
+  while (fill(reader)) {
+    const Chunk chunk = chunk_to(reader, '\n');
+    reader.at += chunk.size;
+    if (chunk.marked) {
+      ++reader.at;
+      return;
+    }
+  }
+}
+
+// Reads the rest of the current line, whole; false at the end of the file.
+// Out    line: zero-terminated, without newline and a carriage return before it
+bool read_line(SeqReader& reader, UTvector<char>& line) {
+  line.clear();
+  if (!fill(reader)) return false;
+  bool complete = false;
+  while (!complete && fill(reader)) {
+    const Chunk chunk = chunk_to(reader, '\n');
+    if (chunk.size > MAX_LINE - line.size()) {
+      UTend_input(std_err, "Line too long in sequence file %s (> %zu characters): %.60s...\n", reader.name,
+                  MAX_LINE, line.data());
+    }
+    line.insert(line.end(), chunk.bytes, chunk.bytes + chunk.size);
+    complete = chunk.marked;
+    reader.at += chunk.size + (complete ? 1 : 0);
+  }
+  if (!line.empty() && line.back() == '\r') line.pop_back();
+  std::replace(line.begin(), line.end(), '\0', SUBSTITUTE);
+  line.push_back('\0');
+  return true;
+}
+
+// Reads the next line that begins with ">" into reader.line.
+bool read_header(SeqReader& reader) {
+  while (fill(reader)) {
+    if (reader.buffer[reader.at] == '>') return read_line(reader, reader.line);
+    skip_line(reader);
+  }
+  return false;
+}
+
+// A part of a header line.
+struct Field {
+  const char* text;
+  std::size_t size;
+};
+
+// The first word after the ">"; empty when there is none.
+Field identifier_of(const UTvector<char>& line) {
+  const char* const text = line.data() + 1 + std::strspn(line.data() + 1, " ");
+  return {text, std::strcspn(text, " ")};
+}
+
+// Appends the residues among the bytes to reader.residues at position nres; returns the new number.
+std::size_t append_residues(SeqReader& reader, std::size_t nres, const Chunk& chunk) {
+  if (reader.residues.size() < nres + chunk.size) {
+    reader.residues.resize(std::max(nres + chunk.size, 2 * reader.residues.size()));
+  }
+  // Every byte is written, and the place moves on only behind a residue: no branch on the data.
+  char* to = reader.residues.data() + nres;
+  for (std::size_t i = 0; i < chunk.size; ++i) {
+    const char residue = RESIDUES[static_cast<unsigned char>(chunk.bytes[i])];
+    *to = residue;
+    to += residue != 0;
+  }
+  return static_cast<std::size_t>(to - reader.residues.data());
+}
+
+// Reads residues up to the mark, which stays unread.
+// Out    reader.residues[0..out_nres-1]
+// Returns false when the file ends before the mark
+bool read_residues(SeqReader& reader, char mark, const Field& id, int32_t& out_nres, const Params* p) {
+  const int64_t limit = int64_t{p->MAX_SEQ_LEN} - 3;
+  std::size_t nres = 0;
+  bool marked = false;
+  while (!marked && fill(reader)) {
+    const Chunk chunk = chunk_to(reader, mark);
+    marked = chunk.marked;
+    nres = append_residues(reader, nres, chunk);
+    reader.at += chunk.size;
+    if (nres > 0 && static_cast<int64_t>(nres) >= limit) {
+      UTend_input(std_err, "Sequence too long: %.*s (> %lld residues):  Increase MAX_SEQ_LEN\n",
+                  static_cast<int>(id.size), id.text, static_cast<long long>(limit));
+    }
+  }
+  out_nres = static_cast<int32_t>(nres);
+  return marked;
+}
+
+SeqRec store_record(SeqStore& store, const SeqReader& reader, const Field& id, const Field& title,
+                    int32_t nres) {
+  return store_sequence(store, id.text, static_cast<int32_t>(id.size), title.text,
+                        static_cast<int32_t>(title.size), reader.residues.data(), nres);
+}
+
+// Reads a record in the given layout (0 PIR, 1 FASTA).
+bool read_record(SeqReader& reader, SeqStore& store, SeqRec& out_record, int32_t format, const Params* p) {
+  return format == 0 ? gseq_pir(reader, store, out_record, p) : gseq_fasta(reader, store, out_record, p);
+}
+
+[[noreturn]] void unsupported_format(const Params* p) {
+  UTend_input(p->STDERR, "Format:%d is not supported\n", p->QSEQ_FORMAT);
+}
+
+}  // namespace
+
+SeqReader make_reader(FILE* stream, const char* name) {
+  SeqReader reader;
+  reader.stream = stream;
+  reader.name = name;
+  reader.buffer.resize(READ_SIZE);
+  return reader;
+}
+
+bool gseq_fasta(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p) {
+  if (!read_header(reader)) return false;
+  const char* const line = reader.line.data();
+  const Field id = identifier_of(reader.line);
+  if (id.size == 0) {
+    error("Something strange with sequence identifier in fasta file", 0);
+    std::fprintf(std_err, "Line:%s\n", line);
+    return false;
+  }
+  const char* const id_end = id.text + id.size;
+  Field title = {id_end, 0};
+  if (*id_end == ' ') title = {id_end + 1, std::strlen(id_end + 1)};
+  if (title.size == 0) {
+    if (p->VERBOSE > 10) {
+      std::fprintf(std_err, "Title missing in FASTA file - Inserting dummy: %s\n", line);
+    }
+    title = {"-", 1};
+  }
+  int32_t nres = 0;
+  read_residues(reader, '>', id, nres, p);
+  out_record = store_record(store, reader, id, title, nres);
+  return true;
+}
+
+bool gseq_pir(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p) {
+  if (!read_header(reader)) return false;
+  const Field id = identifier_of(reader.line);
+  const auto fail = [&id](const char* message) {
+    error(message, 0);
+    std::fprintf(std_err, "IDENT:%.*s\n", static_cast<int>(id.size), id.text);
+    return false;
+  };
+  if (!read_line(reader, reader.title)) return fail("End of file found before title line");
+  int32_t nres = 0;
+  if (!read_residues(reader, '*', id, nres, p)) {
+    return fail("End of file found before sequence terminating star");
+  }
+  ++reader.at;  // the star
+  out_record = store_record(store, reader, id, {reader.title.data(), reader.title.size() - 1}, nres);
+  return true;
+}
+
+SeqRec get_query_seq(SeqStore& store, Params* p) {
+  if (p->VERBOSE != 0) std::fputs("Getting query sequence and converting to integer\n", std_err);
+  UTfileopen(p->QSEQ_FILE, "r", 1);
+  if (p->QSEQ_FORMAT != 0 && p->QSEQ_FORMAT != 1) unsupported_format(p);
+  SeqReader reader = make_reader(p->QSEQ_FILE.stream, p->QSEQ_FILE.name.c_str());
+  SeqRec query;
+  if (!read_record(reader, store, query, p->QSEQ_FORMAT, p)) UTend_input(std_err, "No Query\n");
+  if (query.len > MP_LEN) {
+    UTend_input(p->STDERR,
+                "Error:  Sequence length (%d) is > MP_LEN (%d)\n"
+                "You must recompile ZELVAN with MP_LEN set > %d\n"
+                "Alternatively, use ZELVAN compiled for a single processor\n"
+                "i.e. with MP_LEN undefined in the makefile\n",
+                query.len, MP_LEN, query.len);
+  }
+  return query;
+}
+
+bool get_db_seq(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p) {
+  if (p->DB_FORMAT != 0 && p->DB_FORMAT != 1) unsupported_format(p);
+  return read_record(reader, store, out_record, p->DB_FORMAT, p);
+}
+
+void read_text_database(TextDatabase& out_database, bool progress, Params* p) {
+  if (progress) std::fputs("Opening database\n", std_err);
+  UTfileopen(p->DB_FILE, "r", 1);
+  if (progress) std::fputs("Loading database\n", std_err);
+  SeqReader reader = make_reader(p->DB_FILE.stream, p->DB_FILE.name.c_str());
+  SeqRec record;
+  while (get_db_seq(reader, out_database.store, record, p)) {
+    if (static_cast<int64_t>(out_database.seqs.size()) >= p->MAX_NSEQ) {
+      UTend_input(std_err, "Too many sequences in %s (> %d):  Increase MAX_NSEQ\n", p->DB_FILE.name.c_str(),
+                  p->MAX_NSEQ);
+    }
+    out_database.seqs.push_back(record);
+    out_database.nres += record.len - 2;
+  }
+  UTfileclose(p->DB_FILE, 0);
+}
+
+BdbInfo text_database_info(const TextDatabase& database, const Params* p) {
+  if (database.nres > INT32_MAX) {
+    UTend_input(std_err,
+                "Too many residues in %s: %lld (at most %d):  Split the database into several files\n",
+                p->DB_FILE.name.c_str(), static_cast<long long>(database.nres), INT32_MAX);
+  }
+  BdbInfo info;
+  info.nseq = static_cast<int32_t>(database.seqs.size());
+  info.nres = static_cast<int32_t>(database.nres);
+  info.totchar = info.nres;
+  return info;
+}
