@@ -14,6 +14,28 @@
 // print_alignments_pp - realigns the best hits and writes one section for each to std_out, best first.
 // In     scores[0..n-1]; order[0..n-1]: sequences by increasing score; at most p->MAX_AOUT hits are shown
 //        p is changed during the call and restored (MIN_SCORE)
+// Ends   when OUTPUT_LENGTH is below 1 and there is a hit to show (status -1)
 void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
                          int32_t n, const ScoreMatrix& matrix, const LookupTable& table,
                          const LpfitData& lpfit, Params* p);
+
+// printal2 - writes the alignments of one hit, numbered by their place in `paths`.
+// Does   leaves out, with its number, a path shorter than MIN_LEN columns or, with DO_STATS 2, less
+//        significant than PROBCUT
+// In     paths, flags: of align_pair
+void printal2(const SeqRec& query, const SeqRec& target, const ScoreMatrix& matrix, const MoveFlags& flags,
+              const UTvector<PathRec>& paths, const LpfitData& lpfit, const Params* p);
+
+// sdentq - the marker line of two rows of codes.
+// Returns `length` characters: `identity` where the codes agree, `similarity` where they differ and score
+//         above 0, else a blank
+// Out    out_identical: the columns that agree
+UTstring sdentq(const int8_t* query, const int8_t* target, int32_t length, const Table<int32_t>& pairscore,
+                char identity, char similarity, int32_t& out_identical);
+
+// printbid - a line of markers: columns from .. to-1.
+void printbid(FILE* stream, const UTstring& markers, int32_t from, int32_t to);
+
+// printbit - a line of letters with the sequence positions of its ends.
+// Out    out_end: position of the last residue, start - 1 without one; blanks and "^" are no residues
+void printbit(FILE* stream, int32_t start, int32_t& out_end, const char* letters, int32_t from, int32_t to);

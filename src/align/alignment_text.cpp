@@ -1,0 +1,160 @@
+#include "align/alignment_text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "seq/alphabet.h"
+#include "util/failure.h"
+#include "util/streams.h"
+#include "util/text.h"
+
+namespace {
+
+// Truncates toward zero; beyond the integers the nearest one, and 0 for what is no number (both lengths 1).
+int32_t truncated(double value) {
+  if (std::isnan(value)) return 0;
+  constexpr double lowest = std::numeric_limits<int32_t>::min();
+  constexpr double highest = std::numeric_limits<int32_t>::max();
+  return static_cast<int32_t>(std::clamp(value, lowest, highest));
+}
+
+double log_length(const SeqRec& seq) {
+  return std::log(static_cast<double>(seq.len - 2));
+}
+
+// The path threshold of one hit, which replaces the MIN_SCORE in force.
+int32_t threshold_of_hit(const SeqRec& query, const SeqRec& target, int32_t score, const ScoreMatrix& matrix,
+                         const Params* p) {
+  int32_t threshold = p->MIN_SCORE;
+  if (p->TOP_ONLY == 1) threshold = score - matrix.maxval;
+  if (p->LOG_SCORES != 0) {
+    const double ratio = log_length(query) / log_length(target);
+    threshold = truncated(static_cast<double>(static_cast<float>(threshold)) / ratio);
+  }
+  return threshold;
+}
+
+void print_heading(const SeqRec& query, const SeqRec& target, int32_t rank, std::size_t npaths,
+                   const Params* p) {
+  std::fprintf(std_out, "\n# Start_Alignments_Rank: %d\n# Query: %s Target: %s Number_of_Alignments: %d\n",
+               rank, query.id, target.id, static_cast<int32_t>(npaths));
+  std::fputs("# Target_Title: ", std_out);
+  UTpstring(std_out, target.title, p->SHOW_TITLES_WIDTH);
+  std::fputc('\n', std_out);
+}
+
+// The line of figures above an alignment; without a significance it stays open.
+void print_figures(std::size_t number, const PathRec& path, const SeqRec& query, const SeqRec& target,
+                   double significance, const Params* p) {
+  std::fprintf(std_out, "# N: %d Raw_Score: %d Query_Length: %d Target_Length: %d ",
+               static_cast<int32_t>(number), path.best / p->PRECISION, query.len - 2, target.len - 2);
+  if (p->LOG_SCORES == 1) {
+    const double score = static_cast<double>(static_cast<float>(path.best));
+    std::fprintf(std_out, "ln()_Score: %d\n",
+                 truncated(score * log_length(query) / log_length(target) / p->PRECISION));
+  } else if (p->DO_STATS == 2) {
+    std::fprintf(std_out, p->PROB_TYPE == 0 ? "Pvalue: %g\n" : "Evalue: %g\n", significance);
+  }
+}
+
+void print_blocks(const PathRec& path, const UTstring& markers, const AlignedRows& letters, const Params* p) {
+  const char* query = reinterpret_cast<const char*>(letters.query.data());
+  const char* target = reinterpret_cast<const char*>(letters.target.data());
+  int32_t query_at = path.start_i;
+  int32_t target_at = path.start_j;
+  for (int32_t pos = 0; pos < letters.length;) {
+    const int32_t end = pos + std::min(p->OUTPUT_LENGTH, letters.length - pos);
+    int32_t last = 0;
+    printbid(std_out, markers, pos, end);
+    printbit(std_out, query_at, last, query, pos, end);
+    query_at = last + 1;
+    printbit(std_out, target_at, last, target, pos, end);
+    target_at = last + 1;
+    std::fputc('\n', std_out);
+    pos = end;
+  }
+}
+
+}  // namespace
+
+void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
+                         int32_t n, const ScoreMatrix& matrix, const LookupTable& table,
+                         const LpfitData& lpfit, Params* p) {
+  const int32_t shown = std::clamp(p->MAX_AOUT, 0, n);
+  if (shown > 0 && p->OUTPUT_LENGTH < 1) {
+    UTend_input(std_err, "OUTPUT_LENGTH is %d: set it to the columns wanted in a line, 1 or more\n",
+                p->OUTPUT_LENGTH);
+  }
+  const int32_t kept_min_score = p->MIN_SCORE;
+  p->MIN_SCORE = p->MIN_ASCORE;
+  if (p->DO_STATS == 2) {
+    for (int32_t k = n - shown; k < n; ++k) p->MIN_SCORE = std::min(p->MIN_SCORE, scores[order[k]]);
+  }
+  MoveFlags flags;
+  for (int32_t rank = 1; rank <= shown; ++rank) {
+    const int32_t hit = order[n - rank];
+    const SeqRec& target = seqs[hit];
+    p->MIN_SCORE = threshold_of_hit(query, target, scores[hit], matrix, p);
+    const UTvector<PathRec> paths =
+        align_pair(query.seq, query.len, target.seq, target.len, table, flags, matrix, p);
+    print_heading(query, target, rank, paths.size(), p);
+    printal2(query, target, matrix, flags, paths, lpfit, p);
+    std::fprintf(std_out, "# End_Alignments_Rank: %d\n", rank);
+    p->MIN_SCORE = p->MIN_ASCORE;
+  }
+  p->MIN_SCORE = kept_min_score;
+}
+
+void printal2(const SeqRec& query, const SeqRec& target, const ScoreMatrix& matrix, const MoveFlags& flags,
+              const UTvector<PathRec>& paths, const LpfitData& lpfit, const Params* p) {
+  AlignedRows rows;
+  for (std::size_t k = 0; k < paths.size(); ++k) {
+    const PathRec& path = paths[k];
+    trace_path(query.seq, target.seq, path, flags, rows, matrix, p);
+    if (rows.length < p->MIN_LEN) continue;
+    double significance = 0;
+    if (p->DO_STATS == 2) {
+      significance = get_single_lpfit_prob(path.best, query.len - 2, target.len - 2, lpfit, p);
+      if (!(static_cast<double>(p->PROBCUT) >= significance)) continue;  // also when it is no number
+    }
+    int32_t identical = 0;
+    const UTstring markers =
+        sdentq(rows.query.data(), rows.target.data(), rows.length, matrix.pairscore, '*', '.', identical);
+    itoseq(rows.query.data(), rows.length + 1, matrix);
+    itoseq(rows.target.data(), rows.length + 1, matrix);
+    print_figures(k + 1, path, query, target, significance, p);
+    print_blocks(path, markers, rows, p);
+    std::fprintf(std_out, "# End_N: %d\n", static_cast<int32_t>(k + 1));
+  }
+}
+
+UTstring sdentq(const int8_t* query, const int8_t* target, int32_t length, const Table<int32_t>& pairscore,
+                char identity, char similarity, int32_t& out_identical) {
+  UTstring markers(static_cast<std::size_t>(length), ' ');
+  out_identical = 0;
+  for (int32_t k = 0; k < length; ++k) {
+    char& marker = markers[static_cast<std::size_t>(k)];
+    if (query[k] == target[k]) {
+      marker = identity;
+      ++out_identical;
+    } else if (pairscore[query[k]][target[k]] > 0) {
+      marker = similarity;
+    }
+  }
+  return markers;
+}
+
+void printbid(FILE* stream, const UTstring& markers, int32_t from, int32_t to) {
+  std::fputs("        ", stream);
+  std::fwrite(markers.data() + from, 1, static_cast<std::size_t>(to - from), stream);
+  std::fputc('\n', stream);
+}
+
+void printbit(FILE* stream, int32_t start, int32_t& out_end, const char* letters, int32_t from, int32_t to) {
+  const auto gaps = std::count_if(letters + from, letters + to, [](char c) { return c == ' ' || c == '^'; });
+  out_end = start + (to - from) - static_cast<int32_t>(gaps) - 1;
+  std::fprintf(stream, "%7d ", start);
+  std::fwrite(letters + from, 1, static_cast<std::size_t>(to - from), stream);
+  std::fprintf(stream, " %7d\n", out_end);
+}
