@@ -1,0 +1,134 @@
+#include "report/score_list.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "report_data.h"
+#include "seq/database_info.h"
+
+namespace {
+
+// Four hits; the order array ranks them 2, 0, 3, 1.
+struct Hits {
+  Sequences db;
+  int32_t scores[4] = {12345, -150, 20099, 800};
+  double x[4] = {12.25, -0.5, 30.0, 7.0};
+  double significance[4] = {1e-5, 0.002, 2.5e-12, 1e-5};
+  int32_t zscores[4] = {1225, -50, 3000, 333};
+  int32_t order[4] = {1, 3, 0, 2};
+  BdbInfo info;
+  ScoreMatrix matrix = small_matrix();
+  RunTimes times;
+  Params p;
+
+  Hits() {
+    db.add("P1", "first", "ARN").add("Q2", "second", "A").add("LONG_IDENT", "a long title", "ARND");
+    db.add("R4", "", "");
+    p.PRECISION = 100;
+    p.MAX_NOUT = 4;
+    p.SHOW_IDENT_WIDTH = 6;
+    p.SHOW_TITLES_WIDTH = 8;
+    p.PROBCUT = 0.01F;
+    p.PROBCUT2 = 0.0001F;
+    p.binfo = &info;
+  }
+  ResultRec results() const { return {db.records.data(), scores, x, significance, zscores, order, 4}; }
+  std::string list() {
+    return written([&](FILE*) { print_score_list(db.records[0], results(), matrix, times, &p); });
+  }
+  std::string list2() {
+    return written([&](FILE*) { print_score_list2(db.records[0], results(), matrix, nullptr, times, &p); });
+  }
+  std::string list3() {
+    return written([&](FILE*) { lines = print_score_list3(db.records[0], results(), matrix, times, &p); });
+  }
+  int32_t lines = 0;
+};
+
+TEST(ScoreList, WritesScoresThatReachTheThreshold) {
+  Hits hits;
+  hits.p.MIN_SCORE = -150;
+  EXPECT_EQ(hits.list(), "200 LONG_I \n123 P1     \n8 R4     \n-1 Q2     \n");
+  EXPECT_FALSE(hits.times[TIME_SCORES].empty());
+  hits.p.SHOW_TITLES = 1;
+  hits.p.SHOW_LEN = 1;
+  hits.p.MIN_SCORE = 800;
+  EXPECT_EQ(hits.list(),
+            "   1 200 LONG_I a long t  4\n"
+            "   2 123 P1     first     3\n"
+            "   3 8 R4               0\n");
+}
+
+TEST(ScoreList, WritesEverythingWorstFirstWithSpecial) {
+  Hits hits;
+  hits.p.SPECIAL = 1;
+  hits.p.SHOW_BLURB = 1;
+  hits.p.MAX_NOUT = 1;
+  hits.p.MIN_SCORE = 100000;
+  const std::string report = hits.list();
+  const std::string rule = "# Start_Scores: " + std::string(52, '-') + "\n";
+  ASSERT_NE(report.find(rule), std::string::npos);
+  EXPECT_EQ(report.substr(report.find(rule) + rule.size()),
+            "-1 Q2     \n8 R4     \n123 P1     \n200 LONG_I \n");
+  EXPECT_TRUE(hits.times[TIME_SCORES].empty());
+}
+
+TEST(ScoreLists, AlignTheZscoreRightAndTheStandardisedScoreLeft) {
+  Hits hits;
+  hits.p.SHOW_TITLES = 1;
+  EXPECT_EQ(hits.list2(),
+            "   1  200  30.00 2.5e-12  LONG_I a long t\n"
+            "   2  123  12.25 1e-05    P1     first   \n"
+            "   3    8   3.33 1e-05    R4             \n"
+            "   4   -1  -0.50 0.002    Q2     second  \n");
+  EXPECT_EQ(hits.list3(),
+            "   1  200 30.00  2.5e-12  LONG_I a long t\n"
+            "   2  123 12.25  1e-05    P1     first   \n"
+            "   3    8 7.00   1e-05    R4             \n"
+            "   4   -1 -0.50  0.002    Q2     second  \n");
+}
+
+TEST(ScoreList3, ListsAtMostMaxNoutButCountsAll) {
+  const struct {
+    int32_t max_nout, lines;
+  } cases[] = {{-1, 4}, {0, 0}, {1, 1}, {3, 3}, {4, 4}, {2147483647, 4}, {-2147483647 - 1, 0}};
+  for (const auto& c : cases) {
+    Hits hits;
+    hits.p.MAX_NOUT = c.max_nout;
+    hits.list3();
+    EXPECT_EQ(hits.lines, c.lines) << c.max_nout;
+    EXPECT_EQ(hits.p.n_probcut2_hits, 3) << c.max_nout;
+  }
+}
+
+TEST(ScoreList3, ComparesSinglePrecisionCutOffsAsDoubles) {
+  Hits hits;
+  hits.p.PROBCUT = hits.p.PROBCUT2 = 0.001F;  // 0.00100000004749745...
+  const double values[4] = {0.00100000004, 0.00100000005, std::nan(""), 0.0};
+  std::copy(values, values + 4, hits.significance);
+  hits.list3();
+  EXPECT_EQ(hits.lines, 2);
+  EXPECT_EQ(hits.p.n_probcut2_hits, 2);
+}
+
+TEST(ScoreLists, FrameAnEmptyList) {
+  Hits hits;
+  hits.p.SHOW_BLURB = 1;
+  hits.p.n_probcut2_hits = 9;
+  const std::string report = written(
+      [&](FILE*) { print_score_list3(hits.db.records[0], ResultRec(), hits.matrix, hits.times, &hits.p); });
+  const std::string end =
+      "# Start_Scores: " + std::string(52, '-') + "\n# End_Scores: " + std::string(54, '-') + "\n";
+  ASSERT_GT(report.size(), end.size());
+  EXPECT_EQ(report.substr(report.size() - end.size()), end);
+  EXPECT_EQ(hits.p.n_probcut2_hits, 0);
+}
+
+TEST(ScoreLists, RefusePrecisionZero) {
+  Hits hits;
+  hits.p.PRECISION = 0;
+  EXPECT_EXIT(hits.list3(), testing::ExitedWithCode(255), "PRECISION is 0: .*\n");
+}
+
+}  // namespace
