@@ -9,28 +9,40 @@
 #include "util/memory.h"
 
 struct Codon {
-  char codon[8];
-  char residue;
+  char codon[10];  // as in the file, at most 9 characters; only those of three letters can be found
+  char residue;    // its amino acid; STOP_CHARACTER for a stop codon
 };
 constexpr int32_t NCODONS = 64;
 using CodonTable = std::array<Codon, NCODONS>;
 
-// getcodon - reads GENERAL_DIR/CODON_FILE; ends with status -1 on a missing file or other than 64 lines.
+// getcodon - reads GENERAL_DIR/CODON_FILE: 64 lines "codon residue" in ascending order.
+// Does   every line makes an entry; one without both words makes an entry that no codon matches. Lines of more
+//        than 9 characters count as several
+// Ends   when the file cannot be opened or has not 64 lines (status -1)
 CodonTable getcodon(const Params* p);
 
-// findcodon - the residue letter of a codon by binary search with a linear finish, or -1; the table is
-// expected in ascending order.
+// findcodon - the residue letter (0..255) of a zero-terminated codon, or -1.
+// In     table[0..n-1], n >= 0, expected in ascending order of bytes; in another order codons are missed
+// Exact  binary search down to a range of at most 7 entries, which is then searched from its start
 int32_t findcodon(const Codon* table, int32_t n, const char* codon);
 
-// loose_ambiguity - one base for an IUB code; ends the run (status 0) on any other character.
+// loose_ambiguity - the first base in alphabetical order that an IUB code (upper case) may stand for.
+// Ends   on any other character, "U" included (status 0)
 char loose_ambiguity(char base);
 
-// dna_complement - the reverse complement of residues 1..len-2, blank at 0, zero byte at len-1. Ambiguity
-// codes are replaced in the source, too.
+// dna_complement - the reverse complement of seq[1..len-2] as len bytes: blank at 0, zero byte at len-1.
+// In     len >= 2. Ambiguity codes are replaced by their base in seq, too
+// Ends   on letters that are no bases (status 0)
 UTvector<int8_t> dna_complement(int8_t* seq, int32_t len);
 
-// setup_dnaseq - translates a DNA sequence in place: position i = 1..len-4 becomes the residue of the codon
-// that starts there; the last two positions keep their letters. Out    out_dna[0..len-1]: the letters that
-// were translated (complemented when complement_flag is set) Ends   on letters that are no bases (status 0)
+// translate_dna - translates in place: position i = 1..len-4 becomes the residue of the codon that starts there.
+// Positions i, i+3, i+6, ... are one reading frame; the last two positions keep their DNA letters.
+// Does   a codon that is not in the table is looked up again with its ambiguity codes resolved
+// Ends   when that fails, with the message `failure`, and on letters that are no bases (status 0)
+void translate_dna(SeqRec& record, const CodonTable& codons, const char* failure);
+
+// setup_dnaseq - translate_dna that keeps the nucleotides, of the reverse complement when the flag is set. The
+// record's residues stay where they are.
+// Out    out_dna[0..len-1]: the letters that were translated, as in a record (blank, bases, zero byte)
 void setup_dnaseq(UTvector<int8_t>& out_dna, SeqRec& record, const CodonTable& codons,
                   int32_t complement_flag);
