@@ -1,7 +1,5 @@
 #include "util/line_reader.h"
 
-#include <cstdlib>
-
 #include "util/failure.h"
 #include "util/streams.h"
 
@@ -12,16 +10,13 @@ constexpr char SUBSTITUTE = '\x1a';
 }  // namespace
 
 UTvector<char> UTlinebuffer(std::size_t size, const char* caller) {
-  // A missing line buffer has its own message and status, unlike other exhausted memory: try first (volatile,
-  // lest the compiler drops an allocation that is only tested and released).
-  void* volatile room = std::malloc(size);
-  if (room == nullptr) {
+  // A missing line buffer has its own message and status, unlike other exhausted memory.
+  if (!UThaveroom(size)) {
     char message[128];
     std::snprintf(message, sizeof message, "No Space for buff in %s", caller);
     UTerror(message);
     UTend_input(std_err, "%s", "");
   }
-  std::free(room);
   return UTvector<char>(size);
 }
 

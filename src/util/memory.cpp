@@ -11,6 +11,13 @@ void* UTmalloc(std::size_t size) {
   return block;
 }
 
+bool UThaveroom(std::size_t size) {
+  // volatile, lest the compiler drops an allocation that is only tested and released
+  void* volatile block = std::malloc(size > 0 ? size : 1);
+  std::free(block);
+  return block != nullptr;
+}
+
 void* UTrealloc(void* block, std::size_t size) {
   void* resized = std::realloc(block, size > 0 ? size : 1);
   if (resized == nullptr) UTend_memory("realloc error");

@@ -11,6 +11,9 @@
 // UTmalloc - a block of `size` bytes, contents unset; "malloc error" and status 0 when there is none.
 void* UTmalloc(std::size_t size);
 
+// UThaveroom - whether UTmalloc would succeed, for the few callers with a report of their own.
+bool UThaveroom(std::size_t size);
+
 // UTrealloc - `block` (may be null) resized to `size` bytes; "realloc error" and status 0 when there is no
 // room.
 void* UTrealloc(void* block, std::size_t size);

@@ -1,0 +1,62 @@
+// Helpers of tests that look at what a routine writes, or that give it a file to read.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+#include "util/streams.h"
+
+// written - everything that `write` puts on the stream it is given.
+template <class Write>
+std::string written(Write write) {
+  char* text = nullptr;
+  std::size_t size = 0;
+  FILE* stream = open_memstream(&text, &size);
+  write(stream);
+  std::fclose(stream);
+  const std::string result(text, size);
+  std::free(text);
+  return result;
+}
+
+// reported - everything that `run` writes to std_err.
+template <class Run>
+std::string reported(Run run) {
+  FILE* kept = std_err;
+  const std::string result = written([&](FILE* stream) {
+    std_err = stream;
+    run();
+    std_err = kept;
+  });
+  return result;
+}
+
+// A directory that lives as long as the object.
+struct TemporaryDirectory {
+  std::filesystem::path path;
+
+  TemporaryDirectory() {
+    std::string name = (std::filesystem::temp_directory_path() / "zelvan_test_XXXXXX").string();
+    path = mkdtemp(name.data());
+  }
+  ~TemporaryDirectory() { std::filesystem::remove_all(path); }
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+  // Writes a file in the directory and returns its path.
+  std::string file(const char* name, std::string_view content) const {
+    std::ofstream(path / name, std::ios::binary) << content;
+    return (path / name).string();
+  }
+  std::string at(const char* name) const { return (path / name).string(); }
+};
+
+inline std::string file_content(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}

@@ -1,0 +1,67 @@
+#include "util/line_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "support/capture.h"
+
+namespace {
+
+std::vector<std::string> lines_of(std::string_view content, std::size_t buffer_size) {
+  FILE* stream = std::tmpfile();
+  std::fwrite(content.data(), 1, content.size(), stream);
+  std::rewind(stream);
+  UTvector<char> buffer = UTlinebuffer(buffer_size, "test");
+  std::vector<std::string> lines;
+  while (UTgetline(stream, buffer)) lines.emplace_back(buffer.data());
+  EXPECT_STREQ(buffer.data(), "");
+  EXPECT_EQ(buffer.size(), buffer_size);
+  EXPECT_EQ(std::ferror(stream), 0);
+  std::fclose(stream);
+  return lines;
+}
+
+TEST(LineReader, DeliversLinesWithTheirNewline) {
+  using namespace std::string_view_literals;
+  const struct {
+    std::string_view content;
+    std::size_t buffer_size;
+    std::vector<std::string> lines;
+  } cases[] = {
+      {"", 80, {}},
+      {"MODE 202\n\n#\n", 80, {"MODE 202\n", "\n", "#\n"}},
+      {"last line open", 80, {"last line open"}},
+      {"MODE 202\r\n\r\nX\r", 80, {"MODE 202\n", "\n", "X\n"}},
+      {"a\rb\r\r\n", 80, {"a\rb\r\n"}},
+      {"M\0DE\0\n\0"sv,
+       80,
+       {"M\x1a"
+        "DE\x1a\n",
+        "\x1a"}},
+      {"\xff\n\xfe", 80, {"\xff\n", "\xfe"}},
+      {"abcdefg\nhi\n", 4, {"abc", "def", "g\n", "hi\n"}},
+      {"abc\nd\n", 4, {"abc", "\n", "d\n"}},
+      {"abc\r\nd", 4, {"abc", "\n", "d"}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(lines_of(c.content, c.buffer_size), c.lines) << c.content;
+}
+
+TEST(LineReader, TellsAReadErrorFromTheEnd) {
+  FILE* stream = std::fopen("/proc/self/mem", "r");  // its first byte can never be read
+  if (stream == nullptr) GTEST_SKIP() << "no /proc here";
+  UTvector<char> buffer = UTlinebuffer(80, "test");
+  EXPECT_FALSE(UTgetline(stream, buffer));
+  EXPECT_NE(std::ferror(stream), 0);
+  std::fclose(stream);
+}
+
+TEST(LineReaderDeathTest, MissingBufferEndsTheRun) {
+  volatile std::size_t impossible = SIZE_MAX / 2;
+  EXPECT_EXIT(UTlinebuffer(impossible, "getpars"), testing::ExitedWithCode(255),
+              "^No Space for buff in getpars: Cannot allocate memory\n$");
+}
+
+}  // namespace

@@ -1,0 +1,42 @@
+#include "util/memory.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+
+// A request that cannot be met must reach the checks under the address sanitizer, too.
+extern "C" const char* __asan_default_options();
+extern "C" const char* __asan_default_options() {
+  return "allocator_may_return_null=1";
+}
+
+namespace {
+
+// Hidden from the compiler, which warns about sizes that it can see to be impossible.
+volatile std::size_t impossible = SIZE_MAX / 2;
+
+TEST(Memory, GivesAndResizesBlocks) {
+  auto* block = static_cast<unsigned char*>(UTmalloc(16));
+  for (unsigned char k = 0; k < 16; ++k) block[k] = k;
+  block = static_cast<unsigned char*>(UTrealloc(block, 1 << 20));
+  for (unsigned char k = 0; k < 16; ++k) EXPECT_EQ(block[k], k);
+  UTfree(block);
+  void* empty = UTmalloc(0);
+  ASSERT_NE(empty, nullptr);
+  UTfree(UTrealloc(empty, 0));
+  EXPECT_TRUE(UThaveroom(1 << 20));
+  EXPECT_FALSE(UThaveroom(impossible));
+}
+
+TEST(MemoryDeathTest, ExhaustionEndsTheRunWithStatusZero) {
+  using testing::ExitedWithCode;
+  EXPECT_EXIT(UTmalloc(impossible), ExitedWithCode(0), "malloc error: Cannot allocate memory\n");
+  EXPECT_EXIT(UTrealloc(nullptr, impossible), ExitedWithCode(0), "realloc error: Cannot allocate memory\n");
+  EXPECT_EXIT(UTfree(nullptr), ExitedWithCode(0), "Attempt to free NULL pointer: ");
+  EXPECT_EXIT(UTvector<char>(impossible - 1), ExitedWithCode(0), "malloc error: ");
+  EXPECT_EXIT(UTallocator<int64_t>().allocate(impossible), ExitedWithCode(0), "malloc error: ");
+  EXPECT_EXIT(std::make_unique<char[]>(impossible), ExitedWithCode(0), "malloc error: ");
+}
+
+}  // namespace
