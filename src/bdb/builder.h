@@ -1,10 +1,14 @@
-// The binary database: an index file (header, then one record of six 32-bit integers per sequence) and a
-// sequence file (identifier, title and residue buffer of every sequence back to back), both in the machine's
-// byte order.
+// Building a binary database (its layout: index_record.h).
 #pragma once
 
 #include "driver/params.h"
 
-// makedb - mode 99: reads the text database DB_FILE and writes the two files of BDB_ROOT. They appear under
-// their names only when complete.
+// makedb - mode 99: reads the text database DB_FILE and writes it to p->BDB_INDEX_FILE and p->BDB_SEQ_FILE.
+// Does   residues are stored as codes when APPLY_INDEX is 1, and sequences in ascending order of length (ties
+//        as UTindexx leaves them) when DO_SORT is 1. Both files are written under names of their own in the
+//        same directory, "NAME.PID.tmp", and take the real names only when both are complete: a build that
+//        fails leaves nothing behind, one that is killed leaves at most its temporary files, and what stood
+//        under the real names before stays whole
+// Ends   on every fault of the input, on a database that 32-bit positions cannot address, and when an output
+//        file cannot be opened (status -1); when it cannot be written (status 1)
 void makedb(Params* p);

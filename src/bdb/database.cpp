@@ -1,5 +1,7 @@
 #include "bdb/database.h"
 
+#include "util/index_sort.h"
+
 void load_database(Database& out_database, const ScoreMatrix& matrix, Params* p) {
   UTvector<SeqRec>* seqs;
   if (p->BDB_GIVEN == 0) {
@@ -17,4 +19,12 @@ void load_database(Database& out_database, const ScoreMatrix& matrix, Params* p)
 
 bool stored_as_codes(const Params* p) {
   return p->BDB_GIVEN != 0 && p->APPLY_INDEX == 1;
+}
+
+UTvector<int32_t> length_order(const UTvector<SeqRec>& seqs) {
+  UTvector<int32_t> order(seqs.size() + 1);
+  const SeqRec* const first = seqs.data();
+  UTindexx_by([first](int32_t a, int32_t b) { return first[a - 1].len < first[b - 1].len; },
+              static_cast<int32_t>(seqs.size()), order.data());
+  return order;
 }

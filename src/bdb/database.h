@@ -9,6 +9,7 @@
 #include "seq/matrix.h"
 #include "seq/sequence.h"
 #include "seq/sequence_file.h"
+#include "util/memory.h"
 
 // A database in memory: a text database or a binary one.
 struct Database {
@@ -27,3 +28,7 @@ void load_database(Database& out_database, const ScoreMatrix& matrix, Params* p)
 
 // stored_as_codes - whether the residues of the database that load_database read are codes already.
 bool stored_as_codes(const Params* p);
+
+// length_order - the ascending order of the lengths of sequences, ties as UTindexx leaves them.
+// Returns order[1..n], numbering sequences from 1; entry 0 is unused
+UTvector<int32_t> length_order(const UTvector<SeqRec>& seqs);

@@ -11,3 +11,35 @@
 // Source Numerical Recipes, indexx (heap-sort form)
 void UTindexx(const int32_t* key, int32_t n, int32_t* out_index);
 void UTindexxD(const double* key, int32_t n, int32_t* out_index);
+
+// UTindexx_by - the same for keys of any kind.
+// In     less(a, b), a and b = 1..n: whether key a is below key b
+template <class Less>
+void UTindexx_by(Less less, int32_t n, int32_t* out_index) {
+  for (int32_t j = 1; j <= n; ++j) out_index[j] = j;
+  if (n < 2) return;
+  int32_t l = n / 2 + 1;
+  int32_t ir = n;
+  for (;;) {
+    int32_t held;
+    if (l > 1) {
+      held = out_index[--l];
+    } else {
+      held = out_index[ir];
+      out_index[ir] = out_index[1];
+      if (--ir == 1) {
+        out_index[1] = held;
+        return;
+      }
+    }
+    int32_t i = l;
+    for (int64_t j = 2 * static_cast<int64_t>(l); j <= ir;) {
+      if (j < ir && less(out_index[j], out_index[j + 1])) ++j;
+      if (!less(held, out_index[j])) break;
+      out_index[i] = out_index[j];
+      i = static_cast<int32_t>(j);
+      j *= 2;
+    }
+    out_index[i] = held;
+  }
+}

@@ -1,0 +1,225 @@
+#include "bdb/builder.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+#include <numeric>
+
+#include "bdb/database.h"
+#include "bdb/index_record.h"
+#include "seq/alphabet.h"
+#include "seq/database_info.h"
+#include "seq/matrix.h"
+#include "seq/sequence_file.h"
+#include "util/failure.h"
+#include "util/streams.h"
+#include "util/text.h"
+#include "util/timing.h"
+
+namespace {
+
+constexpr std::size_t WRITE_BUFFER = std::size_t{1} << 20;
+
+// A file that is being written under a temporary name.
+struct PendingFile {
+  const char* name = nullptr;  // the real one
+  UTstring temporary;          // empty until the file exists
+  FILE* stream = nullptr;
+  UTbuffer<char> buffer;  // of the stream
+};
+
+// The two files of one build.
+struct PendingDatabase {
+  PendingFile index;
+  PendingFile sequences;
+};
+
+void progress(const char* text, const Params* p) {
+  if (p->VERBOSE != 0) std::fputs(text, std_err);
+}
+
+void show_time(const char* label, const Params* p) {
+  if (p->TIME != 1) return;
+  std::fputs(label, std_err);
+  UT_show_times(std_err, 1);
+}
+
+// Removes what was written so far. The reason of the failure, errno, survives.
+void discard(const PendingDatabase& pending) {
+  const int reason = errno;
+  for (const PendingFile* file : {&pending.index, &pending.sequences}) {
+    if (!file->temporary.empty()) std::remove(file->temporary.c_str());
+  }
+  errno = reason;
+}
+
+[[noreturn]] void end_unwritten(const PendingDatabase& pending, const PendingFile& file) {
+  discard(pending);
+  UTerror("Error writing File");
+  UTend_stream(std_err, "File: %s was not written: check the space on its disk\n", file.name);
+}
+
+[[noreturn]] void end_unopened(const PendingDatabase& pending, const PendingFile& file) {
+  discard(pending);
+  UTerror("Error opening File");
+  UTend_input(std_err, "%s\n", file.name);
+}
+
+void open_pending(const PendingDatabase& pending, PendingFile& file, const char* name) {
+  file.name = name;
+  struct stat status;
+  if (stat(name, &status) == 0 && S_ISDIR(status.st_mode)) {
+    errno = EISDIR;  // noticed now rather than when the finished file is to take this name
+    end_unopened(pending, file);
+  }
+  char suffix[64];
+  std::snprintf(suffix, sizeof suffix, ".%ld.tmp", static_cast<long>(getpid()));
+  const UTstring temporary = UTcat({name, suffix});
+  file.stream = std::fopen(temporary.c_str(), "wb");
+  if (file.stream == nullptr) end_unopened(pending, file);
+  file.temporary = temporary;
+  file.buffer.resize(WRITE_BUFFER);
+  std::setvbuf(file.stream, file.buffer.data(), _IOFBF, file.buffer.size());
+}
+
+void put(const PendingDatabase& pending, const PendingFile& file, const void* bytes, std::size_t size) {
+  if (std::fwrite(bytes, 1, size, file.stream) != size) end_unwritten(pending, file);
+}
+
+void put_int(const PendingDatabase& pending, int32_t value) {
+  put(pending, pending.index, &value, sizeof value);
+}
+
+// A length and that many bytes of a text; with its terminator when the length counts it.
+void put_text(const PendingDatabase& pending, int32_t length, const UTstring& text) {
+  put_int(pending, length);
+  put(pending, pending.index, text.c_str(), static_cast<std::size_t>(length));
+}
+
+void close_pending(const PendingDatabase& pending, PendingFile& file) {
+  FILE* stream = file.stream;
+  file.stream = nullptr;
+  if (std::fclose(stream) != 0) end_unwritten(pending, file);
+}
+
+// Both files are complete: from here on they stand under their names.
+void publish(const PendingDatabase& pending) {
+  for (const PendingFile* file : {&pending.sequences, &pending.index}) {
+    if (std::rename(file->temporary.c_str(), file->name) != 0) end_unwritten(pending, *file);
+  }
+}
+
+// The order in which sequences are stored: order[k], k = 1..n, numbers them from 1.
+UTvector<int32_t> stored_order(const UTvector<SeqRec>& seqs, const Params* p) {
+  if (p->DO_SORT == 1) return length_order(seqs);
+  UTvector<int32_t> order(seqs.size() + 1);
+  std::iota(order.begin(), order.end(), 0);
+  return order;
+}
+
+BdbInfo describe(const TextDatabase& database, const ScoreMatrix& matrix, const Params* p) {
+  int64_t characters = 0;
+  for (const SeqRec& s : database.seqs) {
+    characters += static_cast<int64_t>(s.ilen) + 1 + s.tlen + 1 + s.len;
+  }
+  if (constexpr int64_t most = std::numeric_limits<int32_t>::max(); characters > most) {
+    const int64_t parts = characters / most + 1;
+    UTend_input(std_err,
+                "Database %s is too large: %lld characters of identifiers, titles and residues (> %lld)\n"
+                "Split it at \">\" lines into %lld files of about the same size, build a database of each "
+                "and search them one by one\n",
+                p->DB_FILE.name.c_str(), static_cast<long long>(characters), static_cast<long long>(most),
+                static_cast<long long>(parts));
+  }
+  BdbInfo info;
+  info.index_flag = p->APPLY_INDEX;
+  info.index_length = matrix.inlen - 3;
+  info.index = matrix.indx.substr(0, static_cast<std::size_t>(info.index_length));
+  info.nseq = static_cast<int32_t>(database.seqs.size());
+  info.nres = static_cast<int32_t>(database.nres);
+  info.totchar = static_cast<int32_t>(characters);
+  info.date = UTlocaltime();
+  info.date_length = static_cast<int32_t>(info.date.size()) + 1;
+  info.name = p->DB_FILE.name;
+  info.name_length = static_cast<int32_t>(info.name.size()) + 1;
+  return info;
+}
+
+void write_header(const PendingDatabase& pending, const BdbInfo& info, const Params* p) {
+  if (p->VERBOSE != 0) {
+    std::fprintf(std_err, "Total characters to write: %d\nWriting headers\n", info.totchar);
+  }
+  put_int(pending, info.index_flag);
+  put_text(pending, info.index_length, info.index);
+  put_int(pending, info.nseq);
+  put_int(pending, info.nres);
+  put_int(pending, info.totchar);
+  put_text(pending, info.date_length, info.date);
+  put_text(pending, info.name_length, info.name);
+  if (p->VERBOSE > 10) {
+    std::fprintf(std_err, "p->DB_FILE->name:%s\nLength of p->DB_FILE->name: %d\n", info.name.c_str(),
+                 info.name_length);
+  }
+}
+
+// Returns the bytes of the sequence file.
+int32_t write_sequences(const PendingDatabase& pending, const UTvector<SeqRec>& seqs,
+                        const UTvector<int32_t>& order) {
+  int32_t at = 0;
+  for (std::size_t k = 1; k < order.size(); ++k) {
+    const SeqRec& s = seqs[static_cast<std::size_t>(order[k]) - 1];
+    IndexRecord record;
+    record.id_at = at;
+    record.ilen = s.ilen;
+    record.title_at = record.id_at + s.ilen + 1;
+    record.tlen = s.tlen;
+    record.seq_at = record.title_at + s.tlen + 1;
+    record.len = s.len;
+    put(pending, pending.index, &record, sizeof record);
+    put(pending, pending.sequences, s.id, static_cast<std::size_t>(s.ilen) + 1);
+    put(pending, pending.sequences, s.title, static_cast<std::size_t>(s.tlen) + 1);
+    put(pending, pending.sequences, s.seq, static_cast<std::size_t>(s.len));
+    at = record.seq_at + s.len;
+  }
+  return at;
+}
+
+}  // namespace
+
+void makedb(Params* p) {
+  if (p->TIME == 1) UT_init_times();
+  std::fputs("Getting matrix\n", std_err);  // deliberately whatever VERBOSE is
+  const ScoreMatrix& matrix = *getmat(p);
+  TextDatabase database;
+  read_text_database(database, p->VERBOSE != 0, p);
+  show_time("Have read database\n", p);
+  if (p->APPLY_INDEX == 1) {
+    progress("Indexing sequence data\n", p);
+    encode_sequences(database.seqs.data(), static_cast<int32_t>(database.seqs.size()), matrix);
+  }
+  show_time("Time to index sequences\n", p);
+  const UTvector<int32_t> order = stored_order(database.seqs, p);
+  const BdbInfo info = describe(database, matrix, p);
+
+  PendingDatabase pending;
+  progress("Opening Index file\n", p);
+  open_pending(pending, pending.index, p->BDB_INDEX_FILE.name.c_str());
+  progress("Opening database file\n", p);
+  open_pending(pending, pending.sequences, p->BDB_SEQ_FILE.name.c_str());
+  progress("Counting characters to write to .sq file\n", p);
+  write_header(pending, info, p);
+  progress("Writing index and .sq files\n", p);
+  const int32_t written = write_sequences(pending, database.seqs, order);
+  if (written != info.totchar) {
+    discard(pending);
+    UTend_input(std_err, "Number of characters does not match, totchar = %d, pos = %d\n", info.totchar,
+                written);
+  }
+  close_pending(pending, pending.index);
+  close_pending(pending, pending.sequences);
+  publish(pending);
+  show_time("", p);
+}

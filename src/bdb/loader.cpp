@@ -1,0 +1,246 @@
+#include "bdb/loader.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "bdb/index_record.h"
+#include "util/failure.h"
+#include "util/streams.h"
+#include "util/timing.h"
+
+namespace {
+
+void progress(const char* text, const Params* p) {
+  if (p->VERBOSE != 0) std::fputs(text, std_err);
+}
+
+void show_time(const char* label, const Params* p) {
+  if (p->TIME <= 5) return;
+  std::fputs(label, std_err);
+  UT_show_times(std_err, 1);
+}
+
+[[noreturn]] void end_damaged(const FileRec& file, const char* what) {
+  UTend_input(std_err,
+              "Database file %s is damaged: %s\n"
+              "Copy both files of the database again, or build it again with MODE 99\n",
+              file.name.c_str(), what);
+}
+
+[[noreturn]] void end_bad_field(const FileRec& file, const char* field, int64_t value) {
+  char what[160];
+  std::snprintf(what, sizeof what, "%s in the header is %lld", field, static_cast<long long>(value));
+  end_damaged(file, what);
+}
+
+[[noreturn]] void end_bad_record(const FileRec& file, int32_t record, const char* fault) {
+  char what[160];
+  std::snprintf(what, sizeof what, "sequence %d: %s", record, fault);
+  end_damaged(file, what);
+}
+
+int64_t bytes_of(FILE* stream) {
+  struct stat status;
+  return fstat(fileno(stream), &status) == 0 ? static_cast<int64_t>(status.st_size) : 0;
+}
+
+// The first `most` bytes of an open file, fewer when it has fewer.
+UTbuffer<char> read_bulk(FILE* stream, int64_t most) {
+  UTbuffer<char> bytes(static_cast<std::size_t>(std::min(most, bytes_of(stream))));
+  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), stream));
+  return bytes;
+}
+
+// The index file and how far it has been decoded.
+struct IndexBytes {
+  const FileRec& file;
+  const char* at;
+  std::size_t left;
+};
+
+void take(IndexBytes& index, void* out_bytes, std::size_t size, const char* field) {
+  if (size > index.left) {
+    char what[160];
+    std::snprintf(what, sizeof what, "it ends before the end of %s", field);
+    end_damaged(index.file, what);
+  }
+  std::memcpy(out_bytes, index.at, size);
+  index.at += size;
+  index.left -= size;
+}
+
+int32_t take_int(IndexBytes& index, int32_t least, const char* field) {
+  int32_t value;
+  take(index, &value, sizeof value, field);
+  if (value < least) end_bad_field(index.file, field, value);
+  return value;
+}
+
+UTstring take_bytes(IndexBytes& index, int32_t length, const char* field) {
+  const auto size = static_cast<std::size_t>(length);
+  UTstring bytes;
+  bytes.resize(std::min(size, index.left));
+  take(index, bytes.data(), size, field);
+  return bytes;
+}
+
+// A text whose length counts its zero byte.
+UTstring take_text(IndexBytes& index, int32_t length, const char* field) {
+  UTstring text = take_bytes(index, length, field);
+  if (text.find('\0') != text.size() - 1) {
+    char what[160];
+    std::snprintf(what, sizeof what, "%s is not as long as its length says", field);
+    end_damaged(index.file, what);
+  }
+  text.pop_back();
+  return text;
+}
+
+BdbInfo take_header(IndexBytes& index) {
+  constexpr int32_t any = INT32_MIN;
+  BdbInfo info;
+  info.index_flag = take_int(index, any, "the index flag");
+  info.index_length = take_int(index, 1, "the length of the index string");
+  info.index = take_bytes(index, info.index_length, "the index string");
+  info.nseq = take_int(index, 0, "the number of sequences");
+  info.nres = take_int(index, 0, "the number of residues");
+  info.totchar = take_int(index, 0, "the total of characters");
+  info.date_length = take_int(index, 1, "the length of the date");
+  info.date = take_text(index, info.date_length, "the date");
+  info.name_length = take_int(index, 1, "the length of the source name");
+  info.name = take_text(index, info.name_length, "the source name");
+  if (static_cast<std::size_t>(info.nseq) > index.left / sizeof(IndexRecord)) {
+    char what[160];
+    std::snprintf(what, sizeof what, "the header counts %d sequences, but there are records of only %zu",
+                  info.nseq, index.left / sizeof(IndexRecord));
+    end_damaged(index.file, what);
+  }
+  return info;
+}
+
+// Codes mean the same letters only when letters and gap character are in the same order.
+void check_alphabet(const BdbInfo& info, const ScoreMatrix& matrix) {
+  const UTstring wanted = matrix.indx.substr(0, static_cast<std::size_t>(matrix.inlen - 3));
+  if (info.index.compare(0, wanted.size(), wanted) == 0) return;
+  UTend_input(std_err,
+              "ERROR: Database and Matrix index strings do not match!!\n\n"
+              "Database index string:(%s)\n"
+              "Matrix index string  :(%s)\n"
+              "If you wish to use this matrix file you can do one of the following:\n"
+              "1  modify the matrix so that the index coincides with the databse\n"
+              "2  rebuild the database with the APPLY_INDEX flag set to 0 (easiest)\n\n",
+              info.index.c_str(), wanted.c_str());
+}
+
+void show_info(const BdbInfo& info) {
+  std::fprintf(std_err, "\nInformation about this database\nSequence index flag:    %d \n", info.index_flag);
+  std::fprintf(std_err, "Length of index string: %d \nThe index string:", info.index_length);
+  std::fwrite(info.index.data(), 1, info.index.size(), std_err);
+  std::fprintf(std_err, "\nNumber of sequences in database: %d\nNumber of residues in database: %d\n",
+               info.nseq, info.nres);
+  std::fprintf(std_err, "Total characters in database: %d\n\n", info.totchar);
+  std::fprintf(std_err, "Length of date string: %d\nDatabase created on: %s", info.date_length,
+               info.date.c_str());
+  std::fprintf(std_err, "Length of name string: %d\nFrom: %s\n", info.name_length, info.name.c_str());
+}
+
+// Why a record cannot be used, or null. Records must follow one another without overlap, `end` being where
+// the one before ends: letters that two records share would be encoded twice.
+const char* fault_of_record(const IndexRecord& record, int64_t end, std::size_t bytes) {
+  if (record.ilen < 0) return "its identifier has a negative length";
+  if (record.tlen < 0) return "its title has a negative length";
+  if (record.len < 2) return "its residues have a length below 2";
+  if (record.id_at < end) return "its identifier lies before the end of the sequence before";
+  if (record.title_at != static_cast<int64_t>(record.id_at) + record.ilen + 1) {
+    return "its title does not follow its identifier";
+  }
+  if (record.seq_at != static_cast<int64_t>(record.title_at) + record.tlen + 1) {
+    return "its residues do not follow its title";
+  }
+  if (static_cast<int64_t>(record.seq_at) + record.len > static_cast<int64_t>(bytes)) {
+    return "it lies past the end of the sequence file";
+  }
+  return nullptr;
+}
+
+// The same for what the sequence file holds at the place of a good record. Codes beyond the alphabet would
+// index every score table beyond its end; letters need no look, encoding takes any byte.
+const char* fault_of_sequence(const SeqRec& s, const BdbInfo& info, const ScoreMatrix& matrix) {
+  if (s.id[s.ilen] != '\0') return "its identifier has no zero byte at its end";
+  if (s.title[s.tlen] != '\0') return "its title has no zero byte at its end";
+  if (s.seq[s.len - 1] != 0) return "its residues have no zero byte at their end";
+  if (info.index_flag != 1) {
+    return s.seq[0] == ' ' ? nullptr : "its residues do not begin with a blank, they may be codes";
+  }
+  uint8_t highest = 0;
+  for (int32_t i = 0; i < s.len; ++i) highest = std::max(highest, static_cast<uint8_t>(s.seq[i]));
+  return highest < matrix.inlen ? nullptr : "its residues are not all codes";
+}
+
+void index_sequences(IndexBytes& index, BinaryDatabase& database, const ScoreMatrix& matrix,
+                     const Params* p) {
+  char* text = database.text.data();
+  int64_t end = 0;
+  int64_t residues = 0;
+  int32_t number = 0;
+  for (SeqRec& s : database.seqs) {
+    ++number;
+    IndexRecord record;
+    take(index, &record, sizeof record, "the records");
+    const char* fault = fault_of_record(record, end, database.text.size());
+    if (fault != nullptr) end_bad_record(index.file, number, fault);
+    s.id = text + record.id_at;
+    s.title = text + record.title_at;
+    s.seq = reinterpret_cast<int8_t*>(text + record.seq_at);
+    s.ilen = record.ilen;
+    s.tlen = record.tlen;
+    s.len = record.len;
+    fault = fault_of_sequence(s, database.info, matrix);
+    if (fault != nullptr) end_bad_record(p->BDB_SEQ_FILE, number, fault);
+    end = static_cast<int64_t>(record.seq_at) + record.len;
+    residues += record.len - 2;
+  }
+  if (residues != database.info.nres) {
+    end_bad_field(index.file, "the number of residues, by its records", residues);
+  }
+}
+
+}  // namespace
+
+void loadbdb(BinaryDatabase& out_database, const ScoreMatrix& matrix, Params* p) {
+  const bool own_stopwatch = !UT_keep_times().running;
+  if (p->TIME > 5) UT_init_times();
+  progress("Opening Index file\n", p);
+  UTfileopen(p->BDB_INDEX_FILE, "rb", 1);
+  progress("Opening database file\n", p);
+  UTfileopen(p->BDB_SEQ_FILE, "rb", 1);
+
+  progress("Loading .in preamble\n", p);
+  const UTbuffer<char> index_bytes = read_bulk(p->BDB_INDEX_FILE.stream, INT64_MAX);
+  UTfileclose(p->BDB_INDEX_FILE, 1);
+  IndexBytes index{p->BDB_INDEX_FILE, index_bytes.data(), index_bytes.size()};
+  BdbInfo& info = out_database.info = take_header(index);
+  if (info.index_flag == 1) check_alphabet(info, matrix);
+  if (p->VERBOSE != 0) show_info(info);
+  p->binfo = &info;
+  p->APPLY_INDEX = info.index_flag;
+  show_time("loadbdb: have read header info: ", p);
+
+  progress("Now reading the seq file into buffer\n", p);
+  out_database.text = read_bulk(p->BDB_SEQ_FILE.stream, info.totchar);
+  UTfileclose(p->BDB_SEQ_FILE, 1);
+  show_time("loadbdb: read sequence database: ", p);
+  if (out_database.text.size() < static_cast<std::size_t>(info.totchar)) {
+    std::fprintf(std_err, "fread not read all binfo->totchar characters %d %d\n",
+                 static_cast<int32_t>(out_database.text.size()), info.totchar);
+  }
+  progress("Now creating seqs array\n", p);
+  out_database.seqs.resize(static_cast<std::size_t>(info.nseq));
+  show_time("loadbdb: malloc'd seqs array: ", p);
+  index_sequences(index, out_database, matrix, p);
+  show_time("loadbdb indexed seqs array complete ", p);
+  if (p->TIME > 5 && own_stopwatch) UT_reset_times();
+}
