@@ -5,8 +5,8 @@
 #include "align/alignment_text.h"
 #include "align/lookup.h"
 #include "align/scan.h"
+#include "bdb/database.h"
 #include "bdb/extraction.h"
-#include "bdb/loader.h"
 #include "driver/gap_defaults.h"
 #include "iter/profile.h"
 #include "report/iteration_changes.h"
@@ -15,7 +15,6 @@
 #include "report/run_header.h"
 #include "report/score_list.h"
 #include "seq/alphabet.h"
-#include "seq/database_info.h"
 #include "seq/matrix.h"
 #include "seq/sequence_file.h"
 #include "stats/lpfit.h"
@@ -25,17 +24,13 @@
 
 namespace {
 
-// What one run works on. The sequences live in one of the two databases.
+// What one run works on.
 struct Search {
   const ScoreMatrix* matrix = nullptr;  // lives for the process
   SeqStore query_store;
   SeqRec query;
   LookupTable table;  // the profile from the second iteration on
-  TextDatabase text;
-  BdbInfo text_info;  // stands for the header that a text database lacks
-  BinaryDatabase binary;
-  SeqRec* seqs = nullptr;
-  int32_t n = 0;
+  Database database;
   UTvector<int32_t> scores;  // [n] of the latest scan, x PRECISION
   UTvector<int32_t> order;   // the latest ranking, best last; empty until there is one
   IterHistory history;
@@ -77,39 +72,24 @@ void set_up(Search& search, Params* p) {
   show_time("Read matrix, query and build lookup table ", p);
 }
 
-// Takes the sequences into memory, as letters or as codes.
-void read_database(Search& search, Params* p) {
-  if (p->BDB_GIVEN == 0) {
-    read_text_database(search.text, p->VERBOSE != 0, p);
-    search.text_info = text_database_info(search.text, p);
-    p->binfo = &search.text_info;
-    search.seqs = search.text.seqs.data();
-    search.n = static_cast<int32_t>(search.text.seqs.size());
-  } else {
-    loadbdb(search.binary, *search.matrix, p);
-    search.seqs = search.binary.seqs.data();
-    search.n = static_cast<int32_t>(search.binary.seqs.size());
-  }
-}
-
-void load_database(Search& search, Params* p) {
+void prepare_database(Search& search, Params* p) {
+  Database& database = search.database;
   const Stopwatch before = UT_keep_times();
-  read_database(search, p);
-  UT_return_to_times(before);  // the loader stops the stopwatch when it is asked for times
+  load_database(database, *search.matrix, p);
   show_time("Load database ", p);
-  if (p->BDB_GIVEN == 0 || p->APPLY_INDEX == 0) {
+  if (!stored_as_codes(p)) {
     progress(p, "Converting database sequences\n");
-    encode_sequences(search.seqs, search.n, *search.matrix);
+    encode_sequences(database.seqs, database.n, *search.matrix);
     show_time("Convert database ", p);
   }
-  GetDBFreqs(search.seqs, search.n, p);
+  GetDBFreqs(database.seqs, database.n, p);
   if (p->VERBOSE != 0) DumpDBFreqs(std_err, p);
-  UT_return_to_times(before);  // so that the slot covers all of the loading, whatever was shown on the way
+  UT_return_to_times(before);  // the slot covers all of the loading, whatever was shown on the way
   search.times[TIME_LOAD] = UT_get_times(1);
-  if (p->VERBOSE != 0) std::fprintf(std_err, "Scanning database of %d sequences\n", search.n);
+  if (p->VERBOSE != 0) std::fprintf(std_err, "Scanning database of %d sequences\n", database.n);
   show_time("", p);
 
-  search.scores.assign(static_cast<std::size_t>(search.n), 0);
+  search.scores.assign(static_cast<std::size_t>(database.n), 0);
   p->DB_QUERY_RATIO = static_cast<double>(p->binfo->nres) / static_cast<double>(search.query.len - 2);
   if (p->VERBOSE > 10) {
     std::fprintf(stderr, "Penalties: pen = %d pen1 = %d\n", p->LD_PEN, p->LI_PEN);
@@ -124,32 +104,25 @@ void open_side_files(Params* p) {
   if (p->PRINT_FRAG_FILE == 1) UTfileopen(p->FRAG_FILE_OUT, "w", 1);
 }
 
-// Ends the run with status 1 when not everything reached the file.
-void check_written(const FileRec& file) {
-  if (file.stream == nullptr) return;
-  if (std::fflush(file.stream) == 0 && std::ferror(file.stream) == 0) return;
-  UTerror("Error writing File");
-  UTend_stream(std_err, "File: %s is incomplete: check the space on its disk\n", file.name.c_str());
-}
-
 void close_side_files(Params* p) {
   if (p->PRINT_BLOCK_FILE != 1) return;
-  check_written(p->BLOCK_FILE_OUT);
+  UTfilewritten(p->BLOCK_FILE_OUT);
   UTfileclose(p->BLOCK_FILE_OUT, 1);
-  check_written(p->FRAG_FILE_OUT);  // stays open to the end of the run
+  UTfilewritten(p->FRAG_FILE_OUT);  // stays open to the end of the run
 }
 
 void scan(Search& search, const Params* p) {
   UT_get_times(1);  // a reading that nobody sees: the slot then covers this scan alone, and so the rate
-  scan_database(search.query.len, search.seqs, search.n, search.table, *search.matrix, search.scores.data(),
-                p);
+  scan_database(search.query.len, search.database.seqs, search.database.n, search.table, *search.matrix,
+                search.scores.data(), p);
   search.times[TIME_SCAN] = UT_get_times(1);
   show_time("Scan database", p);
 }
 
 LpfitData fit_statistics(const Search& search, const Params* p) {
   progress(p, "About to call setup_lpfit\n");
-  LpfitData lpfit = setup_lpfit(search.query.len - 2, search.seqs, search.scores.data(), search.n, p);
+  LpfitData lpfit =
+      setup_lpfit(search.query.len - 2, search.database.seqs, search.scores.data(), search.database.n, p);
   progress(p, "About to call do_lpfit\n");
   if (const int32_t code = do_lpfit(lpfit); code > 0) {
     UTend_input(std_err, "Failure in fitting routines - exiting with Error: %d\n", code);
@@ -172,8 +145,8 @@ void build_next_profile(Search& search, const LpfitData& lpfit, int32_t iteratio
   announce("About to call initialise_aldat: Iteration %d\n");
   AlignData aldat = initialise_aldat(search.query);
   announce("About to call build_profile: Iteration %d\n");
-  build_profile(search.query, search.seqs, search.scores.data(), search.order.data(), search.n,
-                *search.matrix, search.table, lpfit, p->n_probcut2_hits, aldat, p);
+  build_profile(search.query, search.database.seqs, search.scores.data(), search.order.data(),
+                search.database.n, *search.matrix, search.table, lpfit, p->n_probcut2_hits, aldat, p);
   announce("About to call print_multiple_alignment Iteration %d\n");
   print_multiple_alignment(aldat, p);
   announce("About to call print_frag_file Iteration %d\n");
@@ -186,21 +159,23 @@ void build_next_profile(Search& search, const LpfitData& lpfit, int32_t iteratio
 // One pass over the database and all that follows from it. Returns the number of changes of the hit list.
 int32_t iterate(Search& search, int32_t iteration, Params* p) {
   scan(search, p);
-  if (p->NPRINT_TO_THRESHOLD == 1) p->MAX_NOUT = search.n;
+  if (p->NPRINT_TO_THRESHOLD == 1) p->MAX_NOUT = search.database.n;
   LpfitData lpfit = fit_statistics(search, p);
   p->lpfit = &lpfit;
 
   progress(p, "About to call apply_lpfit\n");
   const UTvector<double> standardised = apply_lpfit(lpfit);
-  const UTvector<double> significance = get_lpfit_probs(standardised, search.seqs, search.n, p);
-  search.order = do_pv_sort(p->PROB_TYPE == 2 ? significance.data() : standardised.data(), search.n, p);
+  const UTvector<double> significance =
+      get_lpfit_probs(standardised, search.database.seqs, search.database.n, p);
+  search.order =
+      do_pv_sort(p->PROB_TYPE == 2 ? significance.data() : standardised.data(), search.database.n, p);
   ResultRec results;
-  results.seqs = search.seqs;
+  results.seqs = search.database.seqs;
   results.scores = search.scores.data();
   results.standardised = standardised.data();
   results.significance = significance.data();
   results.order = search.order.data();
-  results.n = search.n;
+  results.n = search.database.n;
   if (p->VERBOSE == 1002) trace_ranking(results);
 
   progress(p, "About to call print_score_list3\n");
@@ -210,7 +185,7 @@ int32_t iterate(Search& search, int32_t iteration, Params* p) {
   progress(p, "About to call iter_hist\n");
   iter_hist(search.history, results, iteration, p->n_probcut2_hits, p);
   progress(p, "About to print_changes\n");
-  const int32_t changes = print_changes(search.history, search.seqs, iteration, std_out, p);
+  const int32_t changes = print_changes(search.history, search.database.seqs, iteration, std_out, p);
 
   if (p->VERBOSE != 0) {
     std::fprintf(std_err, "PROBCUT: %f MAX_AOUT: %d\n", static_cast<double>(p->PROBCUT), p->MAX_AOUT);
@@ -220,8 +195,8 @@ int32_t iterate(Search& search, int32_t iteration, Params* p) {
     std::fprintf(std_err, "About to call print_alignments_pp\ntotn: %d\np->MAX_AOUT: %d\n", totn,
                  p->MAX_AOUT);
   }
-  print_alignments_pp(search.query, search.seqs, search.scores.data(), search.order.data(), search.n,
-                      *search.matrix, search.table, lpfit, p);
+  print_alignments_pp(search.query, search.database.seqs, search.scores.data(), search.order.data(),
+                      search.database.n, *search.matrix, search.table, lpfit, p);
   build_next_profile(search, lpfit, iteration, p);
   p->lpfit = nullptr;
   return changes;
@@ -246,13 +221,13 @@ void search_until_stable(Search& search, Params* p) {
 void swpp2_iter(Params* p) {
   Search search;
   set_up(search, p);
-  load_database(search, p);
+  prepare_database(search, p);
   open_side_files(p);
   search_until_stable(search, p);
   close_side_files(p);
   // Without an iteration there is no ranking, and nothing to extract.
-  extract_seqs(search.seqs, static_cast<int32_t>(search.order.size()), search.order.data(), *search.matrix,
-               p);
+  extract_seqs(search.database.seqs, static_cast<int32_t>(search.order.size()), search.order.data(),
+               *search.matrix, p);
   search.times[TIME_ALIGNMENTS] = UT_get_times(1);
   show_time("Write results ", p);
   UT_reset_times();

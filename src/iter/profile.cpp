@@ -65,11 +65,11 @@ void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* score
   for (int32_t i = first; i < nhits; ++i) p->MIN_SCORE = std::min(p->MIN_SCORE, scores[order[i]]);
 
   LookupTable count = simple_look(query.len, matrix);
+  MoveFlags flags;
   for (int32_t i = nhits - 1; i >= first; --i) {
     const SeqRec& hit = seqs[order[i]];
     if (p->TOP_ONLY == 1) p->MIN_SCORE = scores[order[i]] - matrix.maxval;
     if (p->MODE != 200 && p->MODE != 202 && p->MODE != 210 && p->MODE != 212) refuse_mode();
-    MoveFlags flags = uchararr(hit.len, query.len);
     const UTvector<PathRec> paths =
         align_pair(query.seq, query.len, hit.seq, hit.len, table, flags, matrix, p);
     profal2(query, hit, matrix, flags, paths, count, lpfit, aldat, p);

@@ -1,0 +1,63 @@
+#include "iter/residue_model.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "alignment_fixture.h"
+
+namespace {
+
+using namespace fixture;
+
+double sum_of_targets(const ResidueModel& model) {
+  double sum = 0;
+  for (const int32_t b : model.residues) {
+    for (const int32_t c : model.residues) {
+      sum += model.background[static_cast<std::size_t>(b)] * model.background[static_cast<std::size_t>(c)] *
+             model.odds[b][c];
+    }
+  }
+  return sum;
+}
+
+// Four equally frequent residues, +1 and -1: e^lambda / 4 + 3 e^-lambda / 4 = 1 has the root ln 3.
+TEST(ResidueModel, SolvesTheScaleOfAKnownMatrix) {
+  for (const int32_t precision : {1, 100}) {
+    const ScoreMatrix matrix = identity_matrix("ACDEX", precision, -precision);
+    const ResidueModel model = make_residue_model(matrix, precision);
+    EXPECT_EQ(model.residues, (UTvector<int32_t>{0, 1, 2, 3}));
+    EXPECT_NEAR(model.lambda, std::log(3.0), 1e-10);
+    EXPECT_NEAR(sum_of_targets(model), 1.0, 1e-10);
+    EXPECT_NEAR(model.odds[0][0], 3.0, 1e-9);
+    EXPECT_NEAR(model.odds[0][1], 1.0 / 3.0, 1e-9);
+  }
+}
+
+TEST(ResidueModel, TakesTheBackgroundFromTheDatabase) {
+  ScoreMatrix matrix = identity_matrix("ACDEX", 500, -900);
+  matrix.dbcount = {699, 199, 99, 0, 5000, 0, 0, 0, 0};  // X does not count
+  const ResidueModel model = make_residue_model(matrix, 100);
+  const double expected[] = {700.0 / 1001, 200.0 / 1001, 100.0 / 1001, 1.0 / 1001, 0, 0, 0, 0, 0};
+  for (std::size_t c = 0; c < 9; ++c) EXPECT_NEAR(model.background[c], expected[c], 1e-12);
+  EXPECT_NEAR(sum_of_targets(model), 1.0, 1e-9);
+}
+
+TEST(ResidueModel, FallsBackToHalfBits) {
+  const std::pair<int32_t, int32_t> scores[] = {{500, 100}, {-100, -100}, {300, -100}};
+  for (const auto& [match, mismatch] : scores) {
+    const ResidueModel model = make_residue_model(identity_matrix("ACDEX", match, mismatch), 100);
+    EXPECT_NEAR(model.lambda, std::log(2.0) / 2, 1e-12) << match << " " << mismatch;
+  }
+}
+
+TEST(ResidueModel, KnowsAmbiguousLetters) {
+  const ResidueModel model = make_residue_model(identity_matrix("DNEBZJX", 500, -400), 100);
+  ASSERT_EQ(model.ambiguous.size(), 2U);  // J has neither I nor L here
+  EXPECT_EQ(model.ambiguous[0].code, 3);
+  EXPECT_EQ(model.ambiguous[0].members, (UTvector<int32_t>{0, 1}));
+  EXPECT_EQ(model.ambiguous[1].code, 4);
+  EXPECT_EQ(model.ambiguous[1].members, (UTvector<int32_t>{2}));
+}
+
+}  // namespace

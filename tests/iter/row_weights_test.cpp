@@ -1,0 +1,195 @@
+#include "iter/row_weights.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "alignment_fixture.h"
+#include "util/streams.h"
+
+namespace {
+
+using namespace fixture;
+
+const ScoreMatrix MATRIX = identity_matrix("ACDEX", 500, -200);
+
+// The definition, written without any memory of the position before.
+struct Direct {
+  double query = 0;
+  std::vector<double> row;
+  int32_t nactive = 0;
+};
+
+bool resembles(const int8_t* a, const int8_t* b, int32_t first, int32_t last, double threshold) {
+  int32_t same = 0;
+  for (int32_t k = first; k <= last; ++k) same += a[k] == b[k] && a[k] != residue_code(MATRIX, ' ');
+  return same / static_cast<double>(last - first + 1) >= threshold;
+}
+
+Direct directly(const AlignData& aldat, int32_t i, double threshold) {
+  Direct d;
+  d.row.assign(aldat.rows.size(), 0.0);
+  std::vector<bool> active(aldat.rows.size());
+  int32_t first = 1, last = aldat.query->len - 2;
+  for (std::size_t r = 0; r < aldat.rows.size(); ++r) {
+    const AlignRow& row = aldat.rows[r];
+    active[r] = row.qstart <= i && i <= row.qend;
+    if (!active[r]) continue;
+    first = std::max(first, row.qstart);
+    last = std::min(last, row.qend);
+  }
+  const auto filter = [&](const int8_t* reference, std::size_t from) {
+    for (std::size_t r = from; r < aldat.rows.size(); ++r) {
+      if (resembles(reference, aldat.rows[r].aligned.data(), first, last, threshold)) active[r] = false;
+    }
+  };
+  if (threshold < 1.0) {
+    filter(aldat.query->seq, 0);
+    for (std::size_t k = 0; k < aldat.rows.size(); ++k) filter(aldat.rows[k].aligned.data(), k + 1);
+  }
+  d.nactive = static_cast<int32_t>(std::count(active.begin(), active.end(), true));
+  if (d.nactive == 0) return d;
+  double sum = 0;
+  for (int32_t k = first; k <= last; ++k) {
+    std::map<int8_t, int32_t> count;
+    ++count[aldat.query->seq[k]];
+    for (std::size_t r = 0; r < active.size(); ++r) {
+      if (active[r]) ++count[aldat.rows[r].aligned[static_cast<std::size_t>(k)]];
+    }
+    const auto share = [&](int8_t code) {
+      return 1.0 / (static_cast<double>(count[code]) * static_cast<double>(count.size()));
+    };
+    d.query += share(aldat.query->seq[k]);
+    sum += share(aldat.query->seq[k]);
+    for (std::size_t r = 0; r < active.size(); ++r) {
+      if (!active[r]) continue;
+      d.row[r] += share(aldat.rows[r].aligned[static_cast<std::size_t>(k)]);
+      sum += share(aldat.rows[r].aligned[static_cast<std::size_t>(k)]);
+    }
+  }
+  d.query /= sum;
+  for (double& w : d.row) w /= sum;
+  return d;
+}
+
+void expect_direct(const RowWeights& weights, const AlignData& aldat, int32_t i, double threshold) {
+  const Direct d = directly(aldat, i, threshold);
+  ASSERT_EQ(weights.nactive, d.nactive) << "position " << i;
+  if (d.nactive == 0) return;
+  EXPECT_NEAR(weights.query, d.query, 1e-12) << "position " << i;
+  double sum = weights.query;
+  for (std::size_t r = 0; r < d.row.size(); ++r) {
+    EXPECT_NEAR(weights.row[r], d.row[r], 1e-12) << "position " << i << " row " << r;
+    sum += weights.row[r];
+  }
+  EXPECT_NEAR(sum, 1.0, 1e-12);
+}
+
+TEST(RowWeights, EqualTheDefinitionOnRandomAlignments) {
+  std::mt19937 random(7);
+  for (int32_t round = 0; round < 60; ++round) {
+    const std::size_t length = 1 + random() % 30;
+    const Sequence query(MATRIX, random_text(random, "ACDE", length));
+    AlignData aldat;
+    aldat.query = &query.record;
+    for (std::size_t r = random() % 12; r > 0; --r) {
+      const std::size_t first = random() % length;
+      add_row(aldat, MATRIX, random_text(random, "ACDEX-", 1 + random() % (length - first)),
+              static_cast<int32_t>(first) + 1);
+    }
+    // With a threshold that rows rarely reach, the filter is at work without emptying a position.
+    Params p = params();
+    p.PIDTHRESH = round % 2 == 0 ? 1.0 : 0.95;
+    RowWeights weights = start_row_weights(aldat, MATRIX);
+    for (int32_t i = 0; i <= query.record.len - 2; ++i) {
+      if (p.PIDTHRESH < 1.0 && directly(aldat, i, 1.0).nactive > 0 && directly(aldat, i, 0.95).nactive == 0) {
+        break;
+      }
+      move_row_weights(weights, i, aldat, MATRIX, &p);
+      expect_direct(weights, aldat, i, p.PIDTHRESH);
+    }
+  }
+}
+
+// Three sequences, two columns: A A C over A A A. Column 1 has two codes, column 2 one.
+TEST(RowWeights, FollowTheWorkedExample) {
+  const Sequence query(MATRIX, "AA");
+  AlignData aldat;
+  aldat.query = &query.record;
+  add_row(aldat, MATRIX, "AA");
+  add_row(aldat, MATRIX, "CA");
+  const Params p = params();
+  RowWeights weights = start_row_weights(aldat, MATRIX);
+  move_row_weights(weights, 1, aldat, MATRIX, &p);
+  EXPECT_NEAR(weights.query, (1.0 / 4 + 1.0 / 3) / 2, 1e-12);
+  EXPECT_NEAR(weights.row[0], (1.0 / 4 + 1.0 / 3) / 2, 1e-12);
+  EXPECT_NEAR(weights.row[1], (1.0 / 2 + 1.0 / 3) / 2, 1e-12);
+  EXPECT_NEAR(weights.sum, 2.0, 1e-12);
+  EXPECT_NEAR(weights.mean_distinct, 1.5, 1e-12);
+  EXPECT_EQ(weights.range_start, 1);
+  EXPECT_EQ(weights.range_end, 2);
+}
+
+TEST(PidFilter, SwitchesRowsOffAtTheThreshold) {
+  const Sequence query(MATRIX, "ACDEACDEAC");
+  struct Case {
+    const char* row;
+    double threshold;
+    bool stays;
+  };
+  const Case cases[] = {
+      {"ACDEACDEAC", 1.0, false}, {"ACDEACDEAA", 0.95, true}, {"ACDEACDEAA", 0.9, false},
+      {"-CDEACDEAC", 0.95, true}, {"-CDEACDEAC", 0.9, false}, {"CDEACDEACD", 0.1, true},
+  };
+  for (const Case& c : cases) {
+    AlignData aldat;
+    aldat.query = &query.record;
+    add_row(aldat, MATRIX, c.row);
+    add_row(aldat, MATRIX, "XXXXXXXXXX");
+    UTvector<char> active = {1, 1};
+    int32_t nactive = 2;
+    pidfilter(query.codes.data(), aldat, 0, active, 1, 10, nactive, residue_code(MATRIX, ' '), c.threshold);
+    EXPECT_EQ(active[0] != 0, c.stays) << c.row << " at " << c.threshold;
+    EXPECT_EQ(nactive, c.stays ? 2 : 1);
+  }
+}
+
+TEST(PidFilter, LeavesInactiveAndEarlierRowsAlone) {
+  const Sequence query(MATRIX, "ACDE");
+  AlignData aldat;
+  aldat.query = &query.record;
+  for (int32_t r = 0; r < 3; ++r) add_row(aldat, MATRIX, "ACDE");
+  UTvector<char> active = {1, 0, 1};
+  int32_t nactive = 2;
+  pidfilter(query.codes.data(), aldat, 1, active, 1, 4, nactive, residue_code(MATRIX, ' '), 0.5);
+  EXPECT_EQ(active, (UTvector<char>{1, 0, 0}));
+  EXPECT_EQ(nactive, 1);
+}
+
+// A gap of the reference is no identity, even where the row has one, too.
+TEST(PidFilter, DoesNotCountSharedGaps) {
+  const Sequence query(MATRIX, "ACDE");
+  AlignData aldat;
+  aldat.query = &query.record;
+  add_row(aldat, MATRIX, "A--E");
+  add_row(aldat, MATRIX, "A--E");
+  UTvector<char> active = {1, 1};
+  int32_t nactive = 2;
+  pidfilter(aldat.rows[0].aligned.data(), aldat, 1, active, 1, 4, nactive, residue_code(MATRIX, ' '), 0.6);
+  EXPECT_EQ(nactive, 2);
+}
+
+TEST(PidFilterDeath, EndsTheRunWhenNoRowIsLeft) {
+  UTinitfile();
+  const Sequence query(MATRIX, "ACDE");
+  AlignData aldat;
+  aldat.query = &query.record;
+  add_row(aldat, MATRIX, "ACDE");
+  Params p = params();
+  p.PIDTHRESH = 0.5;
+  RowWeights weights = start_row_weights(aldat, MATRIX);
+  EXPECT_EXIT(move_row_weights(weights, 1, aldat, MATRIX, &p), testing::ExitedWithCode(1),
+              "Error in pidfilter: \\*nactive = 0");
+}
+
+}  // namespace
