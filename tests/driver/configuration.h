@@ -1,0 +1,32 @@
+// Configuration files for the tests of the configuration.
+#pragma once
+
+#include <string>
+
+#include "driver/alias.h"
+#include "driver/command_line.h"
+#include "driver/gap_defaults.h"
+#include "driver/params.h"
+#include "support/capture.h"
+
+inline const std::string CONFIG_DIR = ZELVAN_SOURCE_DIR "/data/config/";
+inline const std::string ALIAS_PATH = CONFIG_DIR + "zelvan_alias.dat";
+
+// configured - the record that a defaults file with this content gives; the alias file is the shipped one.
+inline Params* configured(std::string_view defaults, const std::string& alias_path = ALIAS_PATH) {
+  const TemporaryDirectory work;
+  return GetPars(work.file("defaults", defaults).c_str(), alias_path.c_str());
+}
+
+// apply - GetCmd on these arguments.
+inline Params* apply(Params* p, std::initializer_list<const char*> arguments) {
+  UTvector<const char*> argv{"zelvan"};
+  argv.insert(argv.end(), arguments);
+  return GetCmd(p, static_cast<int>(argv.size()), argv.data());
+}
+
+// read_gaps - GetGaps on a file with this content.
+inline bool read_gaps(std::string_view content, Params* p) {
+  const TemporaryDirectory work;
+  return GetGaps(work.file("gapdefs", content).c_str(), p);
+}

@@ -1,0 +1,109 @@
+// The configuration files that come with the program.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <map>
+
+#include "driver/configuration.h"
+#include "driver/key_table.h"
+#include "util/text.h"
+
+namespace {
+
+const std::filesystem::path DATA_DIR = ZELVAN_SOURCE_DIR "/data";
+
+AliasTable shipped_aliases() {
+  AliasTable table;
+  Params p;
+  EXPECT_TRUE(read_aliases(ALIAS_PATH.c_str(), table, &p));
+  return table;
+}
+
+TEST(ShippedAliases, NameEveryKeyAndItsLowerCaseSpelling) {
+  const AliasTable table = shipped_aliases();
+  EXPECT_EQ(table.size(), parameter_keys().size());
+  for (const KeyEntry& key : parameter_keys()) {
+    UTstring lower = key.name;
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return std::tolower(c); });
+    EXPECT_EQ(alias(key.name, key.name, table), 0) << key.name << " is missing in the alias file";
+    EXPECT_EQ(alias(lower.c_str(), key.name, table), 0) << lower.c_str() << " is missing in the alias file";
+  }
+}
+
+TEST(ShippedAliases, AreUniqueAndEachBelongsToAKey) {
+  std::map<UTstring, UTstring> owner;
+  for (const AliasEntry& entry : shipped_aliases()) {
+    const auto is_named = [&](const KeyEntry& key) { return entry.name == key.name; };
+    EXPECT_TRUE(std::any_of(parameter_keys().begin(), parameter_keys().end(), is_named)) << entry.name;
+    for (const UTstring& word : entry.words) {
+      EXPECT_TRUE(owner.emplace(word, entry.name).second)
+          << word << " is listed under " << owner[word] << " and " << entry.name;
+    }
+  }
+}
+
+TEST(ShippedAliases, DescribeTheBuiltInDefault) {
+  const AliasTable table = shipped_aliases();
+  for (const KeyEntry& key : parameter_keys()) {
+    if (key.initial == nullptr || key.initial == UTstring(" ")) continue;
+    for (const AliasEntry& entry : table) {
+      if (entry.name != key.name) continue;
+      EXPECT_TRUE(entry.comment.ends_with(UTstring("; default ") + key.initial)) << entry.comment;
+      EXPECT_GT(entry.comment.size(), 30U) << "says too little: " << entry.comment;
+    }
+  }
+}
+
+TEST(ShippedAliases, HoldTheWordsOfTheBriefHelp) {
+  const AliasTable table = shipped_aliases();
+  const char* const pairs[][2] = {{"-s", "QSEQ_FILE"},        {"-bdb", "BDB_ROOT"},
+                                  {"-d", "DB_FILE"},          {"-m", "MATRIX_FILE"},
+                                  {"-ugd", "USE_GAPDEFS"},    {"-ld_pen", "LD_PEN"},
+                                  {"-li_pen", "LI_PEN"},      {"-qseq_format", "QSEQ_FORMAT"},
+                                  {"-db_format", "DB_FORMAT"}};
+  for (const auto& pair : pairs) EXPECT_EQ(alias(pair[0], pair[1], table), 0) << pair[0];
+}
+
+TEST(ShippedGapDefaults, SuitEveryMatrixAndMode) {
+  Params* p = configured("");
+  ASSERT_TRUE(GetGaps((CONFIG_DIR + "zelvan_gapdefs.dat").c_str(), p));
+  int32_t entries = 0;
+  for (const auto& matrix : std::filesystem::directory_iterator(DATA_DIR / "matrices")) {
+    p->MATRIX_FILE.name = matrix.path().filename().c_str();
+    for (int32_t mode : {0, 2, 10, 12, 20, 22}) {
+      p->MODE = mode;
+      p->LD_PEN = p->LI_PEN = p->FS_PEN = p->FSE_PEN = -1;
+      setgapdefs(p);
+      ++entries;
+      for (int32_t penalty : {p->LD_PEN, p->LI_PEN, p->FS_PEN, p->FSE_PEN}) {
+        EXPECT_GT(penalty, 0) << "no entry for mode " << mode << " and " << p->MATRIX_FILE.name;
+      }
+      EXPECT_LE(p->LD_PEN, p->LI_PEN)
+          << p->MATRIX_FILE.name << ": to open a gap is not cheaper than to extend it";
+    }
+  }
+  EXPECT_EQ(p->NGAPDEFS, entries) << "an entry without a matrix, or one that is listed twice";
+  EXPECT_GT(entries, 0);
+}
+
+TEST(ShippedDefaults, ServeANewcomer) {
+  std::string text = file_content(CONFIG_DIR + "zelvan_defaults.dat.in");
+  for (const std::string mark = "@ZELVAN_DATA_DIR@"; text.find(mark) != std::string::npos;) {
+    text.replace(text.find(mark), mark.size(), DATA_DIR.string());
+  }
+  const Params* p = configured(text);
+  ASSERT_EQ(p->SUCCESS, 1);
+  EXPECT_TRUE(std::filesystem::is_regular_file(UTcat({p->MATRIX_DIR, "/", p->MATRIX_FILE.name}).c_str()));
+  EXPECT_TRUE(std::filesystem::is_regular_file(UTcat({p->GENERAL_DIR, "/", p->CODON_FILE.name}).c_str()));
+  EXPECT_EQ(p->QSEQ_FORMAT, 1);
+  EXPECT_EQ(p->DB_FORMAT, 1);
+  EXPECT_EQ(p->DO_STATS, 2);
+  EXPECT_GE(p->PROBCUT, p->PROBCUT2);
+  EXPECT_EQ(p->BDB_GIVEN, 0) << "-d must work";
+  EXPECT_GT(p->MAX_SEQ_LEN, 36000) << "the longest human protein";
+  EXPECT_EQ(p->PRINT_BLOCK_FILE + p->PRINT_FRAG_FILE, 0) << "no files that nobody asked for";
+}
+
+}  // namespace
