@@ -34,36 +34,30 @@ void pair_lists(HitList& previous, HitList& current) {
   }
 }
 
-void print_rank_and_numbers(FILE* stream, std::size_t position, const IterHit& hit, const Params* p) {
-  if (p->SHOW_TITLES != 0) std::fprintf(stream, "%4d ", static_cast<int32_t>(position) + 1);
-  std::fprintf(stream, "%4d %-6.2f %-8.3g ", whole_score(hit.score, p), hit.x, hit.significance);
+// The two reports lay out identifier and title differently on purpose.
+void print_names_of_lost(FILE* stream, const SeqRec& seq, const Params* p) {
+  UTpTITLEstring(stream, seq.id, p->SHOW_IDENT_WIDTH, seq.ilen);
+  std::fputc(' ', stream);
+  if (p->SHOW_TITLES != 0) UTpTITLEstring(stream, seq.title, p->SHOW_TITLES_WIDTH, seq.tlen);
 }
 
-// The two reports lay out identifier and title differently on purpose: here fields of the configured widths,
-int32_t print_lost(const HitList& previous, const SeqRec* seqs, FILE* stream, const Params* p) {
-  int32_t lines = 0;
-  for (std::size_t k = 0; k < previous.size(); ++k) {
-    if (previous[k].match != NO_MATCH) continue;
-    const SeqRec& seq = seqs[previous[k].seqno];
-    print_rank_and_numbers(stream, k, previous[k], p);
-    UTpTITLEstring(stream, seq.id, p->SHOW_IDENT_WIDTH, seq.ilen);
-    std::fputc(' ', stream);
-    if (p->SHOW_TITLES != 0) UTpTITLEstring(stream, seq.title, p->SHOW_TITLES_WIDTH, seq.tlen);
-    std::fputc('\n', stream);
-    ++lines;
-  }
-  return lines;
+void print_names_of_entered(FILE* stream, const SeqRec& seq, const Params* p) {
+  std::fprintf(stream, "%s ", seq.id);
+  if (p->SHOW_TITLES != 0) UTpstring(stream, seq.title, ENTERED_TITLE_WIDTH);
 }
 
-// and here the whole identifier and a title of fixed width.
-int32_t print_entered(const HitList& current, const SeqRec* seqs, FILE* stream, const Params* p) {
+// Returns the lines written.
+template <class PrintNames>
+int32_t print_unmatched(const HitList& hits, const SeqRec* seqs, FILE* stream, PrintNames print_names,
+                        const Params* p) {
   int32_t lines = 0;
-  for (std::size_t k = 0; k < current.size(); ++k) {
-    if (current[k].match != NO_MATCH) continue;
-    const SeqRec& seq = seqs[current[k].seqno];
-    print_rank_and_numbers(stream, k, current[k], p);
-    std::fprintf(stream, "%s ", seq.id);
-    if (p->SHOW_TITLES != 0) UTpstring(stream, seq.title, ENTERED_TITLE_WIDTH);
+  int32_t rank = 0;
+  for (const IterHit& hit : hits) {
+    ++rank;
+    if (hit.match != NO_MATCH) continue;
+    if (p->SHOW_TITLES != 0) std::fprintf(stream, "%4d ", rank);
+    std::fprintf(stream, "%4d %-6.2f %-8.3g ", whole_score(hit.score, p), hit.x, hit.significance);
+    print_names(stream, seqs[hit.seqno], p);
     std::fputc('\n', stream);
     ++lines;
   }
@@ -100,9 +94,9 @@ int32_t print_changes(IterHistory& history, const SeqRec* seqs, int32_t iteratio
 
   std::fprintf(stream, "#\n# Reported in iteration %d but below the threshold in this iteration (%d)\n#\n",
                iteration - 1, iteration);
-  int32_t lines = print_lost(previous, seqs, stream, p);
+  int32_t lines = print_unmatched(previous, seqs, stream, print_names_of_lost, p);
   std::fprintf(stream, "# Reported in this iteration (%d) but not in the previous iteration (%d)\n#\n",
                iteration, iteration - 1);
-  lines += print_entered(current, seqs, stream, p);
+  lines += print_unmatched(current, seqs, stream, print_names_of_entered, p);
   return lines;
 }

@@ -9,14 +9,6 @@
 
 namespace {
 
-// Positions of the order array from n-1 down to this one are considered for the list.
-int32_t last_listed_position(int32_t n, const Params* p) {
-  constexpr int32_t NO_LIMIT = -1;
-  if (p->MAX_NOUT == NO_LIMIT) return 0;
-  const int64_t beyond = static_cast<int64_t>(n) - p->MAX_NOUT - 1;
-  return static_cast<int32_t>(std::clamp<int64_t>(beyond, -1, n)) + 1;
-}
-
 // A cut-off is single precision, the value double: compared as doubles. No number never passes.
 bool within(float cutoff, double value) {
   return static_cast<double>(cutoff) >= value;
@@ -53,6 +45,26 @@ void print_plain_line(int32_t rank, int32_t k, const ResultRec& results, const P
   std::fputc('\n', std_out);
 }
 
+// Positions of the order array from n-1 down to this one are considered for the list.
+int32_t last_listed_position(int32_t n, const Params* p) {
+  constexpr int32_t NO_LIMIT = -1;
+  if (p->MAX_NOUT == NO_LIMIT) return 0;
+  const int64_t beyond = static_cast<int64_t>(n) - p->MAX_NOUT - 1;
+  return static_cast<int32_t>(std::clamp<int64_t>(beyond, -1, n)) + 1;
+}
+
+// Calls print_line(rank, k) for every listed sequence k that passes, best first; returns how many did.
+template <class Passes, class PrintLine>
+int32_t print_best_first(const ResultRec& results, const Params* p, Passes passes, PrintLine print_line) {
+  int32_t rank = 0;
+  const int32_t last = last_listed_position(results.n, p);
+  for (int32_t i = results.n - 1; i >= last; --i) {
+    const int32_t k = results.order[i];
+    if (passes(k)) print_line(++rank, k);
+  }
+  return rank;
+}
+
 }  // namespace
 
 int32_t whole_score(int32_t score, const Params* p) {
@@ -65,55 +77,49 @@ int32_t whole_score(int32_t score, const Params* p) {
 void print_score_list(const SeqRec& query, const ResultRec& results, const ScoreMatrix& matrix,
                       RunTimes& times, const Params* p) {
   print_list_start(query, matrix, nullptr, p);
-  int32_t rank = 0;
   if (p->SPECIAL != 0) {
-    for (int32_t i = 0; i < results.n; ++i) print_plain_line(++rank, results.order[i], results, p);
+    for (int32_t i = 0; i < results.n; ++i) print_plain_line(i + 1, results.order[i], results, p);
     return;
   }
-  const int32_t last = last_listed_position(results.n, p);
-  for (int32_t i = results.n - 1; i >= last; --i) {
-    const int32_t k = results.order[i];
-    if (results.scores[k] >= p->MIN_SCORE) print_plain_line(++rank, k, results, p);
-  }
+  print_best_first(
+      results, p, [&](int32_t k) { return results.scores[k] >= p->MIN_SCORE; },
+      [&](int32_t rank, int32_t k) { print_plain_line(rank, k, results, p); });
   print_list_end(times, p);
 }
 
 int32_t print_score_list2(const SeqRec& query, const ResultRec& results, const ScoreMatrix& matrix,
                           const LineFit* z_fit_opt, RunTimes& times, const Params* p) {
   print_list_start(query, matrix, z_fit_opt, p);
-  int32_t rank = 0;
-  const int32_t last = last_listed_position(results.n, p);
-  for (int32_t i = results.n - 1; i >= last; --i) {
-    const int32_t k = results.order[i];
-    if (!within(p->PROBCUT, results.significance[k])) continue;
-    print_rank(++rank, p);
-    const int32_t score = whole_score(results.scores[k], p);
-    const float zscore = static_cast<float>(results.zscores[k]) / static_cast<float>(p->PRECISION);
-    std::fprintf(std_out, "%4d %6.2f %-8.3g ", score, static_cast<double>(zscore), results.significance[k]);
-    print_names(results.seqs[k], p);
-    std::fputc('\n', std_out);
-  }
+  const int32_t lines = print_best_first(
+      results, p, [&](int32_t k) { return within(p->PROBCUT, results.significance[k]); },
+      [&](int32_t rank, int32_t k) {
+        print_rank(rank, p);
+        const int32_t score = whole_score(results.scores[k], p);
+        const float zscore = static_cast<float>(results.zscores[k]) / static_cast<float>(p->PRECISION);
+        std::fprintf(std_out, "%4d %6.2f %-8.3g ", score, static_cast<double>(zscore),
+                     results.significance[k]);
+        print_names(results.seqs[k], p);
+        std::fputc('\n', std_out);
+      });
   print_list_end(times, p);
-  return rank;
+  return lines;
 }
 
 int32_t print_score_list3(const SeqRec& query, const ResultRec& results, const ScoreMatrix& matrix,
                           RunTimes& times, Params* p) {
   print_list_start(query, matrix, nullptr, p);
-  const auto hits = std::count_if(results.significance, results.significance + results.n,
-                                  [p](double significance) { return within(p->PROBCUT2, significance); });
-  int32_t rank = 0;
-  const int32_t last = last_listed_position(results.n, p);
-  for (int32_t i = results.n - 1; i >= last; --i) {
-    const int32_t k = results.order[i];
-    if (!within(p->PROBCUT, results.significance[k])) continue;
-    print_rank(++rank, p);
-    std::fprintf(std_out, "%4d %-6.2f %-8.3g ", whole_score(results.scores[k], p), results.standardised[k],
-                 results.significance[k]);
-    print_names(results.seqs[k], p);
-    std::fputc('\n', std_out);
-  }
+  const int32_t lines = print_best_first(
+      results, p, [&](int32_t k) { return within(p->PROBCUT, results.significance[k]); },
+      [&](int32_t rank, int32_t k) {
+        print_rank(rank, p);
+        std::fprintf(std_out, "%4d %-6.2f %-8.3g ", whole_score(results.scores[k], p),
+                     results.standardised[k], results.significance[k]);
+        print_names(results.seqs[k], p);
+        std::fputc('\n', std_out);
+      });
   print_list_end(times, p);
-  p->n_probcut2_hits = static_cast<int32_t>(hits);
-  return rank;
+  p->n_probcut2_hits = static_cast<int32_t>(
+      std::count_if(results.significance, results.significance + results.n,
+                    [p](double significance) { return within(p->PROBCUT2, significance); }));
+  return lines;
 }
