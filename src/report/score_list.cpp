@@ -55,7 +55,7 @@ int32_t last_listed_position(int32_t n, const Params* p) {
 
 // Calls print_line(rank, k) for every listed sequence k that passes, best first; returns how many did.
 template <class Passes, class PrintLine>
-int32_t print_best_first(const ResultRec& results, const Params* p, Passes passes, PrintLine print_line) {
+int32_t print_best_first(const ResultRec& results, Passes passes, PrintLine print_line, const Params* p) {
   int32_t rank = 0;
   const int32_t last = last_listed_position(results.n, p);
   for (int32_t i = results.n - 1; i >= last; --i) {
@@ -82,8 +82,8 @@ void print_score_list(const SeqRec& query, const ResultRec& results, const Score
     return;
   }
   print_best_first(
-      results, p, [&](int32_t k) { return results.scores[k] >= p->MIN_SCORE; },
-      [&](int32_t rank, int32_t k) { print_plain_line(rank, k, results, p); });
+      results, [&](int32_t k) { return results.scores[k] >= p->MIN_SCORE; },
+      [&](int32_t rank, int32_t k) { print_plain_line(rank, k, results, p); }, p);
   print_list_end(times, p);
 }
 
@@ -91,7 +91,7 @@ int32_t print_score_list2(const SeqRec& query, const ResultRec& results, const S
                           const LineFit* z_fit_opt, RunTimes& times, const Params* p) {
   print_list_start(query, matrix, z_fit_opt, p);
   const int32_t lines = print_best_first(
-      results, p, [&](int32_t k) { return within(p->PROBCUT, results.significance[k]); },
+      results, [&](int32_t k) { return within(p->PROBCUT, results.significance[k]); },
       [&](int32_t rank, int32_t k) {
         print_rank(rank, p);
         const int32_t score = whole_score(results.scores[k], p);
@@ -100,7 +100,8 @@ int32_t print_score_list2(const SeqRec& query, const ResultRec& results, const S
                      results.significance[k]);
         print_names(results.seqs[k], p);
         std::fputc('\n', std_out);
-      });
+      },
+      p);
   print_list_end(times, p);
   return lines;
 }
@@ -109,14 +110,15 @@ int32_t print_score_list3(const SeqRec& query, const ResultRec& results, const S
                           RunTimes& times, Params* p) {
   print_list_start(query, matrix, nullptr, p);
   const int32_t lines = print_best_first(
-      results, p, [&](int32_t k) { return within(p->PROBCUT, results.significance[k]); },
+      results, [&](int32_t k) { return within(p->PROBCUT, results.significance[k]); },
       [&](int32_t rank, int32_t k) {
         print_rank(rank, p);
         std::fprintf(std_out, "%4d %-6.2f %-8.3g ", whole_score(results.scores[k], p),
                      results.standardised[k], results.significance[k]);
         print_names(results.seqs[k], p);
         std::fputc('\n', std_out);
-      });
+      },
+      p);
   print_list_end(times, p);
   p->n_probcut2_hits = static_cast<int32_t>(
       std::count_if(results.significance, results.significance + results.n,
