@@ -1,0 +1,48 @@
+// The scores and penalties of one scan in the form that vector kernels read.
+#pragma once
+
+#include <cstdint>
+
+#include "align/aligned_block.h"
+#include "align/lookup.h"
+#include "align/scan_kernel.h"
+#include "util/memory.h"
+
+// What every target is scored against, whatever the kernel.
+struct ScanScores {
+  const LookupTable* table = nullptr;  // not owned; rows are residue codes
+  int32_t positions = 0;               // query residues; query position i (1..positions) is entry i of a row
+  bool affine = false;                 // else every gap position costs `extend`
+  bool uniform = true;                 // the penalties are the same at every query position
+  UTvector<int32_t> extend;            // [positions]: penalty of query position i in entry i-1
+  UTvector<int32_t> open;              // the same; empty when not affine
+};
+
+// The scores divided by their greatest common divisor, equal query positions stored once.
+struct LaneScores {
+  int32_t unit = 1;  // score = unit x lane value
+  int32_t positions = 0;
+  UTvector<int32_t> rows;    // [distinct rows][ROW_CODES]; PAD_CODE has the score of no code: the lowest
+  UTvector<int32_t> row_of;  // [positions]
+  UTvector<int32_t> extend;  // [positions], divided
+  UTvector<int32_t> open;
+  int32_t lowest_score = 0;  // over rows, divided
+  int32_t highest_score = 0;
+  int32_t lowest_penalty = 0;
+  int32_t highest_penalty = 0;
+};
+
+// make_lane_scores - table->rows must be below ROW_CODES.
+LaneScores make_lane_scores(const ScanScores& scores);
+
+// fits - whether every score and penalty can be held in lanes of this width and is treated exactly there.
+bool fits(const LaneScores& scores, LaneWidth width);
+
+// The scores in the layout of one kernel.
+struct LaneTable {
+  AlignedBlock rows;
+  UTvector<uint32_t> extend;  // [positions + 1]
+  UTvector<uint32_t> open;
+};
+
+LaneTable make_lane_table(const LaneScores& scores, LaneWidth width, const KernelShape& shape);

@@ -1,0 +1,127 @@
+#include "align/scan_engine.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "align/lane_feed.h"
+
+namespace {
+
+// More distinct query positions than this are no longer worth preparing per column.
+constexpr int32_t MAX_PREPARED = 64;
+
+InstructionSet run_kernel_of(InstructionSet set, const KernelCall& call) {
+  switch (set) {
+#if defined(__x86_64__)
+    case InstructionSet::AVX2:
+      return run_kernel_avx2(call);
+#endif
+    default:
+      return InstructionSet::REFERENCE;
+  }
+}
+
+// The best cell of one lane as a score; out_saturated when the lane may have overflowed.
+int32_t lane_score(const uint8_t* vector, int32_t lane, LaneWidth width, bool& out_saturated) {
+  switch (width) {
+    case LaneWidth::BITS8: {
+      int8_t value;
+      std::memcpy(&value, vector + lane, sizeof value);
+      out_saturated = value == INT8_MAX;
+      return value - INT8_MIN;
+    }
+    case LaneWidth::BITS16: {
+      int16_t value;
+      std::memcpy(&value, vector + 2 * lane, sizeof value);
+      out_saturated = value == INT16_MAX;
+      return value - INT16_MIN;
+    }
+    case LaneWidth::BITS32:
+      break;
+  }
+  int32_t value;
+  std::memcpy(&value, vector + 4 * lane, sizeof value);
+  out_saturated = false;
+  return value;
+}
+
+// One tier: scores the sequences of `numbers` and returns those whose lanes overflowed.
+UTvector<int32_t> scan_tier(const LaneScores& scores, bool uniform, LaneWidth width, InstructionSet set,
+                            const SeqRec* seqs, const UTvector<int32_t>& numbers, int32_t* out_scores,
+                            ScanTally& tally) {
+  const KernelShape shape = kernel_shape(set, width);
+  const std::size_t vector = static_cast<std::size_t>(shape.lanes * shape.lane_bytes);
+  const LaneTable table = make_lane_table(scores, width, shape);
+  const auto row_count = static_cast<int32_t>(scores.rows.size() / ROW_CODES);
+  const bool prepared = uniform && width != LaneWidth::BITS32 && row_count <= MAX_PREPARED;
+
+  AlignedBlock state;
+  AlignedBlock scratch;
+  AlignedBlock best;
+  AlignedBlock best_before;
+  resize_block(state, static_cast<std::size_t>(scores.positions) * 2 * vector);
+  resize_block(scratch, prepared ? static_cast<std::size_t>(row_count * shape.columns) * vector : 0);
+  resize_block(best, vector);
+  resize_block(best_before, (CHUNK_BLOCKS + 1) * vector);
+
+  KernelCall call{};
+  call.width = width;
+  call.source = prepared ? ScoreSource::PREPARED : ScoreSource::DIRECT;
+  call.affine = !scores.open.empty();
+  call.positions = scores.positions;
+  call.rows = table.rows.data;
+  call.row_count = row_count;
+  call.row_of = scores.row_of.data();
+  call.extend = table.extend.data();
+  call.open = table.open.data();
+  call.state = state.data;
+  call.scratch = scratch.data;
+  call.best = best.data;
+  call.best_before = best_before.data;
+
+  const UTvector<int32_t> order = scan_order(seqs, numbers, shape.lanes);
+  UTvector<int32_t> overflowed;
+  LaneFeed feed;
+  start_feed(feed, shape, seqs, order);
+  while (fill_chunk(feed)) {
+    call.blocks = feed.blocks;
+    call.residues = feed.residues.data;
+    call.turns = feed.turns.data;
+    call.masks = feed.masks.data;
+    tally.set = run_kernel_of(set, call);
+    for (const LaneEnd& end : feed.ends) {
+      bool saturated = false;
+      const uint8_t* of_block = best_before.data + static_cast<std::size_t>(end.block) * vector;
+      const int32_t score = lane_score(of_block, end.lane, width, saturated);
+      if (saturated) {
+        overflowed.push_back(end.sequence);
+      } else {
+        out_scores[end.sequence] = score * scores.unit;
+      }
+    }
+  }
+  tally.sequences[static_cast<int>(width)] += static_cast<int64_t>(order.size() - overflowed.size());
+  return overflowed;
+}
+
+}  // namespace
+
+ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n, int32_t* out_scores,
+                         InstructionSet set, LaneWidth first) {
+  ScanTally tally;
+  const LaneScores lane = make_lane_scores(scores);
+  UTvector<int32_t> todo;
+  todo.reserve(static_cast<std::size_t>(n));
+  for (int32_t k = 0; k < n; ++k) {
+    out_scores[k] = -1;
+    if (seqs[k].len > 2) todo.push_back(k);
+  }
+  for (const LaneWidth width : {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32}) {
+    if (width < first || !fits(lane, width) || todo.empty()) continue;
+    todo = scan_tier(lane, scores.uniform, width, set, seqs, todo, out_scores, tally);
+    if (width != LaneWidth::BITS32) {
+      tally.saturated[static_cast<int>(width)] = static_cast<int64_t>(todo.size());
+    }
+  }
+  return tally;
+}

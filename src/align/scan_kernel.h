@@ -1,0 +1,69 @@
+// The contract between the batch scan and its vector kernels: what a kernel object is handed and gives back.
+// Everything here is plain data, because kernel objects are compiled for instruction sets that the rest of
+// the program must not contain.
+#pragma once
+
+#include <cstdint>
+
+#include "align/instruction_set.h"
+
+// A score row has one entry per residue code; the last code is the pad that fills a lane behind its sequence.
+constexpr int32_t ROW_CODES = 32;
+constexpr uint8_t PAD_CODE = ROW_CODES - 1;
+
+// Lanes of 8 and 16 bits saturate: their smallest value stands for score 0, so that the floor of the local
+// alignment costs nothing, and a best score at their largest value betrays overflow. Lanes of 32 bits hold
+// scores as they are and take penalties of any sign.
+enum class LaneWidth { BITS8, BITS16, BITS32 };
+
+// Where a kernel gets the scores of a column from.
+enum class ScoreSource {
+  PREPARED,  // few distinct query positions: their scores are looked up once per column, then reused
+  DIRECT,    // each query position looks its scores up; penalties differ from position to position
+};
+
+// One piece of work for a kernel: `blocks` blocks of SHAPE.columns database positions in every lane.
+struct KernelCall {
+  LaneWidth width;
+  ScoreSource source;
+  bool affine;  // opening and extension differ; else every gap position costs `extend`
+
+  int32_t positions;    // query residues
+  const uint8_t* rows;  // the distinct score rows, one after the other, in the layout of the shape
+  int32_t row_count;
+  const int32_t* row_of;  // [positions]: the row of each query position
+  // Penalties of each query position, [positions + 1] (the last is read, not used): the value in every lane
+  // of 32 bits. PREPARED uses the first for all.
+  const uint32_t* extend;
+  const uint32_t* open;
+
+  // Vectors below are aligned to 64 bytes.
+  uint8_t* state;    // [positions][2] vectors, kept from call to call: last column's cells, their gap values
+  uint8_t* scratch;  // [row_count][columns] vectors (PREPARED only)
+
+  int32_t blocks;
+  const uint8_t* residues;  // [blocks * columns][lanes]
+  const uint8_t* turns;     // [blocks]: not 0 when a sequence ends before this block or begins with it
+  const uint8_t* masks;     // [blocks] vectors, all ones in the lanes that begin; read where turns is set
+  uint8_t* best;            // one vector, kept from call to call: best cell of each lane's sequence so far
+  uint8_t* best_before;     // [blocks + 1] vectors out: best before the block, where turns is set; the
+                            // last one always
+};
+
+// What a kernel's registers hold.
+struct KernelShape {
+  int32_t lanes;  // sequences side by side
+  int32_t lane_bytes;
+  int32_t columns;  // database positions per pass over the query
+  bool split_rows;  // 16-bit rows: the 32 low bytes, then the 32 high bytes
+};
+
+// kernel_shape - not for REFERENCE, which has no lanes.
+constexpr KernelShape kernel_shape(InstructionSet set, LaneWidth width) {
+  const int32_t lane_bytes = width == LaneWidth::BITS8 ? 1 : width == LaneWidth::BITS16 ? 2 : 4;
+  const int32_t vector_bytes = set == InstructionSet::AVX2 ? 32 : 0;
+  return {vector_bytes / lane_bytes, lane_bytes, width == LaneWidth::BITS32 ? 1 : 4, true};
+}
+
+// One entry per instruction set. Returns the set that the object was compiled for.
+InstructionSet run_kernel_avx2(const KernelCall& call);
