@@ -1,0 +1,233 @@
+#include "seq/matrix.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "seq/database_info.h"
+#include "seq_data.h"
+#include "support/capture.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+constexpr int32_t PIR = 0;
+constexpr int32_t NCBI = 1;
+
+struct MatrixTest : testing::Test {
+  TemporaryDirectory directory;
+  Params p = settings();
+
+  MatrixTest() {
+    p.MATRIX_DIR = directory.path.c_str();
+    p.LINE_BUFFER_LEN = 1000;
+  }
+  ScoreMatrix& load(const std::string& text, int32_t format) {
+    directory.file("m", text);
+    p.MATRIX_FILE.name = "m";
+    p.MATRIX_FORMAT = format;
+    return *getmat(&p);
+  }
+  // Expects the sentence, with status -1; "~" in it stands for the matrix file.
+  void expect_end(const std::string& text, int32_t format, std::string sentence) {
+    for (std::size_t at; (at = sentence.find("~")) != std::string::npos;) sentence.replace(at, 1, "/m");
+    EXPECT_EXIT((std::fputs("|", stderr), load(text, format)), testing::ExitedWithCode(255), sentence + "$")
+        << text.substr(0, 80);
+  }
+};
+
+TEST_F(MatrixTest, ReadsThePlainLayout) {
+  const ScoreMatrix& m = load("A title\nAXC\n 1 -2\n3\t4 5 6 -7 8\r\n9 rest\n", PIR);
+  EXPECT_EQ(m.title, "A title");
+  EXPECT_EQ(m.indx, "AXC ^:!");
+  EXPECT_EQ(m.inlen, 7);
+  const int32_t expected[3][3] = {{100, -200, 300}, {400, 500, 600}, {-700, 800, 900}};
+  for (int32_t i = 0; i < 7; ++i) {
+    for (int32_t j = 0; j < 7; ++j) {
+      const int32_t special = i == 6 || j == 6 ? -3000 : 0;
+      EXPECT_EQ(m.pairscore[i][j], i < 3 && j < 3 ? expected[i][j] : special) << i << " " << j;
+    }
+  }
+  EXPECT_EQ(m.minval, -3000);
+  EXPECT_EQ(m.maxval, 900);
+  EXPECT_EQ(p.matrix, &m);
+  EXPECT_EQ(p.MATRIX_FILE.name.c_str(), directory.path.string() + "/m");
+  EXPECT_EQ(p.MATRIX_FILE.stream, nullptr);
+  const std::string letters = "AXC ^:!BacZ*\x7e\x01";
+  const int8_t codes[] = {0, 1, 2, 3, 4, 5, 6, 1, 1, 1, 1, 1, 1, 1};
+  for (std::size_t i = 0; i < letters.size(); ++i) EXPECT_EQ(residue_code(m, letters[i]), codes[i]) << i;
+  for (const int byte : {0, 127, 128, 255, -1}) EXPECT_EQ(residue_code(m, byte), 1) << byte;
+}
+
+TEST_F(MatrixTest, TakesBlanksAndDoublesOfThePlainLetterLine) {
+  const ScoreMatrix& m = load("t\nXX \n1 2 3 4 5 6 7 8 9", PIR);
+  EXPECT_EQ(m.indx, "XX  ^:!");
+  EXPECT_EQ(residue_code(m, ' '), 3);  // the gap: the later place counts
+  EXPECT_EQ(residue_code(m, 'X'), 1);
+  EXPECT_EQ(residue_code(m, 'A'), 1);
+}
+
+TEST_F(MatrixTest, ReadsTheNcbiLayout) {
+  const std::string text =
+      "# one\r\nA 1 2 3\n\n# two\n  A  X\t* \r\nQ 1 -2 -9\r\nwhatever\t3 x 7\n* -9 -9 1\njunk";
+  const ScoreMatrix& m = load(text, NCBI);
+  EXPECT_EQ(m.title, "NCBI Matrix - see file for type");
+  EXPECT_EQ(m.indx, "AX ^:!");
+  EXPECT_EQ(m.pairscore[0][0], 100);
+  EXPECT_EQ(m.pairscore[0][1], -200);
+  EXPECT_EQ(m.pairscore[1][0], 300);
+  EXPECT_EQ(m.pairscore[1][1], 0);  // no number
+  p.VERBOSE = 11;
+  EXPECT_EQ(reported([&] { load(text, NCBI); }).substr(0, 10), "\n\n#Title: ");
+}
+
+TEST_F(MatrixTest, EndsOnFaultyFiles) {
+  const std::string ask =
+      "~\nFor an NCBI format matrix file I expect a # in the first column of the first "
+      "line\nAre you sure this file is NCBI format\\?\\?\\?\nLook at MATRIX_FILE command\n";
+  const std::string byte = "~\nUnusable character \\(byte ";
+  const std::string most(124, 'X');
+  expect_end("", PIR, "\\|Missing Title line in matrix file: .*\nFile:.*~\n");
+  expect_end("title\n", PIR, "\\|Missing index line in matrix file: .*\nFile:.*~\n");
+  expect_end(
+      "# 1\nX\n1\n", PIR,
+      "\\|Matrix file: .*~\nThis does not look like a PIR format matrix file\n"
+      "I don't expect to see a # in the first column\n"
+      "Are you sure it is not an NCBI format file\\?\\?\\?\nIf it is NCBI, then set MATRIX_TYPE to 1\n");
+  expect_end("t\nAB\n1 2 3 4\n", PIR, "\\|Pairscore Matrix MUST include an X character\nIndex:AB \\^:!\n");
+  expect_end("t\nAX\n1 2 3\n", PIR, "\\|Too few scores in matrix file: .*~\nRow 2, column 2 of 2 .*\n");
+  expect_end("t\nAX\n1 2 3.5 4\n", PIR, "\\|Not a whole number in matrix file: .*~\nRow 2, column 1 .*\n");
+  expect_end("t\nX\n99999999999999999999\n", PIR, "\\|Score out of range in matrix file: .*~\nNo score .*\n");
+  expect_end("t\nX\n-21474837\n", PIR, "\\|Score out of range in matrix file: .*~\nNo score .*\n");
+  expect_end("t\nX" + most + "\n1\n", PIR, "~\nToo many residue letters: 125 \\(at most 124\\)\n");
+  expect_end("t\nX\xe4\n1\n", PIR, byte + "228\\) .*\n.*\n");
+  expect_end("t\nX\0A\n1\n"s, PIR, byte + "26\\) .*\n.*\n");
+  expect_end("", NCBI, "\\|Matrix file: .*" + ask);
+  expect_end(" X\nX 1\n", NCBI, "\\|Matrix file: .*" + ask);
+  expect_end("# c\nX Y\n", NCBI, "\\|Matrix file: .*~\nNo line of residue letters found: .*\n");
+  expect_end("# c\n  A *\nA 1\n", NCBI, "\\|Pairscore Matrix MUST include an X character\nIndex:A \\^:!\n");
+  expect_end("# c\n  A X\nA 1 2\n", NCBI, "\\|Premature end to matrix file at line 1\n");
+  expect_end("# c\n  A X\nA 1\nX 1 1\n", NCBI, "\\|Too few scores in matrix file: .*~\nRow 1 has 1 of 2\n");
+  expect_end("# c\n X \x7f\nX 1 1\n", NCBI, byte + "127\\) .*\n.*\n");
+  expect_end("# c\n X\nX 1\n", 2, "\\|ERROR: Unrecognised MATRIX_FORMAT:2\n");
+  const ScoreMatrix& widest = load(
+      "# c\n " + most + "\n" +
+          [&most] {
+            std::string rows;
+            for (std::size_t i = 0; i < most.size(); ++i) {
+              rows += "X";
+              for (std::size_t j = 0; j < most.size(); ++j) rows += " 1";
+              rows += "\n";
+            }
+            return rows;
+          }(),
+      NCBI);
+  EXPECT_EQ(widest.inlen, 128);
+  EXPECT_EQ(residue_code(widest, '!'), 127);
+  p.MATRIX_FILE.name = "missing";
+  EXPECT_EXIT(getmat(&p), testing::ExitedWithCode(255), "^Error opening File: No such file.*\n.*/missing\n$");
+}
+
+TEST_F(MatrixTest, PrintsMatrixUnitsBeforeStopsAndExtremesAreSet) {
+  p.VERBOSE = 1;
+  ScoreMatrix* m = nullptr;
+  EXPECT_EQ(reported([&] { m = &load("t\nXA\n-3 2 2 10\n", PIR); }),
+            "#Title: t\n"
+            "#Index: (XA ^:!) Length:6\n"
+            "#     X   A       ^   :   !\n"
+            "#X   -3   2   0   0   0   0\n"
+            "#A    2  10   0   0   0   0\n"
+            "#     0   0   0   0   0   0\n"
+            "#^    0   0   0   0   0   0\n"
+            "#:    0   0   0   0   0   0\n"
+            "#!    0   0   0   0   0   0\n"
+            "# Max Value in PairMatrix: 0\n"
+            "# Min Value in PairMatrix: 0\n");
+  m->pairscore[0][0] = -199;  // truncated toward zero
+  const std::string text = written([&](FILE* stream) { PrintPairscoreMatrix(stream, *m, &p); });
+  EXPECT_NE(text.find("#X   -1   2   0   0   0 -30\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("# Max Value in PairMatrix: 1000\n# Min Value in PairMatrix: -3000\n"),
+            std::string::npos);
+}
+
+TEST_F(MatrixTest, StopWeightCountsAmongTheExtremes) {
+  p.STOP_WEIGHT = 0;
+  EXPECT_EQ(load("t\nX\n-5\n", PIR).maxval, 0);
+  p.STOP_WEIGHT = 700;
+  const ScoreMatrix& m = load("t\nX\n-5\n", PIR);
+  EXPECT_EQ(m.maxval, 700);
+  EXPECT_EQ(m.minval, -500);
+  ScoreMatrix other = m;
+  other.indx.back() = '*';
+  EXPECT_EXIT(SetStopCodonWeight(other, &p), testing::ExitedWithCode(255),
+              "^Error in SetStopCodonWeight:  Stop characters do not match\n"
+              "p->STOP_CHARACTER: !\n matrix->indx\\[matrix->inlen-1\\] \\*\n$");
+}
+
+TEST_F(MatrixTest, CountsTheResiduesOfTheDatabase) {
+  ScoreMatrix& m = load("t\nXA\n1 0 0 1\n", PIR);
+  int8_t first[] = {2, 1, 1, 0, 1, 0};  // the pad's code 2 is not counted
+  int8_t second[] = {2, 0};
+  SeqRec seqs[2];
+  seqs[0].seq = first;
+  seqs[0].len = 6;
+  seqs[1].seq = second;
+  seqs[1].len = 2;
+  BdbInfo info;
+  info.nres = 4;
+  p.binfo = &info;
+  const std::string reports = written([&](FILE* stream) {
+    p.STDERR = stream;
+    GetDBFreqs(seqs, 2, &p);
+    EXPECT_EQ(m.dbcount, (UTvector<int32_t>{1, 3, 0, 0, 0, 0}));
+    EXPECT_EQ(m.dbfreq, (UTvector<double>{0.25, 0.75, 0, 0, 0, 0}));
+    std::fputs("|", stream);
+    GetDBFreqs(seqs, 1, &p);  // adds up
+    std::fputs("|", stream);
+    info.nres = 8;
+    GetDBFreqs(seqs, 0, &p);
+    std::fputs("|", stream);
+    info.nres = 0;
+    std::fill(m.dbcount.begin(), m.dbcount.end(), 0);
+    GetDBFreqs(seqs, 0, &p);
+  });
+  EXPECT_EQ(
+      reports,
+      "|# Warning: GetDBFreqs fchk = 2\n# Warning: GetDBFreqs cchk = 8\n||# Warning: GetDBFreqs fchk = 0\n");
+  m.dbcount = {1234567890, 3, 0, 0, 0, 0};
+  m.dbfreq = {0.25, 1e-7, 0, 0, 0, 0};
+  const std::string table = written([&](FILE* stream) { DumpDBFreqs(stream, &p); });
+  EXPECT_EQ(
+      table.substr(0, 190),
+      "# Frequency Table for database\n# Residue            counts         Frequency\n"
+      "#   X            1234567890               0.25\n#   A                     3               1e-07\n"
+      "#                       0"s.substr(0, 190));
+  EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 8);
+}
+
+TEST(ShippedMatrices, AreSquareSymmetricAndComplete) {
+  for (const auto& entry : std::filesystem::directory_iterator(ZELVAN_SOURCE_DIR "/data/matrices")) {
+    SCOPED_TRACE(entry.path());
+    Params p = settings();
+    p.MATRIX_DIR = entry.path().parent_path().c_str();
+    p.MATRIX_FILE.name = entry.path().filename().c_str();
+    p.MATRIX_FORMAT = NCBI;
+    p.LINE_BUFFER_LEN = 100000;
+    const ScoreMatrix& m = *getmat(&p);
+    EXPECT_EQ(m.indx, "ARNDCQEGHILKMFPSTWYVBZX ^:!");
+    EXPECT_EQ(m.inlen, 27);
+    for (int32_t i = 0; i < m.inlen; ++i) {
+      for (int32_t j = 0; j < i; ++j) EXPECT_EQ(m.pairscore[i][j], m.pairscore[j][i]);
+    }
+    const int32_t w = residue_code(m, 'W');
+    EXPECT_EQ(m.maxval, m.pairscore[w][w]);  // the rarest residue scores highest in all of them
+    EXPECT_EQ(m.minval, -3000);
+    if (entry.path().filename() == "BLOSUM62") {
+      EXPECT_EQ(m.pairscore[w][w], 1100);
+      EXPECT_EQ(m.pairscore[residue_code(m, 'I')][residue_code(m, 'V')], 300);
+    }
+  }
+}
+
+}  // namespace
