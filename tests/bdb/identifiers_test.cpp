@@ -1,0 +1,115 @@
+#include "bdb/identifiers.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+namespace {
+
+// Reads the identifiers of a text with EXTRACT_SEQ `wanted`: "ids joined by blanks/EXTRACT_SEQ afterwards".
+std::string ids_of(const std::string& text, int32_t wanted) {
+  Params p;
+  p.EXTRACT_SEQ = wanted;
+  p.STDERR = stderr;
+  FILE* stream = std::tmpfile();
+  std::fputs(text.c_str(), stream);
+  std::rewind(stream);
+  std::string joined;
+  for (const UTstring& id : ReadIdListFromScanFile(stream, &p)) joined += std::string(id.c_str()) + " ";
+  std::fclose(stream);
+  return joined + "/" + std::to_string(p.EXTRACT_SEQ);
+}
+
+const std::string BEGIN = "# header\n# Start_Scores: ----\n";
+const std::string LINES = "   1 90 a    title\n   2 80 b    title\n   3 70 c\n   4 60 d    title\n";
+const std::string END = "# End_Scores: ----\n";
+
+TEST(Identifiers, TheLastOfTheListIsDropped) {
+  EXPECT_EQ(ids_of(BEGIN + LINES + END, 10), "a b c /3");
+  EXPECT_EQ(ids_of(BEGIN + LINES + END, 5), "a b c /3");
+  EXPECT_EQ(ids_of(BEGIN + LINES + END, 4), "a b c /4") << "the end marker is not reached";
+  EXPECT_EQ(ids_of(BEGIN + LINES + END, 2), "a /2");
+  EXPECT_EQ(ids_of(BEGIN + LINES + END, 1), "/1");
+  EXPECT_EQ(ids_of(BEGIN + "   1 90 a\n" + END, INT32_MAX), "/0");
+  EXPECT_EQ(ids_of(BEGIN + END, 10), "/-1");
+  EXPECT_EQ(ids_of(BEGIN + LINES + END + BEGIN + LINES + END, 100), "a b c /3") << "the first list counts";
+}
+
+TEST(Identifiers, FitLinesBeforeTheListMoveTheColumn) {
+  const std::string list = "   1   90 12.30  1e-10    a t\n   2   80 -1.2   0.5      b t\n";
+  EXPECT_EQ(ids_of("# FIT_A: 1 2 3\n" + BEGIN + list + END, 9), "a /1");
+  EXPECT_EQ(ids_of(BEGIN + list + "# FIT\n" + END, 2), "12.30 /2") << "but not within it";
+}
+
+TEST(Identifiers, AnUnusableListEndsTheRun) {
+  EXPECT_EXIT(ids_of("# nothing\n", 5), testing::ExitedWithCode(255), "^No # Start_Scores in file\n$");
+  EXPECT_EXIT(ids_of("", 5), testing::ExitedWithCode(255), "^No # Start_Scores in file\n$");
+  EXPECT_EXIT(ids_of(BEGIN + LINES, 5), testing::ExitedWithCode(255), "^No # End_Scores in file\n$");
+  EXPECT_EXIT(ids_of("# FIT\n" + BEGIN + "90 1.0 0.5 a\n" + END, 5), testing::ExitedWithCode(255),
+              "no word 5, the identifier:\n90 1.0 0.5 a\n");
+}
+
+// The same sort on the records themselves, 1-based, as the book prints it.
+void heap_sort(std::vector<SeqRec>& ra) {
+  std::size_t l = (ra.size() - 1) / 2 + 1;
+  std::size_t ir = ra.size() - 1;
+  const auto less = [](const SeqRec& a, const SeqRec& b) { return std::string(a.id) < b.id; };
+  while (ir > 1) {
+    SeqRec rra;
+    if (l > 1) {
+      rra = ra[--l];
+    } else {
+      rra = ra[ir];
+      ra[ir] = ra[1];
+      if (--ir == 1) {
+        ra[1] = rra;
+        return;
+      }
+    }
+    std::size_t i = l;
+    std::size_t j = 2 * l;
+    while (j <= ir) {
+      if (j < ir && less(ra[j], ra[j + 1])) ++j;
+      if (!less(rra, ra[j])) break;
+      ra[i] = ra[j];
+      i = j;
+      j *= 2;
+    }
+    ra[i] = rra;
+  }
+}
+
+TEST(Identifiers, SortAndSearchAgreeWithALinearLook) {
+  std::mt19937 random(11);
+  for (int32_t n = 0; n < 60; ++n) {
+    std::vector<std::string> names;
+    for (int32_t k = 0; k < n; ++k) {
+      names.push_back(std::string(1 + random() % 2, static_cast<char>('a' + random() % 9)) +
+                      (k % 5 == 0 ? "\xe9" : ""));
+    }
+    std::vector<SeqRec> seqs;
+    for (const std::string& name : names) {
+      SeqRec record;
+      record.id = name.c_str();
+      record.len = static_cast<int32_t>(seqs.size());
+      seqs.push_back(record);
+    }
+    std::vector<SeqRec> expected = seqs;
+    expected.insert(expected.begin(), SeqRec());
+    heap_sort(expected);
+    shsort(n, seqs.data());
+    for (std::size_t k = 0; k < seqs.size(); ++k) EXPECT_EQ(seqs[k].len, expected[k + 1].len);
+    for (const std::string& name : names) EXPECT_EQ(findid(seqs.data(), n, name.c_str())->id, name);
+    for (const char* absent : {"", "A", "ccc", "zz"}) EXPECT_EQ(findid(seqs.data(), n, absent), nullptr);
+  }
+}
+
+TEST(Identifiers, AmongDuplicatesTheFirstMetIsFound) {
+  std::vector<SeqRec> seqs(8);
+  for (SeqRec& s : seqs) s.id = "same";
+  EXPECT_EQ(findid(seqs.data(), 8, "same"), &seqs[3]) << "the middle of 0..7";
+  EXPECT_EQ(findid(seqs.data(), 6, "same"), &seqs[0]) << "six records are read in order";
+}
+
+}  // namespace
