@@ -9,6 +9,11 @@
 
 namespace {
 
+void require_precision(const Params* p) {
+  if (p->PRECISION != 0) return;
+  UTend_input(std_err, "PRECISION is 0: scores cannot be divided by it. Set it to 1 or a multiple of 10\n");
+}
+
 // A cut-off is single precision, the value double: compared as doubles. No number never passes.
 bool within(float cutoff, double value) {
   return static_cast<double>(cutoff) >= value;
@@ -16,6 +21,7 @@ bool within(float cutoff, double value) {
 
 void print_list_start(const SeqRec& query, const ScoreMatrix& matrix, const LineFit* z_fit_opt,
                       const Params* p) {
+  require_precision(p);
   if (p->SHOW_BLURB != 0) dump_info(std_out, query, matrix, z_fit_opt, p);
 }
 
@@ -68,9 +74,7 @@ int32_t print_best_first(const ResultRec& results, Passes passes, PrintLine prin
 }  // namespace
 
 int32_t whole_score(int32_t score, const Params* p) {
-  if (p->PRECISION == 0) {
-    UTend_input(std_err, "PRECISION is 0: scores cannot be divided by it. Set it to 1 or a multiple of 10\n");
-  }
+  require_precision(p);
   return score / p->PRECISION;
 }
 

@@ -128,7 +128,9 @@ TEST(ScoreLists, FrameAnEmptyList) {
 TEST(ScoreLists, RefusePrecisionZero) {
   Hits hits;
   hits.p.PRECISION = 0;
-  EXPECT_EXIT(hits.list3(), testing::ExitedWithCode(255), "PRECISION is 0: .*\n");
+  hits.p.MAX_NOUT = 0;
+  EXPECT_EXIT(hits.list(), testing::ExitedWithCode(255), "^PRECISION is 0: .*\n$");
+  EXPECT_EXIT(whole_score(5, &hits.p), testing::ExitedWithCode(255), "^PRECISION is 0: .*\n$");
 }
 
 }  // namespace
