@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
-
 #include "report_data.h"
 #include "seq/database_info.h"
 #include "stats/lpfit.h"
@@ -42,6 +40,12 @@ struct Settings {
   }
 };
 
+// The report without the rest of the line after a label that stands in it: a date.
+std::string without_date(std::string report, const std::string& label) {
+  const std::size_t date = report.find(label) + label.size();
+  return report.erase(date, report.find('\n', date) - date);
+}
+
 const std::string START = "# Start_Scores: " + std::string(52, '-') + "\n";
 
 TEST(DumpInfo, WritesAnIterativeRunInOrder) {
@@ -64,10 +68,8 @@ TEST(DumpInfo, WritesAnIterativeRunInOrder) {
   run.lpfit.paramB[0] = 0;
   run.lpfit.paramB[1] = 0.25;
   run.p.lpfit = &run.lpfit;
-  const std::string report = std::regex_replace(
-      run.header(), std::regex(R"([A-Z][a-z]{2} [A-Z][a-z]{2} [ 0-9]\d \d\d:\d\d:\d\d \d{4})"), "NOW");
-  EXPECT_EQ(report,
-            "# ZELVAN Scan:    NOW\n"
+  EXPECT_EQ(without_date(run.header(), "# ZELVAN Scan:    "),
+            "# ZELVAN Scan:    \n"
             "# ZELVAN Version: 9.9 (today)\n"
             "# Written by the ZELVAN developers\n"
             "# Free software under the 3-clause BSD licence, without any warranty\n"
@@ -176,10 +178,9 @@ TEST(PrintTimes2, ShowsTheSlotsAndTheRates) {
     times[TIME_SCAN] = c.scan;
     times[TIME_SORT] = "not shown";
     times[TIME_SCORES] = "d";
-    std::string report = written([&](FILE* stream) { print_times2(stream, times, c.query_length, 2000); });
     const std::string completed = "# Scan Completed at: ";
-    const std::size_t date = report.find(completed) + completed.size();
-    report.erase(date, report.find('\n', date) - date);
+    const std::string report = without_date(
+        written([&](FILE* stream) { print_times2(stream, times, c.query_length, 2000); }), completed);
     EXPECT_EQ(report, "# " + std::string(54, '-') + "\n" + completed + "\n# \n" +
                           "# Times:                              (Seconds)\n"
                           "# Load matrix, query and index:    a\n"
