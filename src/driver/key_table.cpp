@@ -137,7 +137,7 @@ double read_real(const char* value) {
 }
 
 int32_t check_precision(int32_t n, const char* caller) {
-  if (n != 1 && n / 10 != n / 10.0) {
+  if (n != 1 && n % 10 != 0) {
     errno = EINVAL;
     error(UTcat({"Invalid Precision multiplier in ", caller}).c_str(), 1);
   }

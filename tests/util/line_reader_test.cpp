@@ -61,7 +61,7 @@ TEST(LineReader, TellsAReadErrorFromTheEnd) {
 TEST(LineReaderDeathTest, MissingBufferEndsTheRun) {
   volatile std::size_t impossible = SIZE_MAX / 2;
   EXPECT_EXIT(UTlinebuffer(impossible, "getpars"), testing::ExitedWithCode(255),
-              "^No Space for buff in getpars: Cannot allocate memory\n$");
+              "No Space for buff in getpars: Cannot allocate memory\n$");
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <memory>
 
 // A request that cannot be met must reach the checks under the address sanitizer, too.
 extern "C" const char* __asan_default_options();
@@ -36,7 +35,7 @@ TEST(MemoryDeathTest, ExhaustionEndsTheRunWithStatusZero) {
   EXPECT_EXIT(UTfree(nullptr), ExitedWithCode(0), "Attempt to free NULL pointer: ");
   EXPECT_EXIT(UTvector<char>(impossible - 1), ExitedWithCode(0), "malloc error: ");
   EXPECT_EXIT(UTallocator<int64_t>().allocate(impossible), ExitedWithCode(0), "malloc error: ");
-  EXPECT_EXIT(std::make_unique<char[]>(impossible), ExitedWithCode(0), "malloc error: ");
+  EXPECT_EXIT(static_cast<void>(::operator new(impossible)), ExitedWithCode(0), "malloc error: ");
 }
 
 }  // namespace
