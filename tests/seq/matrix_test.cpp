@@ -111,18 +111,9 @@ TEST_F(MatrixTest, EndsOnFaultyFiles) {
   expect_end("# c\n  A X\nA 1\nX 1 1\n", NCBI, "\\|Too few scores in matrix file: .*~\nRow 1 has 1 of 2\n");
   expect_end("# c\n X \x7f\nX 1 1\n", NCBI, byte + "127\\) .*\n.*\n");
   expect_end("# c\n X\nX 1\n", 2, "\\|ERROR: Unrecognised MATRIX_FORMAT:2\n");
-  const ScoreMatrix& widest = load(
-      "# c\n " + most + "\n" +
-          [&most] {
-            std::string rows;
-            for (std::size_t i = 0; i < most.size(); ++i) {
-              rows += "X";
-              for (std::size_t j = 0; j < most.size(); ++j) rows += " 1";
-              rows += "\n";
-            }
-            return rows;
-          }(),
-      NCBI);
+  std::string widest_text = "t\n" + most + "\n";
+  for (std::size_t i = 0; i < most.size() * most.size(); ++i) widest_text += " 1";
+  const ScoreMatrix& widest = load(widest_text, PIR);
   EXPECT_EQ(widest.inlen, 128);
   EXPECT_EQ(residue_code(widest, '!'), 127);
   p.MATRIX_FILE.name = "missing";
