@@ -1,9 +1,13 @@
 #include "align/instruction_set.h"
 
+#include <initializer_list>
+
 namespace {
 
 InstructionSet find_best() {
-  if (is_usable(InstructionSet::AVX2)) return InstructionSet::AVX2;
+  for (const InstructionSet set : {InstructionSet::AVX512, InstructionSet::AVX2}) {
+    if (is_usable(set)) return set;
+  }
   return InstructionSet::REFERENCE;
 }
 
@@ -17,6 +21,8 @@ bool is_usable(InstructionSet set) {
     // The compiler's check reads the processor's flags and asks whether the system saves the wide registers.
     case InstructionSet::AVX2:
       return __builtin_cpu_supports("avx2") != 0;
+    case InstructionSet::AVX512:
+      return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0;
 #endif
     default:
       return false;
@@ -34,6 +40,8 @@ const char* instruction_set_name(InstructionSet set) {
       return "reference";
     case InstructionSet::AVX2:
       return "AVX2";
+    case InstructionSet::AVX512:
+      return "AVX512";
   }
   return "";
 }

@@ -29,9 +29,9 @@ V diagonal_move(V diagonal, V score) {
 }
 
 template <class V, bool AFFINE>
-V gap_value(V cell, V arrived, V extend, V open) {
-  if constexpr (AFFINE) return carry(cell, arrived, extend, open);
-  return sub(cell, extend);
+V gap_value(V cell, V arrived, V open, V change) {
+  if constexpr (AFFINE) return carry(cell, arrived, open, change);
+  return sub(cell, open);
 }
 
 template <class V, bool AFFINE, ScoreSource SOURCE, bool RESTART>
@@ -55,12 +55,12 @@ void pass(const KernelCall& call, const uint8_t* residues, const uint8_t* mask_o
   const int32_t positions = call.positions;
   const int32_t* const row_of = call.row_of;
   const uint8_t* const rows = call.rows;
-  const uint32_t* const extends = call.extend;
   const uint32_t* const opens = call.open;
+  const uint32_t* const changes = call.change;
   const V zero = zero_score<V>();
   const V restart = RESTART ? load<V>(mask_of_restart) : zero;
-  V extend = splat<V>(extends[0]);
-  V open = AFFINE ? splat<V>(opens[0]) : extend;
+  V open = splat<V>(opens[0]);
+  V change = AFFINE ? splat<V>(changes[0]) : open;
   V cell[COLUMNS];  // of the previous query position
   V left[COLUMNS];  // gap value handed on from there
   for (int k = 0; k < COLUMNS; ++k) {
@@ -78,27 +78,27 @@ void pass(const KernelCall& call, const uint8_t* residues, const uint8_t* mask_o
     } else {
       codes.look_up(rows + row_of[i] * Lookup::ROW_BYTES, scores);
     }
-    const V next_extend = PREPARED ? extend : splat<V>(extends[i + 1]);
-    const V next_open = PREPARED || !AFFINE ? open : splat<V>(opens[i + 1]);
+    const V next_open = PREPARED ? open : splat<V>(opens[i + 1]);
+    const V next_change = PREPARED || !AFFINE ? change : splat<V>(changes[i + 1]);
 
     V above = load<V>(at);
     if constexpr (RESTART) above = select(restart, zero, above);
-    V up = AFFINE ? load<V>(at + VECTOR) : sub(above, extend);
+    V up = AFFINE ? load<V>(at + VECTOR) : sub(above, open);
     if constexpr (AFFINE && RESTART) up = select(restart, sub(zero, open), up);
     V diagonal = corner;
     corner = above;
     for (int k = 0; k < COLUMNS; ++k) {
       const V h = max(max(diagonal_move(diagonal, scores[k]), up), left[k]);
       top = max(top, h);
-      up = gap_value<V, AFFINE>(h, up, extend, open);
-      left[k] = gap_value<V, AFFINE>(h, left[k], next_extend, next_open);
+      up = gap_value<V, AFFINE>(h, up, open, change);
+      left[k] = gap_value<V, AFFINE>(h, left[k], next_open, next_change);
       diagonal = cell[k];
       cell[k] = h;
     }
     store(at, cell[COLUMNS - 1]);
     if constexpr (AFFINE) store(at + VECTOR, up);
-    extend = next_extend;
-    if constexpr (AFFINE) open = next_open;
+    open = next_open;
+    change = next_change;
   }
   if constexpr (V::WIDTH == LaneWidth::BITS32) {
     // No gap value leaves the last query position along the database. Where penalties are not negative that

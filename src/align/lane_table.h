@@ -41,8 +41,8 @@ bool fits(const LaneScores& scores, LaneWidth width);
 // The scores in the layout of one kernel.
 struct LaneTable {
   AlignedBlock rows;
-  UTvector<uint32_t> extend;  // [positions + 1]
-  UTvector<uint32_t> open;
+  UTvector<uint32_t> open;  // as in KernelCall
+  UTvector<uint32_t> change;
 };
 
 LaneTable make_lane_table(const LaneScores& scores, LaneWidth width, const KernelShape& shape);

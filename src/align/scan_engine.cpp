@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 
 #include "align/lane_feed.h"
 
@@ -15,6 +16,8 @@ InstructionSet run_kernel_of(InstructionSet set, const KernelCall& call) {
 #if defined(__x86_64__)
     case InstructionSet::AVX2:
       return run_kernel_avx2(call);
+    case InstructionSet::AVX512:
+      return run_kernel_avx512(call);
 #endif
     default:
       return InstructionSet::REFERENCE;
@@ -72,8 +75,8 @@ UTvector<int32_t> scan_tier(const LaneScores& scores, bool uniform, LaneWidth wi
   call.rows = table.rows.data;
   call.row_count = row_count;
   call.row_of = scores.row_of.data();
-  call.extend = table.extend.data();
   call.open = table.open.data();
+  call.change = table.change.data();
   call.state = state.data;
   call.scratch = scratch.data;
   call.best = best.data;

@@ -26,7 +26,7 @@ enum class ScoreSource {
 struct KernelCall {
   LaneWidth width;
   ScoreSource source;
-  bool affine;  // opening and extension differ; else every gap position costs `extend`
+  bool affine;  // opening and extension are told apart
 
   int32_t positions;    // query residues
   const uint8_t* rows;  // the distinct score rows, one after the other, in the layout of the shape
@@ -34,8 +34,8 @@ struct KernelCall {
   const int32_t* row_of;  // [positions]: the row of each query position
   // Penalties of each query position, [positions + 1] (the last is read, not used): the value in every lane
   // of 32 bits. PREPARED uses the first for all.
-  const uint32_t* extend;
-  const uint32_t* open;
+  const uint32_t* open;    // of the first position of a gap; where not affine, of every position
+  const uint32_t* change;  // opening XOR extension; affine only
 
   // Vectors below are aligned to 64 bytes.
   uint8_t* state;    // [positions][2] vectors, kept from call to call: last column's cells, their gap values
@@ -61,9 +61,12 @@ struct KernelShape {
 // kernel_shape - not for REFERENCE, which has no lanes.
 constexpr KernelShape kernel_shape(InstructionSet set, LaneWidth width) {
   const int32_t lane_bytes = width == LaneWidth::BITS8 ? 1 : width == LaneWidth::BITS16 ? 2 : 4;
-  const int32_t vector_bytes = set == InstructionSet::AVX2 ? 32 : 0;
-  return {vector_bytes / lane_bytes, lane_bytes, width == LaneWidth::BITS32 ? 1 : 4, true};
+  const int32_t vector_bytes = set == InstructionSet::AVX512 ? 64 : 32;
+  // Penalties that are negative forbid pads behind a sequence: lanes of 32 bits go column by column.
+  const int32_t columns = width == LaneWidth::BITS32 ? 1 : 4;
+  return {vector_bytes / lane_bytes, lane_bytes, columns, set != InstructionSet::AVX512};
 }
 
 // One entry per instruction set. Returns the set that the object was compiled for.
 InstructionSet run_kernel_avx2(const KernelCall& call);
+InstructionSet run_kernel_avx512(const KernelCall& call);

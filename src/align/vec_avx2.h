@@ -78,10 +78,12 @@ inline Vec32 equal(Vec32 a, Vec32 b) {
   return {_mm256_cmpeq_epi32(a.v, b.v)};
 }
 
-// The gap value that a cell hands on: an extension where the cell got its value by this gap.
+// The gap value that a cell hands on: its own less the extension where it got its value by this gap, else less
+// the opening. `change` is opening XOR extension: logic takes fewer steps than a blend on most processors.
 template <class V>
-V carry(V cell, V gap, V extend, V open) {
-  return sub(cell, select(equal(cell, gap), extend, open));
+V carry(V cell, V gap, V open, V change) {
+  const __m256i extends = equal(cell, gap).v;
+  return sub(cell, V{_mm256_xor_si256(open.v, _mm256_and_si256(extends, change.v))});
 }
 
 // A byte shuffle reads tables of 16 entries and gives 0 where an index has its top bit set. A row of 32 takes

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr InstructionSet VECTOR_SETS[] = {InstructionSet::AVX2};
+constexpr InstructionSet VECTOR_SETS[] = {InstructionSet::AVX2, InstructionSet::AVX512};
 constexpr LaneWidth WIDTHS[] = {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32};
 constexpr int32_t MODES[] = {200, 202, 210, 212};
 constexpr int32_t CODES = 27;
