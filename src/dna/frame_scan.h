@@ -1,0 +1,19 @@
+// The batch scan of the translated searches: the one door through which drivers score a whole database with
+// frame shifts.
+#pragma once
+
+#include <cstdint>
+
+#include "align/lookup.h"
+#include "driver/params.h"
+#include "seq/sequence.h"
+
+// scan_frames - the score of every database sequence against the table, by the kernel of p->MODE with LD_PEN,
+//        LI_PEN and FS_PEN: 10 nswli over the rows of len - 2; 12 nswli over the rows of len; 20 npswl;
+//        22 npswli2.
+// In     m: stored query length, 2..MP_LEN; seqs[0..n-1]: encoded (modes 10 and 12: translated, then encoded)
+// Out    out_scores[0..n-1], matrix units x PRECISION; -1 where no cell is computed. Any other mode leaves
+//        them as they are
+// Exact  each score is the integer that the scalar kernel gives
+void scan_frames(int32_t m, const SeqRec* seqs, int32_t n, const LookupTable& table, int32_t* out_scores,
+                 const Params* p);
