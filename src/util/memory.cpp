@@ -36,6 +36,14 @@ void* operator new(std::size_t size) {
 void* operator new[](std::size_t size) {
   return UTmalloc(size);
 }
+// Without exceptions (temporary buffers of the sorts) a missing block is the library's to handle. Replaced
+// as well, so that every block that delete sees comes from malloc.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return std::malloc(size > 0 ? size : 1);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return std::malloc(size > 0 ? size : 1);
+}
 void operator delete(void* block) noexcept {
   std::free(block);
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <new>
 
 // A request that cannot be met must reach the checks under the address sanitizer, too.
 extern "C" const char* __asan_default_options();
@@ -26,6 +27,13 @@ TEST(Memory, GivesAndResizesBlocks) {
   UTfree(UTrealloc(empty, 0));
   EXPECT_TRUE(UThaveroom(1 << 20));
   EXPECT_FALSE(UThaveroom(impossible));
+}
+
+TEST(Memory, RequestsWithoutExceptionsLeaveTheChoiceToTheCaller) {
+  EXPECT_EQ(::operator new(impossible, std::nothrow), nullptr);
+  void* block = ::operator new(16, std::nothrow);
+  ASSERT_NE(block, nullptr);
+  ::operator delete(block);  // the address sanitizer checks that both go to the same allocator
 }
 
 TEST(MemoryDeathTest, ExhaustionEndsTheRunWithStatusZero) {
