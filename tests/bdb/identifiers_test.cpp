@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 
@@ -50,36 +51,6 @@ TEST(Identifiers, AnUnusableListEndsTheRun) {
               "no word 5, the identifier:\n90 1.0 0.5 a\n");
 }
 
-// The same sort on the records themselves, 1-based, as the book prints it.
-void heap_sort(std::vector<SeqRec>& ra) {
-  std::size_t l = (ra.size() - 1) / 2 + 1;
-  std::size_t ir = ra.size() - 1;
-  const auto less = [](const SeqRec& a, const SeqRec& b) { return std::string(a.id) < b.id; };
-  while (ir > 1) {
-    SeqRec rra;
-    if (l > 1) {
-      rra = ra[--l];
-    } else {
-      rra = ra[ir];
-      ra[ir] = ra[1];
-      if (--ir == 1) {
-        ra[1] = rra;
-        return;
-      }
-    }
-    std::size_t i = l;
-    std::size_t j = 2 * l;
-    while (j <= ir) {
-      if (j < ir && less(ra[j], ra[j + 1])) ++j;
-      if (!less(rra, ra[j])) break;
-      ra[i] = ra[j];
-      i = j;
-      j *= 2;
-    }
-    ra[i] = rra;
-  }
-}
-
 TEST(Identifiers, SortAndSearchAgreeWithALinearLook) {
   std::mt19937 random(11);
   for (int32_t n = 0; n < 60; ++n) {
@@ -88,26 +59,24 @@ TEST(Identifiers, SortAndSearchAgreeWithALinearLook) {
       names.push_back(std::string(1 + random() % 2, static_cast<char>('a' + random() % 9)) +
                       (k % 5 == 0 ? "\xe9" : ""));
     }
-    std::vector<SeqRec> seqs;
-    for (const std::string& name : names) {
-      SeqRec record;
-      record.id = name.c_str();
-      record.len = static_cast<int32_t>(seqs.size());
-      seqs.push_back(record);
-    }
-    std::vector<SeqRec> expected = seqs;
-    expected.insert(expected.begin(), SeqRec());
-    heap_sort(expected);
+    std::vector<SeqRec> seqs(names.size());
+    for (std::size_t k = 0; k < names.size(); ++k) seqs[k].id = names[k].c_str();
     shsort(n, seqs.data());
-    for (std::size_t k = 0; k < seqs.size(); ++k) EXPECT_EQ(seqs[k].len, expected[k + 1].len);
+    std::sort(names.begin(), names.end());
+    for (std::size_t k = 0; k < names.size(); ++k) EXPECT_EQ(seqs[k].id, names[k]);
     for (const std::string& name : names) EXPECT_EQ(findid(seqs.data(), n, name.c_str())->id, name);
     for (const char* absent : {"", "A", "ccc", "zz"}) EXPECT_EQ(findid(seqs.data(), n, absent), nullptr);
   }
 }
 
-TEST(Identifiers, AmongDuplicatesTheFirstMetIsFound) {
+TEST(Identifiers, DuplicatesFollowTheHeapSortAndTheHalving) {
   std::vector<SeqRec> seqs(8);
-  for (SeqRec& s : seqs) s.id = "same";
+  for (SeqRec& s : seqs) {
+    s.id = "same";
+    s.len = static_cast<int32_t>(&s - seqs.data());
+  }
+  shsort(4, seqs.data());
+  for (int32_t k = 0; k < 4; ++k) EXPECT_EQ(seqs[static_cast<std::size_t>(k)].len, (k + 1) % 4) << "by hand";
   EXPECT_EQ(findid(seqs.data(), 8, "same"), &seqs[3]) << "the middle of 0..7";
   EXPECT_EQ(findid(seqs.data(), 6, "same"), &seqs[0]) << "six records are read in order";
 }
