@@ -62,8 +62,9 @@ TEST(Identifiers, SortAndSearchAgreeWithALinearLook) {
     std::vector<SeqRec> seqs(names.size());
     for (std::size_t k = 0; k < names.size(); ++k) seqs[k].id = names[k].c_str();
     shsort(n, seqs.data());
-    std::sort(names.begin(), names.end());
-    for (std::size_t k = 0; k < names.size(); ++k) EXPECT_EQ(seqs[k].id, names[k]);
+    std::vector<std::string> sorted = names;
+    std::sort(sorted.begin(), sorted.end());
+    for (std::size_t k = 0; k < sorted.size(); ++k) EXPECT_EQ(seqs[k].id, sorted[k]);
     for (const std::string& name : names) EXPECT_EQ(findid(seqs.data(), n, name.c_str())->id, name);
     for (const char* absent : {"", "A", "ccc", "zz"}) EXPECT_EQ(findid(seqs.data(), n, absent), nullptr);
   }

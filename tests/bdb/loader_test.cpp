@@ -32,6 +32,7 @@ class Loader : public BinaryDatabaseTest {
       text += std::string(s.id, static_cast<std::size_t>(s.ilen) + 1) + s.title + "\n";
       text.append(reinterpret_cast<const char*>(s.seq), static_cast<std::size_t>(s.len)) += "\n";
     }
+    p.binfo = nullptr;
     return text;
   }
 
@@ -64,7 +65,6 @@ TEST_F(Loader, GivesWhatTheTextHolds) {
     p.APPLY_INDEX = 1 - codes;
     EXPECT_EQ(contents(), wanted);
     EXPECT_EQ(p.APPLY_INDEX, codes) << "the file decides";
-    EXPECT_EQ(p.binfo->nseq, 201);
 
     p.APPLY_INDEX = codes;
     p.DO_SORT = 1;
@@ -79,6 +79,8 @@ TEST_F(Loader, GivesWhatTheTextHolds) {
       ids.insert(sorted.seqs[k].id);
     }
     EXPECT_EQ(ids.size(), 201U);
+    EXPECT_EQ(p.binfo, &sorted.info);
+    EXPECT_EQ(sorted.info.nseq, 201);
     EXPECT_STREQ(sorted.seqs.back().id, "long");
     EXPECT_EQ(sorted.info.name, p.DB_FILE.name);
   }
