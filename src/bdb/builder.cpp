@@ -10,6 +10,7 @@
 
 #include "bdb/database.h"
 #include "bdb/index_record.h"
+#include "driver/progress.h"
 #include "seq/alphabet.h"
 #include "seq/database_info.h"
 #include "seq/matrix.h"
@@ -37,11 +38,8 @@ struct PendingDatabase {
   PendingFile sequences;
 };
 
-void progress(const char* text, const Params* p) {
-  if (p->VERBOSE != 0) std::fputs(text, std_err);
-}
-
-void show_time(const char* label, const Params* p) {
+// The builder shows its times when TIME is exactly 1.
+void show_build_time(const char* label, const Params* p) {
   if (p->TIME != 1) return;
   std::fputs(label, std_err);
   UT_show_times(std_err, 1);
@@ -195,12 +193,12 @@ void makedb(Params* p) {
   const ScoreMatrix& matrix = *getmat(p);
   TextDatabase database;
   read_text_database(database, p->VERBOSE != 0, p);
-  show_time("Have read database\n", p);
+  show_build_time("Have read database\n", p);
   if (p->APPLY_INDEX == 1) {
     progress("Indexing sequence data\n", p);
     encode_sequences(database.seqs.data(), static_cast<int32_t>(database.seqs.size()), matrix);
   }
-  show_time("Time to index sequences\n", p);
+  show_build_time("Time to index sequences\n", p);
   const UTvector<int32_t> order = stored_order(database.seqs, p);
   const BdbInfo info = describe(database, matrix, p);
 
@@ -221,5 +219,5 @@ void makedb(Params* p) {
   close_pending(pending, pending.index);
   close_pending(pending, pending.sequences);
   publish(pending);
-  show_time("", p);
+  show_build_time("", p);
 }

@@ -5,16 +5,13 @@
 #include "bdb/database.h"
 #include "bdb/identifiers.h"
 #include "bdb/sequence_writer.h"
+#include "driver/progress.h"
 #include "seq/alphabet.h"
 #include "seq/sequence_file.h"
 #include "util/failure.h"
 #include "util/streams.h"
 
 namespace {
-
-void progress(const char* text, const Params* p) {
-  if (p->VERBOSE != 0) std::fputs(text, std_err);
-}
 
 void close_extract_file(Params* p) {
   UTfilewritten(p->EXTRACT_FILE);

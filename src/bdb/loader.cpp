@@ -7,21 +7,12 @@
 #include <cstring>
 
 #include "bdb/index_record.h"
+#include "driver/progress.h"
 #include "util/failure.h"
 #include "util/streams.h"
 #include "util/timing.h"
 
 namespace {
-
-void progress(const char* text, const Params* p) {
-  if (p->VERBOSE != 0) std::fputs(text, std_err);
-}
-
-void show_time(const char* label, const Params* p) {
-  if (p->TIME <= 5) return;
-  std::fputs(label, std_err);
-  UT_show_times(std_err, 1);
-}
 
 [[noreturn]] void end_damaged(const FileRec& file, const char* what) {
   UTend_input(std_err,

@@ -8,6 +8,7 @@
 #include "bdb/database.h"
 #include "bdb/extraction.h"
 #include "driver/gap_defaults.h"
+#include "driver/progress.h"
 #include "iter/profile.h"
 #include "report/iteration_changes.h"
 #include "report/multiple_alignment.h"
@@ -37,26 +38,15 @@ struct Search {
   RunTimes times;
 };
 
-// A line of progress.
-void progress(const Params* p, const char* text) {
-  if (p->VERBOSE != 0) std::fputs(text, std_err);
-}
-
-void show_time(const char* label, const Params* p) {
-  if (p->TIME <= 5) return;
-  std::fputs(label, std_err);
-  UT_show_times(std_err, 1);
-}
-
 void set_up(Search& search, Params* p) {
   UT_init_times();
   if (p->DO_STATS != 2) {
     std::fputs("Error:  for iterative searching you must set do_stats = 2\n", std_err);
   }
   setgapdefs(p);
-  progress(p, "Getting matrix\n");
+  progress("Getting matrix\n", p);
   search.matrix = getmat(p);
-  progress(p, "Getting query\n");
+  progress("Getting query\n", p);
   search.query = get_query_seq(search.query_store, p);
   SeqRec& query = search.query;
   if (p->VERBOSE != 0) {
@@ -78,7 +68,7 @@ void prepare_database(Search& search, Params* p) {
   load_database(database, *search.matrix, p);
   show_time("Load database ", p);
   if (!stored_as_codes(p)) {
-    progress(p, "Converting database sequences\n");
+    progress("Converting database sequences\n", p);
     encode_sequences(database.seqs, database.n, *search.matrix);
     show_time("Convert database ", p);
   }
@@ -120,10 +110,10 @@ void scan(Search& search, const Params* p) {
 }
 
 LpfitData fit_statistics(const Search& search, const Params* p) {
-  progress(p, "About to call setup_lpfit\n");
+  progress("About to call setup_lpfit\n", p);
   LpfitData lpfit =
       setup_lpfit(search.query.len - 2, search.database.seqs, search.scores.data(), search.database.n, p);
-  progress(p, "About to call do_lpfit\n");
+  progress("About to call do_lpfit\n", p);
   if (const int32_t code = do_lpfit(lpfit); code > 0) {
     UTend_input(std_err, "Failure in fitting routines - exiting with Error: %d\n", code);
   }
@@ -163,7 +153,7 @@ int32_t iterate(Search& search, int32_t iteration, Params* p) {
   LpfitData lpfit = fit_statistics(search, p);
   p->lpfit = &lpfit;
 
-  progress(p, "About to call apply_lpfit\n");
+  progress("About to call apply_lpfit\n", p);
   const UTvector<double> standardised = apply_lpfit(lpfit);
   const UTvector<double> significance =
       get_lpfit_probs(standardised, search.database.seqs, search.database.n, p);
@@ -178,13 +168,13 @@ int32_t iterate(Search& search, int32_t iteration, Params* p) {
   results.n = search.database.n;
   if (p->VERBOSE == 1002) trace_ranking(results);
 
-  progress(p, "About to call print_score_list3\n");
+  progress("About to call print_score_list3\n", p);
   p->ITERATION = iteration;
   const int32_t totn = print_score_list3(search.query, results, *search.matrix, search.times, p);
   if (p->VERBOSE != 0) std::fprintf(std_err, "totn: %d\n", totn);
-  progress(p, "About to call iter_hist\n");
+  progress("About to call iter_hist\n", p);
   iter_hist(search.history, results, iteration, p->n_probcut2_hits, p);
-  progress(p, "About to print_changes\n");
+  progress("About to print_changes\n", p);
   const int32_t changes = print_changes(search.history, search.database.seqs, iteration, std_out, p);
 
   if (p->VERBOSE != 0) {

@@ -18,7 +18,7 @@ MAY_USE = {
     "iter": {"util", "seq", "bdb", "align", "stats", "report"},
     "dna": {"util", "seq", "bdb", "align", "stats", "report"},
 }
-CONFIGURATION = {"driver/params.h", "driver/gap_defaults.h", "driver/help.h"}
+CONFIGURATION = {"driver/params.h", "driver/gap_defaults.h", "driver/help.h", "driver/progress.h"}
 
 
 def sources():
