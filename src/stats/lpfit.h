@@ -9,6 +9,18 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+// Why a fit failed. A failure of both location fits is told by the status of the linear fit plus 100 times that
+// of the exponential one (numerics/allocators.h lists them).
+enum LpfitError : int32_t {
+  FIT_NO_TABLE = 39,         // no room for the table of scores
+  FIT_NO_HITS = 42,          // there is no sequence to fit to
+  FIT_SCORES_TOO_WIDE = 43,  // more than 50,000 score buckets: a few scores dwarf all others
+  FIT_TOO_FEW_RANGES = 44,   // at no width have three ranges more than minbuck hits
+  FIT_NO_WORK_SPACE = 45,    // no room for the fit of a range
+  FIT_RANGE_FAILED = 48,  // the scores of a range follow no extreme-value distribution, e.g. are all the same
+  FIT_SCALE_FAILED = 51   // the fit of the scale against lpl
+};
+
 struct LpfitData {
   UTvector<float> score;    // [n] matrix units
   UTvector<int32_t> qlen;   // [n] query length, residues

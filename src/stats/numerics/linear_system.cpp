@@ -1,0 +1,104 @@
+#include "stats/numerics/linear_system.h"
+
+#include <cmath>
+#include <utility>
+
+#include "stats/numerics/allocators.h"
+
+namespace {
+
+// Work vectors of one elimination, 1-based.
+struct Pivots {
+  int* row = nullptr;   // [step] row the pivot came from
+  int* col = nullptr;   // [step] its column
+  int* used = nullptr;  // [column] 1: has been a pivot column
+};
+
+int allocate_pivots(Pivots& pivots, int n) {
+  const bool room = ivector(1, n, &pivots.row) == NUMERICS_OK && ivector(1, n, &pivots.col) == NUMERICS_OK &&
+                    ivector(1, n, &pivots.used) == NUMERICS_OK;
+  return room ? NUMERICS_OK : NO_VECTOR;
+}
+
+void free_pivots(Pivots& pivots, int n) {
+  free_ivector(pivots.used, 1, n);
+  free_ivector(pivots.col, 1, n);
+  free_ivector(pivots.row, 1, n);
+}
+
+// Finds the largest element outside the rows and columns already done; false when there is none but zeros.
+bool find_pivot(double** a, int n, const int* used, int& row, int& col) {
+  double largest = 0.0;
+  for (int i = 1; i <= n; ++i) {
+    if (used[i] == 1) continue;
+    for (int j = 1; j <= n; ++j) {
+      if (used[j] == 0 && std::fabs(a[i][j]) > largest) {
+        largest = std::fabs(a[i][j]);
+        row = i;
+        col = j;
+      }
+    }
+  }
+  return largest > 0.0;
+}
+
+// Makes column `col` a unit column with its one in row `col`, building the inverse in the place it frees.
+void eliminate(double** a, int n, double** b, int m, int col) {
+  const double scale = 1.0 / a[col][col];
+  a[col][col] = 1.0;
+  for (int j = 1; j <= n; ++j) a[col][j] *= scale;
+  for (int j = 1; j <= m; ++j) b[col][j] *= scale;
+  for (int i = 1; i <= n; ++i) {
+    if (i == col) continue;
+    const double factor = a[i][col];
+    a[i][col] = 0.0;
+    for (int j = 1; j <= n; ++j) a[i][j] -= a[col][j] * factor;
+    for (int j = 1; j <= m; ++j) b[i][j] -= b[col][j] * factor;
+  }
+}
+
+int solve(double** a, int n, double** b, int m, const Pivots& pivots) {
+  for (int j = 1; j <= n; ++j) pivots.used[j] = 0;
+  for (int step = 1; step <= n; ++step) {
+    int row = 0, col = 0;
+    if (!find_pivot(a, n, pivots.used, row, col)) return SINGULAR;
+    pivots.used[col] = 1;
+    pivots.row[step] = row;
+    pivots.col[step] = col;
+    if (row != col) {
+      for (int j = 1; j <= n; ++j) std::swap(a[row][j], a[col][j]);
+      for (int j = 1; j <= m; ++j) std::swap(b[row][j], b[col][j]);
+    }
+    eliminate(a, n, b, m, col);
+  }
+  // The exchanges of rows were exchanges of columns of the inverse: undo them, the last one first.
+  for (int step = n; step >= 1; --step) {
+    if (pivots.row[step] == pivots.col[step]) continue;
+    for (int i = 1; i <= n; ++i) std::swap(a[i][pivots.row[step]], a[i][pivots.col[step]]);
+  }
+  return NUMERICS_OK;
+}
+
+}  // namespace
+
+int gaussj(double** a, int n, double** b, int m) {
+  Pivots pivots;
+  int status = allocate_pivots(pivots, n);
+  if (status == NUMERICS_OK) status = solve(a, n, b, m, pivots);
+  free_pivots(pivots, n);
+  return status;
+}
+
+void covsrt(double** covar, int ma, const int* ia, int mfit) {
+  for (int i = mfit + 1; i <= ma; ++i) {
+    for (int j = 1; j <= i; ++j) covar[i][j] = covar[j][i] = 0.0;
+  }
+  // From the last parameter down, so that each packed row and column moves to a place already given up.
+  int packed = mfit;
+  for (int full = ma; full >= 1; --full) {
+    if (ia[full] == 0) continue;
+    for (int i = 1; i <= ma; ++i) std::swap(covar[i][packed], covar[i][full]);
+    for (int j = 1; j <= ma; ++j) std::swap(covar[packed][j], covar[full][j]);
+    --packed;
+  }
+}

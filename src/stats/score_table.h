@@ -1,0 +1,71 @@
+// Scores counted by lpl and by score: all that the fit needs to know of the hits, in a table whose size does not
+// grow with their number. lpl is the logarithm of query length x target length.
+#pragma once
+
+#include <cstdint>
+
+#include "util/memory.h"
+
+constexpr int32_t LPL_BINS = 160;             // of width 0.1
+constexpr int32_t FIRST_LPL_TENTHS = 40;      // bin 0 starts at lpl 4.0; the last ends at 20.0
+constexpr int32_t MAX_RANGE_WIDTH = 20;       // bins
+constexpr int32_t MAX_SCORE_BUCKETS = 50000;  // limit of maxscore - lowscore + 1
+
+// log_length_product - lpl of two lengths in residues.
+// Returns not-a-number when the product, formed in 32 bits with wrap-around, is not positive: an empty sequence,
+//         or a product beyond 2^31 - 1
+double log_length_product(int32_t qlen, int32_t dblen);
+
+// truncated_score - a score in matrix units without its fraction; values beyond 32 bits become the nearest end.
+int32_t truncated_score(double score);
+
+struct ScoreSummary {  // of the truncated scores of all hits
+  int32_t count = 0;
+  int32_t lowscore = 0;  // the lowest, 10000 at most
+  int32_t maxscore = 0;  // mean + 5 SD, truncated: hits above take no part
+  double mean = 0;
+  double sd = 0;
+  double sum = 0;
+  double sumsq = 0;
+};
+
+struct LplBin {
+  int32_t count = 0;      // hits with 4.0 <= lpl <= 20.0 and a score up to maxscore
+  double tenths_sum = 0;  // of 10 x lpl
+  double score_sum = 0;
+};
+
+struct ScoreTable {
+  int32_t lowscore = 0;
+  int32_t nbuckets = 0;  // one per integer score, from lowscore to maxscore
+  LplBin bins[LPL_BINS];
+  UTvector<int32_t> counts;  // [bin * nbuckets + score - lowscore]
+};
+
+// A run of neighbouring bins with enough hits for a fit of their own.
+struct LplRange {
+  int32_t first = 0;  // bin
+  int32_t last = 0;   // inclusive
+  int32_t count = 0;  // hits
+  double tenths = 0;  // mean 10 x lpl of the hits
+};
+
+struct RangeChoice {
+  int32_t width = 0;          // bins per range
+  UTvector<LplRange> ranges;  // the usable ones, from low to high lpl
+};
+
+// summarise_scores - step one. In: score[0..n-1] in matrix units, n >= 1.
+ScoreSummary summarise_scores(const float* score, int32_t n);
+
+// score_buckets - maxscore - lowscore + 1; to be compared with MAX_SCORE_BUCKETS before a table is made.
+int64_t score_buckets(const ScoreSummary& summary);
+
+// count_scores - the table of all hits that take part.
+// In     score, qlen, dblen[0..n-1]; lengths in residues
+ScoreTable count_scores(const float* score, const int32_t* qlen, const int32_t* dblen, int32_t n,
+                        const ScoreSummary& summary);
+
+// ranges_of_width - the usable ranges, those with more than minbuck hits, among bins 0..width-1, width..2*width-1,
+// ...
+RangeChoice ranges_of_width(const ScoreTable& table, int32_t width, int32_t minbuck);
