@@ -5,10 +5,10 @@
 namespace {
 
 InstructionSet find_best() {
-  for (const InstructionSet set : {InstructionSet::AVX512, InstructionSet::AVX2}) {
+  for (const InstructionSet set : {InstructionSet::AVX512, InstructionSet::AVX2, InstructionSet::SSE41}) {
     if (is_usable(set)) return set;
   }
-  return InstructionSet::REFERENCE;
+  return InstructionSet::PORTABLE;
 }
 
 }  // namespace
@@ -16,9 +16,12 @@ InstructionSet find_best() {
 bool is_usable(InstructionSet set) {
   switch (set) {
     case InstructionSet::REFERENCE:
+    case InstructionSet::PORTABLE:
       return true;
 #if defined(__x86_64__)
     // The compiler's check reads the processor's flags and asks whether the system saves the wide registers.
+    case InstructionSet::SSE41:
+      return __builtin_cpu_supports("sse4.1") != 0;
     case InstructionSet::AVX2:
       return __builtin_cpu_supports("avx2") != 0;
     case InstructionSet::AVX512:
@@ -38,6 +41,10 @@ const char* instruction_set_name(InstructionSet set) {
   switch (set) {
     case InstructionSet::REFERENCE:
       return "reference";
+    case InstructionSet::PORTABLE:
+      return "portable";
+    case InstructionSet::SSE41:
+      return "SSE41";
     case InstructionSet::AVX2:
       return "AVX2";
     case InstructionSet::AVX512:

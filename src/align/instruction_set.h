@@ -2,7 +2,7 @@
 #pragma once
 
 // In order of preference: a later one is faster wherever it runs. REFERENCE is the scalar kernels themselves.
-enum class InstructionSet { REFERENCE, AVX2, AVX512 };
+enum class InstructionSet { REFERENCE, PORTABLE, SSE41, AVX2, AVX512 };
 
 // is_usable - whether processor and operating system both support the set.
 bool is_usable(InstructionSet set);

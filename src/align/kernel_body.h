@@ -13,18 +13,22 @@
 
 namespace {
 
+template <class V>
+constexpr KernelShape SHAPE = kernel_shape(COMPILED_SET, V::WIDTH);
+template <class V>
+constexpr int VECTOR_BYTES = SHAPE<V>.lanes* SHAPE<V>.lane_bytes;
+
 // The representation of score 0, in every lane.
 template <class V>
 V zero_score() {
-  if constexpr (V::WIDTH == LaneWidth::BITS8) return splat<V>(0x80808080U);
-  if constexpr (V::WIDTH == LaneWidth::BITS16) return splat<V>(0x80008000U);
-  return splat<V>(0);
+  if constexpr (SHAPE<V>.zero_score == 0) return splat<V>(0);
+  return splat<V>(V::WIDTH == LaneWidth::BITS8 ? 0x80808080U : 0x80008000U);
 }
 
-// Lanes of 32 bits do not saturate at 0.
+// Lanes that saturate have the floor at 0 for nothing.
 template <class V>
 V diagonal_move(V diagonal, V score) {
-  if constexpr (V::WIDTH == LaneWidth::BITS32) return max(add(diagonal, score), zero_score<V>());
+  if constexpr (SHAPE<V>.zero_score == 0) return max(add(diagonal, score), zero_score<V>());
   return add(diagonal, score);
 }
 
@@ -36,9 +40,8 @@ V gap_value(V cell, V arrived, V open, V change) {
 
 template <class V, bool AFFINE, ScoreSource SOURCE, bool RESTART>
 void pass(const KernelCall& call, const uint8_t* residues, const uint8_t* mask_of_restart, V& best) {
-  constexpr KernelShape SHAPE = kernel_shape(COMPILED_SET, V::WIDTH);
-  constexpr int COLUMNS = SHAPE.columns;
-  constexpr int VECTOR = SHAPE.lanes * SHAPE.lane_bytes;
+  constexpr int COLUMNS = SHAPE<V>.columns;
+  constexpr int VECTOR = VECTOR_BYTES<V>;
   constexpr bool PREPARED = SOURCE == ScoreSource::PREPARED;
   using Lookup = Codes<V, COLUMNS>;
 
@@ -111,8 +114,7 @@ void pass(const KernelCall& call, const uint8_t* residues, const uint8_t* mask_o
 
 template <class V, bool AFFINE, ScoreSource SOURCE>
 void run(const KernelCall& call) {
-  constexpr KernelShape SHAPE = kernel_shape(COMPILED_SET, V::WIDTH);
-  constexpr int VECTOR = SHAPE.lanes * SHAPE.lane_bytes;
+  constexpr int VECTOR = VECTOR_BYTES<V>;
   const uint8_t* residues = call.residues;
   V best = load<V>(call.best);
   for (int32_t b = 0; b < call.blocks; ++b) {
@@ -124,14 +126,14 @@ void run(const KernelCall& call) {
     } else {
       pass<V, AFFINE, SOURCE, false>(call, residues, nullptr, best);
     }
-    residues += SHAPE.columns * SHAPE.lanes;
+    residues += SHAPE<V>.columns * SHAPE<V>.lanes;
   }
   store(call.best_before + call.blocks * VECTOR, best);
   store(call.best, best);
 }
 
 template <class V>
-void run_saturating(const KernelCall& call) {
+void run_narrow(const KernelCall& call) {
   if (call.source == ScoreSource::PREPARED) {
     call.affine ? run<V, true, ScoreSource::PREPARED>(call) : run<V, false, ScoreSource::PREPARED>(call);
   } else {
@@ -142,10 +144,10 @@ void run_saturating(const KernelCall& call) {
 inline InstructionSet run_kernel(const KernelCall& call) {
   switch (call.width) {
     case LaneWidth::BITS8:
-      run_saturating<Vec8>(call);
+      if constexpr (kernel_shape(COMPILED_SET, LaneWidth::BITS8).lanes > 0) run_narrow<Vec8>(call);
       break;
     case LaneWidth::BITS16:
-      run_saturating<Vec16>(call);
+      run_narrow<Vec16>(call);
       break;
     case LaneWidth::BITS32:
       call.affine ? run<Vec32, true, ScoreSource::DIRECT>(call)

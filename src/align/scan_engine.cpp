@@ -1,7 +1,6 @@
 #include "align/scan_engine.h"
 
 #include <algorithm>
-#include <cstring>
 #include <initializer_list>
 
 #include "align/lane_feed.h"
@@ -13,7 +12,11 @@ constexpr int32_t MAX_PREPARED = 64;
 
 InstructionSet run_kernel_of(InstructionSet set, const KernelCall& call) {
   switch (set) {
+    case InstructionSet::PORTABLE:
+      return run_kernel_portable(call);
 #if defined(__x86_64__)
+    case InstructionSet::SSE41:
+      return run_kernel_sse41(call);
     case InstructionSet::AVX2:
       return run_kernel_avx2(call);
     case InstructionSet::AVX512:
@@ -24,28 +27,25 @@ InstructionSet run_kernel_of(InstructionSet set, const KernelCall& call) {
   }
 }
 
-// The best cell of one lane as a score; out_saturated when the lane may have overflowed.
-int32_t lane_score(const uint8_t* vector, int32_t lane, LaneWidth width, bool& out_saturated) {
+// One lane of a vector.
+int32_t lane_value(const uint8_t* vector, int32_t lane, LaneWidth width) {
   switch (width) {
-    case LaneWidth::BITS8: {
-      int8_t value;
-      std::memcpy(&value, vector + lane, sizeof value);
-      out_saturated = value == INT8_MAX;
-      return value - INT8_MIN;
-    }
-    case LaneWidth::BITS16: {
-      int16_t value;
-      std::memcpy(&value, vector + 2 * lane, sizeof value);
-      out_saturated = value == INT16_MAX;
-      return value - INT16_MIN;
-    }
+    case LaneWidth::BITS8:
+      return reinterpret_cast<const int8_t*>(vector)[lane];
+    case LaneWidth::BITS16:
+      return reinterpret_cast<const int16_t*>(vector)[lane];
     case LaneWidth::BITS32:
       break;
   }
-  int32_t value;
-  std::memcpy(&value, vector + 4 * lane, sizeof value);
-  out_saturated = false;
-  return value;
+  return reinterpret_cast<const int32_t*>(vector)[lane];
+}
+
+// The least lane value that may be the mark of an overflow. A lane that does not saturate would run over with
+// the next highest score.
+int32_t overflow_mark(const LaneScores& scores, LaneWidth width, const KernelShape& shape) {
+  if (width == LaneWidth::BITS32) return INT32_MAX;
+  const int32_t top = width == LaneWidth::BITS8 ? INT8_MAX : INT16_MAX;
+  return shape.zero_score < 0 ? top : top - scores.highest_score;
 }
 
 // One tier: scores the sequences of `numbers` and returns those whose lanes overflowed.
@@ -83,6 +83,7 @@ UTvector<int32_t> scan_tier(const LaneScores& scores, bool uniform, LaneWidth wi
   call.best_before = best_before.data;
 
   const UTvector<int32_t> order = scan_order(seqs, numbers, shape.lanes);
+  const int32_t mark = overflow_mark(scores, width, shape);
   UTvector<int32_t> overflowed;
   LaneFeed feed;
   start_feed(feed, shape, seqs, order);
@@ -93,13 +94,12 @@ UTvector<int32_t> scan_tier(const LaneScores& scores, bool uniform, LaneWidth wi
     call.masks = feed.masks.data;
     tally.set = run_kernel_of(set, call);
     for (const LaneEnd& end : feed.ends) {
-      bool saturated = false;
       const uint8_t* of_block = best_before.data + static_cast<std::size_t>(end.block) * vector;
-      const int32_t score = lane_score(of_block, end.lane, width, saturated);
-      if (saturated) {
+      const int32_t value = lane_value(of_block, end.lane, width);
+      if (value >= mark) {
         overflowed.push_back(end.sequence);
       } else {
-        out_scores[end.sequence] = score * scores.unit;
+        out_scores[end.sequence] = (value - shape.zero_score) * scores.unit;
       }
     }
   }
@@ -120,7 +120,7 @@ ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n
     if (seqs[k].len > 2) todo.push_back(k);
   }
   for (const LaneWidth width : {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32}) {
-    if (width < first || !fits(lane, width) || todo.empty()) continue;
+    if (width < first || kernel_shape(set, width).lanes == 0 || !fits(lane, width) || todo.empty()) continue;
     todo = scan_tier(lane, scores.uniform, width, set, seqs, todo, out_scores, tally);
     if (width != LaneWidth::BITS32) {
       tally.saturated[static_cast<int>(width)] = static_cast<int64_t>(todo.size());

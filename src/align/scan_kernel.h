@@ -11,9 +11,9 @@
 constexpr int32_t ROW_CODES = 32;
 constexpr uint8_t PAD_CODE = ROW_CODES - 1;
 
-// Lanes of 8 and 16 bits saturate: their smallest value stands for score 0, so that the floor of the local
-// alignment costs nothing, and a best score at their largest value betrays overflow. Lanes of 32 bits hold
-// scores as they are and take penalties of any sign.
+// Narrow lanes saturate: their smallest value stands for score 0, so that the floor of the local alignment
+// costs nothing, and a best score at their largest value betrays overflow. Lanes of 32 bits hold scores as they
+// are and take penalties of any sign.
 enum class LaneWidth { BITS8, BITS16, BITS32 };
 
 // Where a kernel gets the scores of a column from.
@@ -52,21 +52,32 @@ struct KernelCall {
 
 // What a kernel's registers hold.
 struct KernelShape {
-  int32_t lanes;  // sequences side by side
+  int32_t lanes;  // sequences side by side; 0: the kernel has no lanes of this width
   int32_t lane_bytes;
-  int32_t columns;  // database positions per pass over the query
-  bool split_rows;  // 16-bit rows: the 32 low bytes, then the 32 high bytes
+  int32_t columns;     // database positions per pass over the query
+  bool split_rows;     // 16-bit rows: the 32 low bytes, then the 32 high bytes
+  int32_t zero_score;  // the lane value that stands for score 0
 };
 
 // kernel_shape - not for REFERENCE, which has no lanes.
 constexpr KernelShape kernel_shape(InstructionSet set, LaneWidth width) {
-  const int32_t lane_bytes = width == LaneWidth::BITS8 ? 1 : width == LaneWidth::BITS16 ? 2 : 4;
-  const int32_t vector_bytes = set == InstructionSet::AVX512 ? 64 : 32;
-  // Penalties that are negative forbid pads behind a sequence: lanes of 32 bits go column by column.
-  const int32_t columns = width == LaneWidth::BITS32 ? 1 : 4;
-  return {vector_bytes / lane_bytes, lane_bytes, columns, set != InstructionSet::AVX512};
+  const bool portable = set == InstructionSet::PORTABLE;
+  const bool shuffles_bytes = set == InstructionSet::SSE41 || set == InstructionSet::AVX2;
+  const int32_t vector_bytes = set == InstructionSet::AVX512 ? 64 : set == InstructionSet::AVX2 ? 32 : 16;
+  switch (width) {
+    case LaneWidth::BITS8:
+      return {portable ? 0 : vector_bytes, 1, 4, false, INT8_MIN};
+    case LaneWidth::BITS16:
+      return {vector_bytes / 2, 2, 4, shuffles_bytes, portable ? 0 : INT16_MIN};
+    case LaneWidth::BITS32:
+      break;
+  }
+  // Negative penalties would raise the score on pads behind a sequence: one column at a time needs no pads.
+  return {vector_bytes / 4, 4, 1, false, 0};
 }
 
 // One entry per instruction set. Returns the set that the object was compiled for.
+InstructionSet run_kernel_portable(const KernelCall& call);
+InstructionSet run_kernel_sse41(const KernelCall& call);
 InstructionSet run_kernel_avx2(const KernelCall& call);
 InstructionSet run_kernel_avx512(const KernelCall& call);

@@ -1,0 +1,9 @@
+#if defined(__x86_64__)
+#include "align/vec_sse41.h"
+// The recurrence needs the lanes above.
+#include "align/kernel_body.h"
+
+InstructionSet run_kernel_sse41(const KernelCall& call) {
+  return run_kernel(call);
+}
+#endif
