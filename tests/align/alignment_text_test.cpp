@@ -1,0 +1,269 @@
+#include "align/alignment_text.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "align/small_problem.h"
+#include "seq/alphabet.h"
+#include "util/streams.h"
+
+namespace {
+
+// A query and its hits, ranked as given, best first. Significance is exp(-score / 10).
+struct Report {
+  ScoreMatrix matrix = small_matrix("ABX", [](int32_t a, int32_t b) {
+    if (a == 2 || b == 2) return -40;
+    return a == b ? 50 : 10;
+  });
+  Params p = small_params(202);
+  LpfitData lpfit;
+  SeqStore store;
+  SeqRec query;
+  std::vector<SeqRec> hits;
+  std::vector<int32_t> scores;
+
+  explicit Report(const std::string& letters) {
+    p.PRECISION = 10;
+    p.LD_PEN = 10;
+    p.LI_PEN = 20;
+    p.TOP_ONLY = 1;
+    p.DO_STATS = 2;
+    p.PROBCUT = 1;
+    p.MIN_LEN = 1;
+    p.MAX_AOUT = 10;
+    p.OUTPUT_LENGTH = 4;
+    p.SHOW_TITLES_WIDTH = 6;
+    p.MIN_SCORE = 77;
+    p.DB_QUERY_RATIO = 2;
+    lpfit.EXPORLIN = 1;
+    lpfit.paramA[0] = lpfit.paramA[1] = lpfit.paramB[0] = lpfit.paramB[1] = 0;
+    lpfit.Bmin = lpfit.Bmax = 10;
+    query = stored("query", "the query", letters);
+  }
+
+  SeqRec stored(const std::string& id, const std::string& title, const std::string& letters) {
+    SeqRec seq = store_sequence(store, id.c_str(), static_cast<int32_t>(id.size()), title.c_str(),
+                                static_cast<int32_t>(title.size()), letters.c_str(),
+                                static_cast<int32_t>(letters.size()));
+    seqtoi(seq.seq, seq.len, matrix);
+    return seq;
+  }
+  void hit(const std::string& id, const std::string& title, const std::string& letters, int32_t score) {
+    hits.push_back(stored(id, title, letters));
+    scores.push_back(score);
+  }
+
+  std::string print() {
+    const LookupTable table = mlookgap(query.seq, query.len, matrix, p.LD_PEN, p.LI_PEN, &p);
+    std::vector<int32_t> order;
+    for (std::size_t k = hits.size(); k > 0; --k) order.push_back(static_cast<int32_t>(k - 1));
+    return written([&](FILE* stream) {
+      std_out = stream;
+      print_alignments_pp(query, hits.data(), scores.data(), order.data(), static_cast<int32_t>(order.size()),
+                          matrix, table, lpfit, &p);
+      std_out = stdout;
+    });
+  }
+};
+
+Report gapped() {
+  Report report("AABAA");
+  report.hit("hit1", "a long title", "AABXAA", 230);
+  return report;
+}
+
+// The places of a text in another.
+int32_t count_of(const std::string& text, const std::string& part) {
+  int32_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+}  // namespace
+
+// AAB-AA over AABXAA: five matches of 50 and one gap of 20. The last letters of the second hit score 10; the
+// third has no alignment.
+TEST(AlignmentText, SectionsByteForByte) {
+  Report report = gapped();
+  report.hit("hit2", "B", "AABAB", 210);
+  report.hit("hit3", "", "XX", 0);
+  EXPECT_EQ(report.print(),
+            "\n# Start_Alignments_Rank: 1\n"
+            "# Query: query Target: hit1 Number_of_Alignments: 1\n"
+            "# Target_Title: a long\n"
+            "# N: 1 Raw_Score: 23 Query_Length: 5 Target_Length: 6 Pvalue: 0.100259\n"
+            "        *** \n"
+            "      1 AAB        3\n"
+            "      1 AABX       4\n"
+            "\n"
+            "        **\n"
+            "      4 AA       5\n"
+            "      5 AA       6\n"
+            "\n"
+            "# End_N: 1\n"
+            "# End_Alignments_Rank: 1\n"
+            "\n# Start_Alignments_Rank: 2\n"
+            "# Query: query Target: hit2 Number_of_Alignments: 1\n"
+            "# Target_Title: B     \n"
+            "# N: 1 Raw_Score: 21 Query_Length: 5 Target_Length: 5 Pvalue: 0.122456\n"
+            "        ****\n"
+            "      1 AABA       4\n"
+            "      1 AABA       4\n"
+            "\n"
+            "        .\n"
+            "      5 A       5\n"
+            "      5 B       5\n"
+            "\n"
+            "# End_N: 1\n"
+            "# End_Alignments_Rank: 2\n"
+            "\n# Start_Alignments_Rank: 3\n"
+            "# Query: query Target: hit3 Number_of_Alignments: 0\n"
+            "# Target_Title:       \n"
+            "# End_Alignments_Rank: 3\n");
+  EXPECT_EQ(report.p.MIN_SCORE, 77);
+}
+
+TEST(AlignmentText, ABlockWithoutQueryResiduesEndsBeforeItStarts) {
+  Report report("AABB");
+  report.p.OUTPUT_LENGTH = 2;
+  report.hit("hit", "t", "AAXXBB", 170);
+  EXPECT_NE(report.print().find("        **\n"
+                                "      1 AA       2\n"
+                                "      1 AA       2\n"
+                                "\n"
+                                "          \n"
+                                "      3          2\n"
+                                "      3 XX       4\n"
+                                "\n"
+                                "        **\n"
+                                "      3 BB       4\n"
+                                "      5 BB       6\n"
+                                "\n"
+                                "# End_N: 1\n"),
+            std::string::npos);
+}
+
+TEST(AlignmentText, FiguresLineFollowsStatisticsAndLogScores) {
+  const struct {
+    int32_t do_stats, prob_type, log_scores;
+    const char* line;
+  } cases[] = {
+      {2, 0, 0, "Target_Length: 6 Pvalue: 0.100259\n        ***"},
+      {2, 1, 0, "Target_Length: 6 Evalue: 0.200518\n        ***"},
+      {0, 0, 0, "Target_Length: 6         ***"},
+      {2, 0, 1, "Target_Length: 6 ln()_Score: 20\n        ***"},  // 23 x 1.609 / 1.792 = 20.7
+      {0, 0, 1, "Target_Length: 6 ln()_Score: 20\n        ***"},
+      {2, 0, 2, "Target_Length: 6 Pvalue: 0.100259\n        ***"},
+  };
+  for (const auto& c : cases) {
+    Report report = gapped();
+    report.p.DO_STATS = c.do_stats;
+    report.p.PROB_TYPE = c.prob_type;
+    report.p.LOG_SCORES = c.log_scores;
+    EXPECT_NE(report.print().find(c.line), std::string::npos) << report.print();
+  }
+}
+
+// AAA at the target's start aligns with either end of the query, 150 each; ABBA scores 120 in four columns.
+TEST(AlignmentText, LeftOutPathsKeepTheirNumbers) {
+  Report report("AAAA");
+  report.p.TOP_ONLY = 0;
+  report.p.MIN_ASCORE = 110;
+  report.hit("hit", "t", "AAAXXXXXXXXXABBA", 150);
+  std::string text = report.print();
+  EXPECT_NE(text.find("Number_of_Alignments: 3\n"), std::string::npos) << text;
+  EXPECT_EQ(count_of(text, "# N: "), 3);
+  report.p.MIN_LEN = 4;
+  text = report.print();
+  EXPECT_NE(text.find("Number_of_Alignments: 3\n"), std::string::npos);
+  EXPECT_EQ(count_of(text, "# N: "), 1);
+  EXPECT_EQ(count_of(text, "# N: 3 Raw_Score: 12 "), 1);
+  EXPECT_EQ(count_of(text, "# End_N: 3\n"), 1);
+  report.p.MIN_LEN = 1;
+  report.p.PROBCUT = static_cast<float>(std::exp(-1.3));  // passes 15, not 12
+  EXPECT_EQ(count_of(report.print(), "# N: "), 2);
+  report.p.PROBCUT = NAN;
+  EXPECT_EQ(count_of(report.print(), "# N: "), 0);
+  report.p.DO_STATS = 0;
+  EXPECT_EQ(count_of(report.print(), "# N: "), 3);
+}
+
+// The lowered threshold of DO_STATS 2 holds for the first hit alone.
+TEST(AlignmentText, ThresholdsOfTheHits) {
+  Report report("AAAA");
+  report.p.TOP_ONLY = 0;
+  report.p.MIN_ASCORE = 180;
+  for (const char* id : {"one", "two", "three"}) report.hit(id, "t", "AAA", 150);
+  const auto shown = [&] {
+    std::string kept;
+    const std::string text = report.print(), label = "Number_of_Alignments: ";
+    for (std::size_t at = text.find(label); at != std::string::npos; at = text.find(label, at + 1)) {
+      kept += text[at + label.size()];
+    }
+    return kept;
+  };
+  EXPECT_EQ(shown(), "200");
+  report.p.DO_STATS = 0;
+  EXPECT_EQ(shown(), "000");
+  report.p.MIN_ASCORE = 150;
+  EXPECT_EQ(shown(), "222");
+  // ln 4 / ln 3 divides the threshold: 150 becomes 118, 190 becomes 150.
+  report.p.MIN_ASCORE = 190;
+  EXPECT_EQ(shown(), "000");
+  report.p.LOG_SCORES = 2;
+  EXPECT_EQ(shown(), "222");
+  report.p.TOP_ONLY = 1;  // (150 - 50) / 1.26 = 79: the two shorter diagonals join
+  EXPECT_EQ(shown(), "444");
+}
+
+TEST(AlignmentText, NumberOfHitsShown) {
+  Report report("AAAA");
+  for (int32_t k = 0; k < 3; ++k) report.hit("hit", "t", "AAAA", 200);
+  for (const auto& [max_aout, shown] : {std::pair{2, 2}, {3, 3}, {INT32_MAX, 3}, {0, 0}, {-5, 0}}) {
+    report.p.MAX_AOUT = max_aout;
+    EXPECT_EQ(count_of(report.print(), "# Start_Alignments_Rank: "), shown) << max_aout;
+  }
+}
+
+TEST(AlignmentText, LengthsWithoutALogarithm) {
+  for (const char* target : {"", "A", "AA"}) {
+    for (const char* letters : {"A", "AA"}) {
+      for (const int32_t top_only : {0, 1}) {
+        Report report(letters);
+        report.p.LOG_SCORES = 1;
+        report.p.TOP_ONLY = top_only;
+        report.hit("hit", "t", target, 50);
+        EXPECT_EQ(count_of(report.print(), "# End_Alignments_Rank: 1\n"), 1) << letters << " " << target;
+      }
+    }
+  }
+}
+
+TEST(AlignmentText, MarkersFollowTheQuerysRowOfTheMatrix) {
+  const ScoreMatrix matrix = small_matrix("ABX", [](int32_t a, int32_t b) {
+    return a == 0 && b == 1 ? 1 : a == 1 && b == 0 ? -1 : 0;
+  });
+  const Codes query = encoded("ABAX", matrix), target = encoded("BAAA", matrix);
+  int32_t identical = -1;
+  EXPECT_EQ(sdentq(query.data() + 1, target.data() + 1, 4, matrix.pairscore, '=', '+', identical), "+ = ");
+  EXPECT_EQ(identical, 1);
+}
+
+TEST(AlignmentText, LinesOfOneBlock) {
+  EXPECT_EQ(written([](FILE* stream) { printbid(stream, UTstring("*. *"), 1, 4); }), "        . *\n");
+  int32_t end = 0;
+  // "-" stands for a gap elsewhere but counts here; blank and "^" do not.
+  EXPECT_EQ(written([&](FILE* stream) { printbit(stream, 1234567, end, "A^B -C", 1, 6); }),
+            "1234567 ^B -C 1234569\n");
+  EXPECT_EQ(end, 1234569);
+}
+
+TEST(AlignmentTextDeathTest, AWidthBelowOneIsRefused) {
+  UTinitfile();
+  Report report = gapped();
+  report.p.OUTPUT_LENGTH = 0;
+  EXPECT_EXIT(report.print(), testing::ExitedWithCode(255), "^OUTPUT_LENGTH is 0: set it to ");
+  report.p.MAX_AOUT = 0;
+  EXPECT_EQ(report.print(), "");
+}
