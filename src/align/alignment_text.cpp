@@ -35,15 +35,6 @@ int32_t threshold_of_hit(const SeqRec& query, const SeqRec& target, int32_t scor
   return threshold;
 }
 
-void print_heading(const SeqRec& query, const SeqRec& target, int32_t rank, std::size_t npaths,
-                   const Params* p) {
-  std::fprintf(std_out, "\n# Start_Alignments_Rank: %d\n# Query: %s Target: %s Number_of_Alignments: %d\n",
-               rank, query.id, target.id, static_cast<int32_t>(npaths));
-  std::fputs("# Target_Title: ", std_out);
-  UTpstring(std_out, target.title, p->SHOW_TITLES_WIDTH);
-  std::fputc('\n', std_out);
-}
-
 // The line of figures above an alignment; without a significance it stays open.
 void print_figures(std::size_t number, const PathRec& path, const SeqRec& query, const SeqRec& target,
                    double significance, const Params* p) {
@@ -82,10 +73,7 @@ void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t*
                          int32_t n, const ScoreMatrix& matrix, const LookupTable& table,
                          const LpfitData& lpfit, Params* p) {
   const int32_t shown = std::clamp(p->MAX_AOUT, 0, n);
-  if (shown > 0 && p->OUTPUT_LENGTH < 1) {
-    UTend_input(std_err, "OUTPUT_LENGTH is %d: set it to the columns wanted in a line, 1 or more\n",
-                p->OUTPUT_LENGTH);
-  }
+  if (shown > 0) require_output_length(p);
   const int32_t kept_min_score = p->MIN_SCORE;
   p->MIN_SCORE = p->MIN_ASCORE;
   if (p->DO_STATS == 2) {
@@ -98,9 +86,9 @@ void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t*
     p->MIN_SCORE = threshold_of_hit(query, target, scores[hit], matrix, p);
     const UTvector<PathRec> paths =
         align_pair(query.seq, query.len, target.seq, target.len, table, flags, matrix, p);
-    print_heading(query, target, rank, paths.size(), p);
+    print_section_start(query, target, rank, paths.size(), p);
     printal2(query, target, matrix, flags, paths, lpfit, p);
-    std::fprintf(std_out, "# End_Alignments_Rank: %d\n", rank);
+    print_section_end(rank);
     p->MIN_SCORE = p->MIN_ASCORE;
   }
   p->MIN_SCORE = kept_min_score;
@@ -127,6 +115,25 @@ void printal2(const SeqRec& query, const SeqRec& target, const ScoreMatrix& matr
     print_blocks(path, markers, rows, p);
     std::fprintf(std_out, "# End_N: %d\n", static_cast<int32_t>(k + 1));
   }
+}
+
+void print_section_start(const SeqRec& query, const SeqRec& target, int32_t rank, std::size_t npaths,
+                         const Params* p) {
+  std::fprintf(std_out, "\n# Start_Alignments_Rank: %d\n# Query: %s Target: %s Number_of_Alignments: %d\n",
+               rank, query.id, target.id, static_cast<int32_t>(npaths));
+  std::fputs("# Target_Title: ", std_out);
+  UTpstring(std_out, target.title, p->SHOW_TITLES_WIDTH);
+  std::fputc('\n', std_out);
+}
+
+void print_section_end(int32_t rank) {
+  std::fprintf(std_out, "# End_Alignments_Rank: %d\n", rank);
+}
+
+void require_output_length(const Params* p) {
+  if (p->OUTPUT_LENGTH >= 1) return;
+  UTend_input(std_err, "OUTPUT_LENGTH is %d: set it to the columns wanted in a line, 1 or more\n",
+              p->OUTPUT_LENGTH);
 }
 
 UTstring sdentq(const int8_t* query, const int8_t* target, int32_t length, const Table<int32_t>& pairscore,

@@ -26,6 +26,15 @@ void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t*
 void printal2(const SeqRec& query, const SeqRec& target, const ScoreMatrix& matrix, const MoveFlags& flags,
               const UTvector<PathRec>& paths, const LpfitData& lpfit, const Params* p);
 
+// print_section_start, print_section_end - the lines that open and close the section of one hit.
+// In     rank from 1; npaths: the alignments found, printed or not
+void print_section_start(const SeqRec& query, const SeqRec& target, int32_t rank, std::size_t npaths,
+                         const Params* p);
+void print_section_end(int32_t rank);
+
+// require_output_length - ends the run when OUTPUT_LENGTH is below 1 (status -1).
+void require_output_length(const Params* p);
+
 // sdentq - the marker line of two rows of codes.
 // Returns `length` characters: `identity` where the codes agree, `similarity` where they differ and score
 //         above 0, else a blank

@@ -4,6 +4,7 @@
 
 #include "bdb/builder.h"
 #include "bdb/extraction.h"
+#include "dna/dna_drivers.h"
 #include "driver/command_line.h"
 #include "driver/gap_defaults.h"
 #include "driver/params.h"
@@ -68,6 +69,18 @@ void run_mode(Params* p) {
     case 210:
     case 212:
       swpp2_iter(p);
+      break;
+    case 10:
+      swipd(p);
+      break;
+    case 12:
+      swaipd2(p);
+      break;
+    case 20:
+      swadp(p);
+      break;
+    case 22:
+      swaidp2(p);
       break;
     case 99:
       makedb(p);
