@@ -12,7 +12,10 @@ void ucharfree(MoveFlags& flags) {
 
 void fit_flags(MoveFlags& flags, int32_t dlen, int32_t qlen) {
   const std::size_t cells = static_cast<std::size_t>(dlen) * static_cast<std::size_t>(qlen);
-  if (flags.cells.size() < cells) flags = uchararr(dlen, qlen);
+  if (flags.cells.size() < cells) {
+    ucharfree(flags);  // first, so that two of them never exist together
+    flags = uchararr(dlen, qlen);
+  }
   flags.rows = dlen;
   flags.cols = qlen;
 }
