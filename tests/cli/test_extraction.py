@@ -65,6 +65,13 @@ class ExtractionTest(zelvan_cli.TestCase):
             self.assertEqual((run.status, run.stdout), (255, ""))
             self.assertIn(message, run.stderr)
 
+    def test_a_full_disk_is_told(self):
+        database = self.file("d.fa", ">a\nAC\n>b\nAD\n")
+        text = "# Start_Scores: \n   1 9 a t\n   2 8 b t\n# End_Scores: \n"
+        run = self.zelvan("-mode", 100, "-extract_seq", 9, "-d", database, "-extract_file", "/dev/full", *LIMITS, stdin=text)
+        self.assertEqual(run.status, 1)
+        self.assertIn("Error writing File: No space left on device\nFile: /dev/full is incomplete", run.stderr)
+
     def test_subset(self):
         run = self.run_well("-mode", 667, "-nsubset", 40, "-d", SAMPLE, *LIMITS)
         lines = run.stdout.splitlines()
