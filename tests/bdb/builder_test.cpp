@@ -47,12 +47,6 @@ TEST_F(Builder, StoresTiesInTheOrderOfTheIndexSort) {
   EXPECT_EQ(stored, "dcba");
 }
 
-TEST_F(Builder, AnEmptyDatabaseHasAHeaderOnly) {
-  build("");
-  EXPECT_EQ(sequence_bytes(), "");
-  EXPECT_EQ(index_bytes().substr(32, 12), field(0) + field(0) + field(0));
-}
-
 TEST_F(Builder, AFullDiskLeavesTheOldDatabase) {
   build(">old\nAC\n");
   const std::string index = index_bytes();

@@ -68,8 +68,12 @@ def expected_files(records, source, letters, date, codes, sort):
 
 
 class BuildTest(zelvan_cli.TestCase):
+    def setUp(self):
+        super().setUp()
+        self.configure(defaults=None)
+
     def build(self, *keys, root="db"):
-        run = self.zelvan("-mode", 99, "-bdb", root, "-max_nseq", 5000, "-max_seq_len", 50000, "-time", 0, *keys)
+        run = self.zelvan("-mode", 99, "-bdb", root, *keys)
         self.assertEqual(run.status, 0, run.stderr)
         self.assertEqual(run.stdout, "")
         return (self.work / f"{root}.bix").read_bytes(), (self.work / f"{root}.bsq").read_bytes()
@@ -86,36 +90,35 @@ class BuildTest(zelvan_cli.TestCase):
     def test_every_setting_against_our_own_writer(self):
         for matrix, codes, sort in (("BLOSUM62", 0, 0), ("BLOSUM62", 1, 1), ("PAM120", 1, 0), ("BLOSUM45", 0, 1)):
             with self.subTest(matrix=matrix, codes=codes, sort=sort):
-                files = self.build("-d", SAMPLE, "-m", matrix, "-matrix_format", 1, "-apply_index", codes, "-do_sort", sort)
+                files = self.build("-d", SAMPLE, "-m", matrix, "-apply_index", codes, "-do_sort", sort)
                 self.check(files, fasta_records(SAMPLE), SAMPLE, matrix, codes, sort)
 
     def test_pir_text(self):
         text = self.file("t.pir", ">P1;one\na title\nacd-EF 12\nGH*\nrest\n>P1;two\n\n*\n>P1;cut\nno star\nAC")
-        files = self.build("-d", text, "-db_format", 0, "-m", "BLOSUM62", "-do_sort", 0)
+        files = self.build("-d", text, "-db_format", 0, "-do_sort", 0)
         self.check(files, [("P1;one", "a title", "ACDEFGH"), ("P1;two", "", "")], text, "BLOSUM62", 0, 0)
 
     def test_without_a_root_the_default_names_are_written(self):
-        run = self.zelvan("-mode", 99, "-d", self.file("t.fa", ">a\nAC\n"), "-m", "BLOSUM62")
+        run = self.zelvan("-mode", 99, "-d", self.file("t.fa", ">a\nAC\n"))
         self.assertEqual(run.status, 0, run.stderr)
         self.assertEqual((self.work / "bdbs.bsq").read_bytes(), b"a\0-\0 AC\0")
         self.assertTrue((self.work / "bdbi.bix").exists())
 
     def test_searches_find_the_same_in_text_and_binary(self):
         def hits(*database):
-            run = self.zelvan("-s", EXAMPLES / "engb.fasta", "-mode", 202, "-niter", 2, "-m", "BLOSUM62", "-probcut", 1,
-                              "-show_titles", 1, "-max_nseq", 5000, "-max_seq_len", 50000, *database)  # fmt: skip
+            run = self.zelvan("-s", EXAMPLES / "engb.fasta", "-mode", 202, "-niter", 2, *database)
             self.assertEqual(run.status, 0, run.stderr)
             return [line for line in run.stdout.splitlines() if line[:1] not in ("", "#")]
 
         text = hits("-d", SAMPLE)
         self.assertGreater(len(text), 20)
         for codes in (0, 1):
-            self.build("-d", SAMPLE, "-m", "BLOSUM62", "-apply_index", codes, "-do_sort", 0)
+            self.build("-d", SAMPLE, "-apply_index", codes, "-do_sort", 0)
             self.assertEqual(hits("-bdb", "db", "-apply_index", 1 - codes), text)
 
     def test_damage_and_absence_are_told(self):
-        self.build("-d", self.file("t.fa", ">a\nAC\n>b\nACD\n"), "-m", "BLOSUM62")
-        search = ("-s", EXAMPLES / "engb.fasta", "-mode", 202, "-m", "BLOSUM62", "-bdb")
+        self.build("-d", self.file("t.fa", ">a\nAC\n>b\nACD\n"))
+        search = ("-s", EXAMPLES / "engb.fasta", "-mode", 202, "-bdb")
         sequences = (self.work / "db.bsq").read_bytes()
         self.file("db.bsq", sequences[:-1])
         run = self.zelvan(*search, "db")

@@ -5,9 +5,8 @@ import zelvan_cli
 from zelvan_cli import EXAMPLES
 
 SAMPLE = EXAMPLES / "uniprot_sample.fasta"
-LIMITS = ("-m", "BLOSUM62", "-max_nseq", 5000, "-max_seq_len", 50000)
-SEARCH = ("-s", EXAMPLES / "engb.fasta", "-mode", 202, "-niter", 1, "-show_titles", 1, "-show_ident_width", 40,
-          "-probcut", 1, *LIMITS)  # fmt: skip
+SEARCH = ("-s", EXAMPLES / "engb.fasta", "-mode", 202, "-niter", 1, "-show_ident_width", 40, "-max_aout", 0,
+          "-apt", 0)  # fmt: skip
 
 
 def identifiers(text):
@@ -15,11 +14,15 @@ def identifiers(text):
 
 
 def listed(report):
-    lines = report.split("# Start_Scores")[1].split("# End_Scores")[0].splitlines()[1:-1]
+    lines = report.split("# Start_Scores")[1].split("# End_Scores")[0].splitlines()[1:]
     return [line.split()[4] for line in lines]
 
 
 class ExtractionTest(zelvan_cli.TestCase):
+    def setUp(self):
+        super().setUp()
+        self.configure(defaults=None)
+
     def run_well(self, *args, **how):
         run = self.zelvan(*args, **how)
         self.assertEqual(run.status, 0, run.stderr)
@@ -30,12 +33,12 @@ class ExtractionTest(zelvan_cli.TestCase):
         first = self.run_well(*SEARCH, "-d", SAMPLE)
         names = listed(first.stdout)
         self.assertGreater(len(names), 5)
-        self.run_well("-mode", 99, "-bdb", "all", "-d", SAMPLE, "-apply_index", 1, *LIMITS)
+        self.run_well("-mode", 99, "-bdb", "all", "-d", SAMPLE, "-apply_index", 1)
         for database in (("-d", SAMPLE), ("-bdb", "all")):
-            self.run_well("-mode", 100, "-extract_seq", 1000, "-extract_seq_format", 1, *database, *LIMITS, stdin=first.stdout)
+            self.run_well("-mode", 100, "-extract_seq", 1000, "-extract_seq_format", 1, *database, stdin=first.stdout)
             extracted = (self.work / "zelvan_extract.seq").read_text()
             self.assertEqual(identifiers(extracted), names[:-1], "the last of the list is dropped")
-        self.run_well("-mode", 99, "-bdb", "hits", "-d", "zelvan_extract.seq", "-do_sort", 0, *LIMITS)
+        self.run_well("-mode", 99, "-bdb", "hits", "-d", "zelvan_extract.seq", "-do_sort", 0)
         binary = (self.work / "hits.bsq").read_bytes().split(b"\0")[0::3]
         self.assertEqual([name.decode() for name in binary if name], names[:-1])
         again = self.zelvan(*SEARCH, "-bdb", "hits")
@@ -51,35 +54,35 @@ class ExtractionTest(zelvan_cli.TestCase):
     def test_the_list_decides_what_is_written(self):
         database = self.file("d.fa", "".join(f">s{k} title {k}\n{'ACDEFGHIKL' * k}\n" for k in range(10)))
         text = "# Start_Scores: \n   1 9 s7 t\n   2 8 s0 t\n   3 7 absent t\n   4 6 s2 t\n   5 5 s3 t\n# End_Scores: \n"
-        run = self.run_well("-mode", 100, "-extract_seq", 10, "-extract_seq_format", 0, "-d", database, *LIMITS, stdin=text)
+        run = self.run_well("-mode", 100, "-extract_seq", 10, "-extract_seq_format", 0, "-d", database, stdin=text)
         self.assertIn("Warning: absent is not in the database", run.stderr)
         self.assertEqual(
             (self.work / "zelvan_extract.seq").read_text(),
             f">s7\ntitle 7\n{'ACDEFGHIKL' * 7}\n*\n>s0\ntitle 0\n*\n>s2\ntitle 2\n{'ACDEFGHIKL' * 2}*\n",
         )
         empty = "# Start_Scores: \n# End_Scores: \n"
-        self.run_well("-mode", 100, "-extract_seq", 10, "-d", database, *LIMITS, stdin=empty)
+        self.run_well("-mode", 100, "-extract_seq", 10, "-d", database, stdin=empty)
         self.assertEqual((self.work / "zelvan_extract.seq").read_text(), "")
         for wanted, list_text, message in ((0, text, "EXTRACT_SEQ is 0"), (5, "", "No # Start_Scores in file\n")):
-            run = self.zelvan("-mode", 100, "-extract_seq", wanted, "-d", database, *LIMITS, stdin=list_text)
+            run = self.zelvan("-mode", 100, "-extract_seq", wanted, "-d", database, stdin=list_text)
             self.assertEqual((run.status, run.stdout), (255, ""))
             self.assertIn(message, run.stderr)
 
     def test_a_full_disk_is_told(self):
         database = self.file("d.fa", ">a\nAC\n>b\nAD\n")
         text = "# Start_Scores: \n   1 9 a t\n   2 8 b t\n# End_Scores: \n"
-        run = self.zelvan("-mode", 100, "-extract_seq", 9, "-d", database, "-extract_file", "/dev/full", *LIMITS, stdin=text)
+        run = self.zelvan("-mode", 100, "-extract_seq", 9, "-d", database, "-extract_file", "/dev/full", stdin=text)
         self.assertEqual(run.status, 1)
         self.assertIn("Error writing File: No space left on device\nFile: /dev/full is incomplete", run.stderr)
 
     def test_subset(self):
-        run = self.run_well("-mode", 667, "-nsubset", 40, "-d", SAMPLE, *LIMITS)
+        run = self.run_well("-mode", 667, "-nsubset", 40, "-d", SAMPLE)
         lines = run.stdout.splitlines()
         lengths = [len(line) for line in lines[1::2]]
         self.assertEqual(len(lengths), 40)
         self.assertEqual(lengths, sorted(lengths, reverse=True))
         self.assertEqual(identifiers(run.stdout), [line[1:].split()[0] for line in lines[0::2]])
-        run = self.zelvan("-mode", 667, "-nsubset", 4001, "-d", SAMPLE, *LIMITS)
+        run = self.zelvan("-mode", 667, "-nsubset", 4001, "-d", SAMPLE)
         self.assertEqual((run.status, run.stdout), (255, ""))
 
 
