@@ -21,12 +21,6 @@ namespace {
               file.name.c_str(), what);
 }
 
-[[noreturn]] void end_bad_field(const FileRec& file, const char* field, int64_t value) {
-  char what[160];
-  std::snprintf(what, sizeof what, "%s in the header is %lld", field, static_cast<long long>(value));
-  end_damaged(file, what);
-}
-
 [[noreturn]] void end_bad_record(const FileRec& file, int32_t record, const char* fault) {
   char what[160];
   std::snprintf(what, sizeof what, "sequence %d: %s", record, fault);
@@ -66,7 +60,11 @@ void take(IndexBytes& index, void* out_bytes, std::size_t size, const char* fiel
 int32_t take_int(IndexBytes& index, int32_t least, const char* field) {
   int32_t value;
   take(index, &value, sizeof value, field);
-  if (value < least) end_bad_field(index.file, field, value);
+  if (value < least) {
+    char what[160];
+    std::snprintf(what, sizeof what, "%s in the header is %d", field, value);
+    end_damaged(index.file, what);
+  }
   return value;
 }
 
@@ -195,7 +193,10 @@ void index_sequences(IndexBytes& index, BinaryDatabase& database, const ScoreMat
     residues += record.len - 2;
   }
   if (residues != database.info.nres) {
-    end_bad_field(index.file, "the number of residues, by its records", residues);
+    char what[160];
+    std::snprintf(what, sizeof what, "the header counts %d residues, but the records %lld",
+                  database.info.nres, static_cast<long long>(residues));
+    end_damaged(index.file, what);
   }
 }
 
