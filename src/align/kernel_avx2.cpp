@@ -1,7 +1,7 @@
 #if defined(__x86_64__)
 #include "align/vec_avx2.h"
-// The recurrence needs the lanes above.
-#include "align/kernel_body.h"
+// The recurrences need the lanes above.
+#include "align/kernel_dispatch.h"
 
 InstructionSet run_kernel_avx2(const KernelCall& call) {
   return run_kernel(call);

@@ -1,6 +1,6 @@
 #include "align/vec_portable.h"
-// The recurrence needs the lanes above.
-#include "align/kernel_body.h"
+// The recurrences need the lanes above.
+#include "align/kernel_dispatch.h"
 
 InstructionSet run_kernel_portable(const KernelCall& call) {
   return run_kernel(call);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <numeric>
 
 namespace {
@@ -104,8 +105,9 @@ LaneScores make_lane_scores(const ScanScores& scores) {
   lane.extend = scores.extend;
   lane.open = scores.open;
 
-  lane.unit = common_divisor(common_divisor(common_divisor(0, lane.extend), lane.open), lane.rows);
+  lane.unit = common_divisor(common_divisor(common_divisor(scores.shift, lane.extend), lane.open), lane.rows);
   lane.unit = std::max(lane.unit, 1);
+  lane.shift = scores.shift / lane.unit;
   divide(lane.rows, lane.unit);
   divide(lane.extend, lane.unit);
   divide(lane.open, lane.unit);
@@ -113,12 +115,13 @@ LaneScores make_lane_scores(const ScanScores& scores) {
   const auto [lowest, highest] = std::minmax_element(lane.rows.begin(), lane.rows.end());
   lane.lowest_score = std::min(*lowest, 0);
   lane.highest_score = std::max(*highest, 0);
-  const auto [cheapest, dearest] = std::minmax_element(lane.extend.begin(), lane.extend.end());
-  lane.lowest_penalty = *cheapest;
-  lane.highest_penalty = *dearest;
-  for (const int32_t penalty : lane.open) {
-    lane.lowest_penalty = std::min(lane.lowest_penalty, penalty);
-    lane.highest_penalty = std::max(lane.highest_penalty, penalty);
+  lane.lowest_penalty = lane.shift;
+  lane.highest_penalty = lane.shift;
+  for (const UTvector<int32_t>* penalties : {&lane.extend, &lane.open}) {
+    for (const int32_t penalty : *penalties) {
+      lane.lowest_penalty = std::min(lane.lowest_penalty, penalty);
+      lane.highest_penalty = std::max(lane.highest_penalty, penalty);
+    }
   }
   for (std::size_t r = PAD_CODE; r < lane.rows.size(); r += ROW_CODES) lane.rows[r] = lane.lowest_score;
   return lane;
@@ -148,5 +151,6 @@ LaneTable make_lane_table(const LaneScores& scores, LaneWidth width, const Kerne
     std::transform(extend.begin(), extend.end(), table.open.begin(), table.change.begin(),
                    [](uint32_t e, uint32_t o) { return e ^ o; });
   }
+  table.shift = lane_pattern(scores.shift, width);
   return table;
 }

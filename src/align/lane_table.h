@@ -10,12 +10,13 @@
 
 // What every target is scored against, whatever the kernel.
 struct ScanScores {
+  Recurrence recurrence = Recurrence::LOCAL;
   const LookupTable* table = nullptr;  // not owned; rows are residue codes
   int32_t positions = 0;               // query residues; query position i (1..positions) is entry i of a row
-  bool affine = false;                 // else every gap position costs `extend`
   bool uniform = true;                 // the penalties are the same at every query position
   UTvector<int32_t> extend;            // [positions]: penalty of query position i in entry i-1
-  UTvector<int32_t> open;              // the same; empty when not affine
+  UTvector<int32_t> open;              // the same; empty: every gap position costs `extend`
+  int32_t shift = 0;                   // penalty of a frame shift; translated recurrences only
 };
 
 // The scores divided by their greatest common divisor, equal query positions stored once.
@@ -26,6 +27,7 @@ struct LaneScores {
   UTvector<int32_t> row_of;  // [positions]
   UTvector<int32_t> extend;  // [positions], divided
   UTvector<int32_t> open;
+  int32_t shift = 0;
   int32_t lowest_score = 0;  // over rows, divided
   int32_t highest_score = 0;
   int32_t lowest_penalty = 0;
@@ -43,6 +45,7 @@ struct LaneTable {
   AlignedBlock rows;
   UTvector<uint32_t> open;  // as in KernelCall
   UTvector<uint32_t> change;
+  uint32_t shift = 0;
 };
 
 LaneTable make_lane_table(const LaneScores& scores, LaneWidth width, const KernelShape& shape);

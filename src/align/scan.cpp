@@ -35,9 +35,8 @@ ScanScores scan_scores(int32_t qlen, const LookupTable& table, const ScoreMatrix
   ScanScores scores;
   scores.table = &table;
   scores.positions = qlen - 2;
-  scores.affine = p->MODE == 202 || p->MODE == 212;
   scores.extend = penalties(p->LD_PEN, p->GAP_CHARACTER);
-  if (scores.affine) scores.open = penalties(p->LI_PEN, p->IGAP_CHARACTER);
+  if (p->MODE == 202 || p->MODE == 212) scores.open = penalties(p->LI_PEN, p->IGAP_CHARACTER);
   scores.uniform = all_equal(scores.extend) && all_equal(scores.open);
   return scores;
 }

@@ -8,7 +8,7 @@
 namespace {
 
 // More distinct query positions than this are no longer worth preparing per column.
-constexpr int32_t MAX_PREPARED = 64;
+constexpr std::size_t MAX_PREPARED = 64;
 
 InstructionSet run_kernel_of(InstructionSet set, const KernelCall& call) {
   switch (set) {
@@ -25,6 +25,10 @@ InstructionSet run_kernel_of(InstructionSet set, const KernelCall& call) {
     default:
       return InstructionSet::REFERENCE;
   }
+}
+
+bool is_prepared(const ScanScores& scores, const LaneScores& lane, LaneWidth width) {
+  return scores.uniform && width != LaneWidth::BITS32 && lane.rows.size() / ROW_CODES <= MAX_PREPARED;
 }
 
 // One lane of a vector.
@@ -48,42 +52,51 @@ int32_t overflow_mark(const LaneScores& scores, LaneWidth width, const KernelSha
   return shape.zero_score < 0 ? top : top - scores.highest_score;
 }
 
+// Whether the kernels have a tier of this width for these scores.
+bool has_tier(const ScanScores& scores, const LaneScores& lane, InstructionSet set, LaneWidth width) {
+  if (width == LaneWidth::BITS32) return true;
+  return kernel_shape(set, width, scores.recurrence).lanes > 0 && fits(lane, width) &&
+         (scores.recurrence == Recurrence::LOCAL || is_prepared(scores, lane, width));
+}
+
 // One tier: scores the sequences of `numbers` and returns those whose lanes overflowed.
-UTvector<int32_t> scan_tier(const LaneScores& scores, bool uniform, LaneWidth width, InstructionSet set,
-                            const SeqRec* seqs, const UTvector<int32_t>& numbers, int32_t* out_scores,
-                            ScanTally& tally) {
-  const KernelShape shape = kernel_shape(set, width);
+UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width,
+                            InstructionSet set, const SeqRec* seqs, const UTvector<int32_t>& numbers,
+                            int32_t* out_scores, ScanTally& tally) {
+  const KernelShape shape = kernel_shape(set, width, scores.recurrence);
   const std::size_t vector = static_cast<std::size_t>(shape.lanes * shape.lane_bytes);
-  const LaneTable table = make_lane_table(scores, width, shape);
-  const auto row_count = static_cast<int32_t>(scores.rows.size() / ROW_CODES);
-  const bool prepared = uniform && width != LaneWidth::BITS32 && row_count <= MAX_PREPARED;
+  const LaneTable table = make_lane_table(lane, width, shape);
+  const auto row_count = static_cast<int32_t>(lane.rows.size() / ROW_CODES);
+  const bool prepared = is_prepared(scores, lane, width);
 
   AlignedBlock state;
   AlignedBlock scratch;
   AlignedBlock best;
   AlignedBlock best_before;
-  resize_block(state, static_cast<std::size_t>(scores.positions) * 2 * vector);
+  resize_block(state, static_cast<std::size_t>(lane.positions * shape.state_vectors) * vector);
   resize_block(scratch, prepared ? static_cast<std::size_t>(row_count * shape.columns) * vector : 0);
   resize_block(best, vector);
   resize_block(best_before, (CHUNK_BLOCKS + 1) * vector);
 
   KernelCall call{};
+  call.recurrence = scores.recurrence;
   call.width = width;
   call.source = prepared ? ScoreSource::PREPARED : ScoreSource::DIRECT;
-  call.affine = !scores.open.empty();
-  call.positions = scores.positions;
+  call.affine = !lane.open.empty();
+  call.positions = lane.positions;
   call.rows = table.rows.data;
   call.row_count = row_count;
-  call.row_of = scores.row_of.data();
+  call.row_of = lane.row_of.data();
   call.open = table.open.data();
   call.change = table.change.data();
+  call.shift = table.shift;
   call.state = state.data;
   call.scratch = scratch.data;
   call.best = best.data;
   call.best_before = best_before.data;
 
   const UTvector<int32_t> order = scan_order(seqs, numbers, shape.lanes);
-  const int32_t mark = overflow_mark(scores, width, shape);
+  const int32_t mark = overflow_mark(lane, width, shape);
   UTvector<int32_t> overflowed;
   LaneFeed feed;
   start_feed(feed, shape, seqs, order);
@@ -99,7 +112,7 @@ UTvector<int32_t> scan_tier(const LaneScores& scores, bool uniform, LaneWidth wi
       if (value >= mark) {
         overflowed.push_back(end.sequence);
       } else {
-        out_scores[end.sequence] = (value - shape.zero_score) * scores.unit;
+        out_scores[end.sequence] = (value - shape.zero_score) * lane.unit;
       }
     }
   }
@@ -120,8 +133,8 @@ ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n
     if (seqs[k].len > 2) todo.push_back(k);
   }
   for (const LaneWidth width : {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32}) {
-    if (width < first || kernel_shape(set, width).lanes == 0 || !fits(lane, width) || todo.empty()) continue;
-    todo = scan_tier(lane, scores.uniform, width, set, seqs, todo, out_scores, tally);
+    if (width < first || todo.empty() || !has_tier(scores, lane, set, width)) continue;
+    todo = scan_tier(scores, lane, width, set, seqs, todo, out_scores, tally);
     if (width != LaneWidth::BITS32) {
       tally.saturated[static_cast<int>(width)] = static_cast<int64_t>(todo.size());
     }

@@ -18,6 +18,7 @@ struct ScanTally {
 
 // scan_sequences - the score of every sequence, as the scalar kernels give it.
 // In     scores.table->rows < ROW_CODES, scores.positions >= 1; seqs[0..n-1] encoded
+//        no penalty of a translated recurrence is negative
 //        set: usable, not REFERENCE
 //        first: the narrowest lanes to try
 // Out    out_scores[0..n-1]; -1 for a sequence without residues

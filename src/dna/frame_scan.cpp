@@ -2,25 +2,56 @@
 
 #include "dna/frame_shift_reference.h"
 
+namespace {
+
+// In mode 10 the last two positions, which begin no whole codon, are never rows.
+int32_t row_length(const SeqRec& s, const Params* p) {
+  return p->MODE == 10 ? s.len - 2 : s.len;
+}
+
+int32_t reference_score(int32_t m, const SeqRec& s, const LookupTable& table, const Params* p) {
+  const int32_t n = row_length(s, p);
+  switch (p->MODE) {
+    case 20:
+      return npswl(m, s.seq, n, table, p->LD_PEN, p->FS_PEN);
+    case 22:
+      return npswli2(m, s.seq, n, table, p->LD_PEN, p->LI_PEN, p->FS_PEN);
+    default:
+      return nswli(m, s.seq, n, table, p->LD_PEN, p->LI_PEN, p->FS_PEN);
+  }
+}
+
+ScanScores frame_scores(int32_t m, const LookupTable& table, const Params* p) {
+  const auto positions = static_cast<std::size_t>(m - 2);
+  ScanScores scores;
+  scores.recurrence =
+      p->MODE == 10 || p->MODE == 12 ? Recurrence::TRANSLATED_TARGET : Recurrence::TRANSLATED_QUERY;
+  scores.table = &table;
+  scores.positions = m - 2;
+  scores.extend.assign(positions, p->LD_PEN);
+  if (p->MODE != 20) scores.open.assign(positions, p->LI_PEN);
+  scores.shift = p->FS_PEN;
+  return scores;
+}
+
+}  // namespace
+
+ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t m, const SeqRec* seqs, int32_t n,
+                         const LookupTable& table, int32_t* out_scores, const Params* p) {
+  if (p->MODE != 10 && p->MODE != 12 && p->MODE != 20 && p->MODE != 22) return {};
+  const bool any_negative = p->LD_PEN < 0 || p->LI_PEN < 0 || p->FS_PEN < 0;
+  if (set == InstructionSet::REFERENCE || m <= 2 || any_negative || table.rows >= ROW_CODES) {
+    for (int32_t k = 0; k < n; ++k) out_scores[k] = reference_score(m, seqs[k], table, p);
+    return {};
+  }
+  const ScanScores scores = frame_scores(m, table, p);
+  if (p->MODE != 10) return scan_sequences(scores, seqs, n, out_scores, set, first);
+  UTvector<SeqRec> shortened(seqs, seqs + n);
+  for (SeqRec& s : shortened) s.len = row_length(s, p);
+  return scan_sequences(scores, shortened.data(), n, out_scores, set, first);
+}
+
 void scan_frames(int32_t m, const SeqRec* seqs, int32_t n, const LookupTable& table, int32_t* out_scores,
                  const Params* p) {
-  for (int32_t k = 0; k < n; ++k) {
-    const SeqRec& s = seqs[k];
-    switch (p->MODE) {
-      case 10:  // the last two positions begin no whole codon
-        out_scores[k] = nswli(m, s.seq, s.len - 2, table, p->LD_PEN, p->LI_PEN, p->FS_PEN);
-        break;
-      case 12:
-        out_scores[k] = nswli(m, s.seq, s.len, table, p->LD_PEN, p->LI_PEN, p->FS_PEN);
-        break;
-      case 20:
-        out_scores[k] = npswl(m, s.seq, s.len, table, p->LD_PEN, p->FS_PEN);
-        break;
-      case 22:
-        out_scores[k] = npswli2(m, s.seq, s.len, table, p->LD_PEN, p->LI_PEN, p->FS_PEN);
-        break;
-      default:
-        break;
-    }
-  }
+  scan_frames_by(best_instruction_set(), LaneWidth::BITS8, m, seqs, n, table, out_scores, p);
 }

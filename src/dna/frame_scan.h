@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "align/lookup.h"
+#include "align/scan_engine.h"
 #include "driver/params.h"
 #include "seq/sequence.h"
 
@@ -17,3 +18,8 @@
 // Exact  each score is the integer that the scalar kernel gives
 void scan_frames(int32_t m, const SeqRec* seqs, int32_t n, const LookupTable& table, int32_t* out_scores,
                  const Params* p);
+
+// scan_frames_by - the same by the kernels of one instruction set, which must be usable, with lanes no narrower
+// than `first`. Returns what was done; negative penalties and alphabets of more than 31 codes fall to REFERENCE.
+ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t m, const SeqRec* seqs, int32_t n,
+                         const LookupTable& table, int32_t* out_scores, const Params* p);

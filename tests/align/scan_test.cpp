@@ -164,7 +164,7 @@ TEST_P(EverySet, GivesTheScalarScoresOnRandomPairs) {
 TEST_P(EverySet, TakesAnyNumberAndLengthOfTargets) {
   Dice dice{std::mt19937(7)};
   for (const LaneWidth first : WIDTHS) {
-    const int32_t lanes = kernel_shape(GetParam(), first).lanes;
+    const int32_t lanes = kernel_shape(GetParam(), first, Recurrence::LOCAL).lanes;
     for (const int32_t targets : {0, 1, lanes - 1, lanes, lanes + 1, 5 * lanes + 3}) {
       for (const int32_t length : {0, 1, 2, 3, 4, 5, 63, 64, 65, 129}) {
         Trial trial;
