@@ -37,10 +37,23 @@ bool find_covering_rows(RowWeights& weights, int32_t i, const AlignData& aldat) 
   return true;
 }
 
-int32_t identities(const int8_t* a, const int8_t* b, int32_t first, int32_t last, int8_t gap) {
+int32_t identities(const int8_t* a, const int8_t* b, int32_t length, int8_t gap) {
   int32_t n = 0;
-  for (int32_t k = first; k <= last; ++k) n += (a[k] == b[k]) & (a[k] != gap);
+  for (int32_t k = 0; k < length; ++k) n += (a[k] == b[k]) & (a[k] != gap);
   return n;
+}
+
+// Whether the identities make up `threshold` of the length; most pairs are turned down after a block or two.
+bool resembles(const int8_t* a, const int8_t* b, int32_t length, int8_t gap, double threshold) {
+  constexpr int32_t block = 32;
+  int32_t same = 0;
+  for (int32_t k = 0; k < length; k += block) {
+    const int32_t width = std::min(block, length - k);
+    same += identities(a + k, b + k, width, gap);
+    const int32_t possible = same + length - k - width;
+    if (static_cast<double>(possible) / length < threshold) return false;
+  }
+  return true;
 }
 
 // The query against all rows, then every row against those behind it, those already switched off included.
@@ -99,8 +112,8 @@ void pidfilter(const int8_t* reference, const AlignData& aldat, int32_t first_ro
   for (int32_t r = first_row; r < row_count(aldat); ++r) {
     char& on = active[static_cast<std::size_t>(r)];
     if (on == 0) continue;
-    const int32_t same = identities(reference, row_at(aldat, r).aligned.data(), range_start, range_end, gap);
-    if (static_cast<double>(same) / range_length < threshold) continue;
+    const int8_t* aligned = row_at(aldat, r).aligned.data();
+    if (!resembles(reference + range_start, aligned + range_start, range_length, gap, threshold)) continue;
     on = 0;
     --nactive;
     if (nactive < 1) UTend_stream(std_err, "Error in pidfilter: *nactive = %d\n", nactive);
