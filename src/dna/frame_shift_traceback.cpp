@@ -1,6 +1,7 @@
 #include "dna/frame_shift_traceback.h"
 
 #include <algorithm>
+#include <array>
 
 #include "dna/frame_shift_reference.h"
 
@@ -56,16 +57,19 @@ Summit fill_frame_flags(int32_t m, const int8_t* rows, int32_t n, const LookupTa
 
 // The move by which the path enters a cell, seen from the move by which it leaves it. A gap that was charged
 // as an extension has to go on; 0 where the path begins.
-uint8_t move_into(uint8_t cell, uint8_t next_move, bool shifts_go_on) {
+uint8_t move_into(uint8_t cell, uint8_t next_move, bool shifts_stay_together) {
   const uint8_t gap = next_move & (MOVE_UP | MOVE_LEFT);
   if ((cell & gap) != 0) return gap;
   if ((cell & CELL_ZERO) != 0) return 0;
-  const uint8_t shift = cell & SHIFT_IN_COLUMNS;
-  if (shifts_go_on && (next_move & shift) != 0) return shift;
-  for (const uint8_t move : {MOVE_DIAGONAL, MOVE_UP, MOVE_LEFT}) {
+  using Preference = std::array<uint8_t, 4>;
+  constexpr Preference USUAL = {MOVE_DIAGONAL, SHIFT_IN_COLUMNS, MOVE_UP, MOVE_LEFT};
+  constexpr Preference SHIFT_FIRST = {SHIFT_IN_COLUMNS, MOVE_DIAGONAL, MOVE_UP, MOVE_LEFT};
+  constexpr Preference SHIFT_LAST = {MOVE_DIAGONAL, MOVE_UP, MOVE_LEFT, SHIFT_IN_COLUMNS};
+  const bool extends_shift = next_move == SHIFT_IN_COLUMNS;
+  for (const uint8_t move : extends_shift ? shifts_stay_together ? SHIFT_FIRST : SHIFT_LAST : USUAL) {
     if ((cell & move) != 0) return move;
   }
-  return shift;
+  return 0;
 }
 
 }  // namespace

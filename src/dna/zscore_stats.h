@@ -1,7 +1,8 @@
 // Length-binned statistics of the translated searches: how far a score stands above what sequences of its
 // length score by chance, learned from the scores of the very scan.
 // Model: the mean chance score is a straight line in the logarithm of the length, with the same variance at
-// every length; what remains is distributed as an extreme value.
+// every length; what remains is distributed as an extreme value. (A line in the length itself would lift the
+// expectation for very long sequences far above any score, and widens the variance for all others.)
 #pragma once
 
 #include <cstdint>

@@ -1,0 +1,196 @@
+#include "dna/zscore_stats.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <numbers>
+
+#include "dna/frame_problem.h"
+#include "dna/zscore_log.h"
+#include "support/capture.h"
+
+namespace {
+
+Params settings() {
+  Params p;
+  p.PRECISION = 100;
+  p.MODE = 22;
+  return p;
+}
+
+// Scores of a database as chance and kinship would give them; only lengths and scores matter.
+struct Scan {
+  UTvector<SeqRec> seqs;
+  UTvector<int32_t> scores;
+
+  void add(double score, int32_t residues) {
+    SeqRec seq;
+    seq.len = residues + 2;
+    seqs.push_back(seq);
+    scores.push_back(static_cast<int32_t>(score) * 100);
+  }
+  int32_t n() const { return static_cast<int32_t>(seqs.size()); }
+};
+
+constexpr double SLOPE = 3.5;
+constexpr double INTERCEPT = 12;
+constexpr double SD = 4;
+
+double mean_score(int32_t residues) {
+  return INTERCEPT + SLOPE * std::log(residues);
+}
+
+void add_unrelated(Scan& scan, int32_t count, Random& random) {
+  std::lognormal_distribution<double> lengths(5.6, 0.8);
+  const double scale = SD * std::sqrt(6.0) / std::numbers::pi;
+  std::extreme_value_distribution<double> deviation(-scale * std::numbers::egamma, scale);
+  for (int32_t k = 0; k < count; ++k) {
+    const int32_t residues = 20 + static_cast<int32_t>(lengths(random));
+    scan.add(std::max(0.0, mean_score(residues) + deviation(random) + 0.5), residues);
+  }
+}
+
+UTvector<double> e_values(const Scan& scan, const Params& p) {
+  const ZStats stats = do_stats(scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  const UTvector<int32_t> z = get_zscores(stats, scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  return get_e(z.data(), scan.n(), &p);
+}
+
+TEST(ZscoreStats, FindTheLineAndTheVarianceOfTheBackground) {
+  const Params p = settings();
+  Random random(1);
+  Scan scan;
+  add_unrelated(scan, 20000, random);
+  const ZStats stats = do_stats(scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  EXPECT_NEAR(stats.line.slope, SLOPE, 0.1);
+  EXPECT_NEAR(stats.line.intercept, INTERCEPT, 0.5);
+  EXPECT_NEAR(std::sqrt(stats.line.variance), SD, 0.1);
+  EXPECT_EQ(stats.line.nval, static_cast<int32_t>(stats.bins.size()));
+  int32_t binned = 0;
+  for (std::size_t b = 0; b < stats.bins.size(); ++b) {
+    const LengthBin& bin = stats.bins[b];
+    EXPECT_LE(bin.first, bin.last);
+    if (b > 0) EXPECT_GT(bin.first, stats.bins[b - 1].last);
+    binned += bin.sequences;
+  }
+  EXPECT_EQ(binned, scan.n());
+}
+
+TEST(ZscoreStats, ExpectAsManyAsChanceGives) {
+  const Params p = settings();
+  Random random(2);
+  double below_one = 0, below_ten = 0;
+  constexpr int32_t SCANS = 60;
+  for (int32_t k = 0; k < SCANS; ++k) {
+    Scan scan;
+    add_unrelated(scan, 2000, random);
+    for (const double e : e_values(scan, p)) {
+      below_one += e < 1;
+      below_ten += e < 10;
+    }
+  }
+  EXPECT_NEAR(below_one / SCANS, 1, 0.4);
+  EXPECT_NEAR(below_ten / SCANS, 10, 1.5);
+}
+
+TEST(ZscoreStats, RelatedSequencesNeitherLiftNorWidenTheBackground) {
+  const Params p = settings();
+  Random random(3);
+  Scan alone;
+  add_unrelated(alone, 2000, random);
+  const ZStats expected = do_stats(alone.scores.data(), alone.seqs.data(), alone.n(), &p);
+  Scan mixed = alone;
+  for (int32_t k = 0; k < 200; ++k) mixed.add(uniform(random, 150, 900), uniform(random, 200, 600));
+  const ZStats stats = do_stats(mixed.scores.data(), mixed.seqs.data(), mixed.n(), &p);
+  EXPECT_NEAR(stats.line.slope, expected.line.slope, 0.05);
+  EXPECT_NEAR(stats.line.intercept, expected.line.intercept, 0.2);
+  EXPECT_NEAR(stats.line.variance, expected.line.variance, 0.3);
+  const UTvector<double> e = e_values(mixed, p);
+  for (std::size_t k = 2000; k < 2200; ++k) {
+    EXPECT_EQ(stats.related[k], 1);
+    EXPECT_LT(e[k], 1e-6);
+  }
+}
+
+// z = 50 + 10 deviations; an extreme-value distribution of mean 50 and standard deviation 10.
+TEST(ZscoreStats, ConvertScoresToZscoresAndThoseToChances) {
+  Params p = settings();
+  ZStats stats;
+  stats.line = {2, 10, 25, 3};
+  Scan scan;
+  scan.add(10, 1);                          // ln 1 = 0: on the line
+  scan.add(20, 1);                          // two standard deviations above
+  scan.add(10 + 2 * std::log(1000), 1000);  // 23.8, stored as 23
+  scan.add(-1, 0);
+  scan.scores.back() = -1;
+  const UTvector<int32_t> z = get_zscores(stats, scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  EXPECT_EQ(z, (UTvector<int32_t>{5000, 7000, 5000 + std::lround(200 * (23 - 10 - 2 * std::log(1000))), 0}));
+  const UTvector<double> chances = get_p(z.data(), scan.n(), &p);
+  EXPECT_NEAR(chances[0], 1 - std::exp(-std::exp(-std::numbers::egamma)), 1e-12);
+  EXPECT_NEAR(chances[1], 0.0422627, 1e-6);  // 1 - exp(-exp(-1.2825498 x 2 - 0.5772157))
+  EXPECT_NEAR(chances[3], 1, 1e-12);
+  const UTvector<double> expectations = get_e(z.data(), scan.n(), &p);
+  EXPECT_DOUBLE_EQ(expectations[1], 4 * chances[1]);
+  const int32_t far = 100 * 1000;
+  EXPECT_GT(get_p(&far, 1, &p)[0], 0);
+  EXPECT_LT(get_p(&far, 1, &p)[0], 1e-50);
+}
+
+TEST(ZscoreStats, CopeWithFewAndEqualScores) {
+  const Params p = settings();
+  Scan scan;
+  EXPECT_EQ(do_stats(nullptr, nullptr, 0, &p).line.nval, 0);
+  EXPECT_TRUE(e_values(scan, p).empty());
+  scan.add(-1, 0);
+  scan.scores[0] = -1;
+  EXPECT_EQ(do_stats(scan.scores.data(), scan.seqs.data(), 1, &p).line.nval, 0);
+  for (int32_t k = 0; k < 3; ++k) scan.add(30, 100);
+  const ZStats stats = do_stats(scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  EXPECT_EQ(stats.line.slope, 0);
+  EXPECT_EQ(stats.line.intercept, 30);
+  EXPECT_EQ(stats.line.variance, 0);
+  EXPECT_EQ(get_zscores(stats, scan.scores.data(), scan.seqs.data(), scan.n(), &p),
+            (UTvector<int32_t>{0, 5000, 5000, 5000}));
+}
+
+TEST(ZscoreLog, ShowsObservedBesideExpected) {
+  const Params p = settings();
+  Random random(4);
+  Scan scan;
+  add_unrelated(scan, 5000, random);
+  scan.add(500, 300);
+  const ZStats stats = do_stats(scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  const UTvector<int32_t> z = get_zscores(stats, scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  SeqRec query;
+  query.id = "a_query";
+  query.len = 302;
+  const TemporaryDirectory directory;
+  const auto home = std::filesystem::current_path();
+  std::filesystem::current_path(directory.path);
+  dump_stats(stats, z.data(), query, &p);
+  std::filesystem::current_path(home);
+
+  std::istringstream log(file_content(directory.at("zelvan_dump_stats.log")));
+  std::string line;
+  std::vector<std::string> head;
+  while (std::getline(log, line) && head.size() < 3) head.push_back(line);
+  EXPECT_EQ(head[1], "# Query: a_query Length: 300 Mode: 22");
+  EXPECT_EQ(head[2], "# Sequences: 5001, left out of the fit as related: 1");
+  while (line.rfind("#    z ", 0) != 0) ASSERT_TRUE(std::getline(log, line));
+  int32_t total = 0;
+  double expected_total = 0;
+  while (std::getline(log, line)) {
+    int32_t at = 0, observed = 0;
+    double expected = 0;
+    ASSERT_EQ(std::sscanf(line.c_str(), "%d %d %lf", &at, &observed, &expected), 3) << line;
+    total += observed;
+    expected_total += expected;
+    if (expected > 100) EXPECT_NEAR(observed, expected, 0.25 * expected) << line;
+    if (at == 120) EXPECT_EQ(observed, 1);
+  }
+  EXPECT_EQ(total, 5001);
+  EXPECT_NEAR(expected_total, 5001, 0.5);
+}
+
+}  // namespace
