@@ -16,7 +16,7 @@ namespace {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t FEWEST_RANGES = 3;  // the limits of the scale need three at each end
-constexpr int32_t WIDTH_AIMED_AT = 4;
+constexpr int32_t WIDTH_AIMED_AT = 4;     // bins; see do_lpfit
 
 // Points of the fits against lpl, one per range; 1-based, element 0 unused.
 struct RangePoints {
@@ -41,7 +41,7 @@ float matrix_units(int32_t score, const Params* p) {
   return static_cast<float>(score) / static_cast<float>(p->PRECISION);
 }
 
-// The ranges of the width that serves best; see do_lpfit.
+// The ranges of the width that serves best.
 RangeChoice choose_ranges(const ScoreTable& table, int32_t minbuck, int32_t minrange, const FitTrace& trace) {
   const auto required = std::max(FEWEST_RANGES, static_cast<std::size_t>(std::max(minrange, 0)));
   RangeChoice best;
@@ -150,7 +150,7 @@ double significance(double x, int32_t dblen, const Params* p) {
     case 1:
       return probability * p->DB_QUERY_RATIO;
     case 2:
-      return probability * p->binfo->nres / dblen;
+      return probability * (static_cast<double>(p->binfo->nres) / dblen);
     case 3:
       return probability * p->binfo->nseq;
     default:

@@ -6,10 +6,10 @@
 
 #include "util/memory.h"
 
-constexpr int32_t LPL_BINS = 160;             // of width 0.1
-constexpr int32_t FIRST_LPL_TENTHS = 40;      // bin 0 starts at lpl 4.0; the last ends at 20.0
-constexpr int32_t MAX_RANGE_WIDTH = 20;       // bins
-constexpr int32_t MAX_SCORE_BUCKETS = 50000;  // limit of maxscore - lowscore + 1
+constexpr int32_t LPL_BINS = 160;              // of width 0.1
+constexpr int32_t FIRST_LPL_TENTHS = 40;       // bin 0 starts at lpl 4.0; the last one ends at 20.0
+constexpr int32_t MAX_RANGE_WIDTH = 20;        // bins
+constexpr int32_t MAX_SCORE_BUCKETS = 100000;  // a table of 64 MB; ordinary scans need a few hundred
 
 // log_length_product - lpl of two lengths in residues.
 // Returns not-a-number when the product, formed in 32 bits with wrap-around, is not positive: an empty sequence,
@@ -55,7 +55,7 @@ struct RangeChoice {
   UTvector<LplRange> ranges;  // the usable ones, from low to high lpl
 };
 
-// summarise_scores - step one. In: score[0..n-1] in matrix units, n >= 1.
+// summarise_scores - In: score[0..n-1] in matrix units, n >= 1.
 ScoreSummary summarise_scores(const float* score, int32_t n);
 
 // score_buckets - maxscore - lowscore + 1; to be compared with MAX_SCORE_BUCKETS before a table is made.
@@ -66,6 +66,5 @@ int64_t score_buckets(const ScoreSummary& summary);
 ScoreTable count_scores(const float* score, const int32_t* qlen, const int32_t* dblen, int32_t n,
                         const ScoreSummary& summary);
 
-// ranges_of_width - the usable ranges, those with more than minbuck hits, among bins 0..width-1, width..2*width-1,
-// ...
+// ranges_of_width - the usable ranges, those with more than minbuck hits, of the grouping that starts at bin 0.
 RangeChoice ranges_of_width(const ScoreTable& table, int32_t width, int32_t minbuck);
