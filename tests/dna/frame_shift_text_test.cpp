@@ -1,0 +1,186 @@
+#include "dna/frame_shift_text.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "dna/frame_scan.h"
+#include "seq/alphabet.h"
+#include "seq/codon.h"
+#include "support/capture.h"
+
+namespace {
+
+// One DNA query against proteins, with the shipped matrix and code.
+class FrameText : public testing::Test {
+ protected:
+  Params p;
+  SeqStore store;
+  std::vector<std::pair<const char*, std::string>> proteins;
+  UTvector<double> significance;
+
+  FrameText() {
+    p.PRECISION = 100;
+    p.MODE = 22;
+    p.GAP_CHARACTER = ' ';
+    p.FGAP_CHARACTER = '^';
+    p.IGAP_CHARACTER = ':';
+    p.STOP_CHARACTER = '!';
+    p.STOP_WEIGHT = -3000;
+    p.MATRIX_DIR = ZELVAN_SOURCE_DIR "/data/matrices";
+    p.MATRIX_FILE.name = "BLOSUM62";
+    p.MATRIX_FORMAT = 1;
+    p.GENERAL_DIR = ZELVAN_SOURCE_DIR "/data/codons";
+    p.CODON_FILE.name = "codo.tst";
+    p.LD_PEN = 100;
+    p.LI_PEN = 1200;
+    p.FS_PEN = p.FSE_PEN = 1500;
+    p.OUTPUT_LENGTH = 60;
+    p.MAX_AOUT = 20;
+    p.SHOW_TITLES_WIDTH = 10;
+    p.PROBCUT = 10;
+  }
+
+  SeqRec record(const char* id, const char* title, const std::string& letters) {
+    return store_sequence(store, id, static_cast<int32_t>(std::strlen(id)), title,
+                          static_cast<int32_t>(std::strlen(title)), letters.data(),
+                          static_cast<int32_t>(letters.size()));
+  }
+
+  void add(const char* id, const std::string& protein) { proteins.emplace_back(id, protein); }
+
+  // The sections of all proteins, in the order in which they were added.
+  std::string sections(const std::string& dna) {
+    const ScoreMatrix& matrix = *getmat(&p);
+    p.MATRIX_FILE.name = "BLOSUM62";
+    UTvector<SeqRec> seqs;
+    for (const auto& [id, protein] : proteins) seqs.push_back(record(id, "a title", protein));
+    SeqRec query = record("dna", "", dna);
+    UTvector<int8_t> letters;
+    setup_dnaseq(letters, query, getcodon(&p), p.COMPLEMENT_QUERY);
+    seqtoi(query.seq, query.len, matrix);
+    encode_sequences(seqs.data(), static_cast<int32_t>(seqs.size()), matrix);
+    const LookupTable table = mlook(query.seq, query.len, matrix);
+    UTvector<int32_t> scores(seqs.size());
+    UTvector<int32_t> order;
+    for (std::size_t k = seqs.size(); k-- > 0;) order.push_back(static_cast<int32_t>(k));
+    ResultRec results;
+    results.seqs = seqs.data();
+    results.n = static_cast<int32_t>(seqs.size());
+    scan_frames(query.len, results.seqs, results.n, table, scores.data(), &p);
+    results.scores = scores.data();
+    results.order = order.data();
+    results.significance = significance.empty() ? nullptr : significance.data();
+    return written([&](FILE* stream) {
+      std_out = stream;
+      print_frame_alignments(query, letters, results, matrix, table, &p);
+      std_out = nullptr;
+    });
+  }
+};
+
+// M K W V T F, one base too many, I S L L W C H; two bases are ambiguous, three surround the gene.
+constexpr const char* GENE = "CCATGAARTGGGTNACCTTCCATCTCTCTTCTGTGGTGTCATC";
+
+// 80 for the thirteen residues, less 15 for the shift.
+TEST_F(FrameText, ShowsResiduesCodonsAndShift) {
+  add("prot", "GGMKWVTFISLLWCH");
+  p.OUTPUT_LENGTH = 8;
+  EXPECT_EQ(sections(GENE),
+            "\n"
+            "# Start_Alignments_Rank: 1\n"
+            "# Query: dna Target: prot Number_of_Alignments: 1\n"
+            "# Target_Title: a title   \n"
+            "# N: 1 Raw_Score: 65 Query_Length: 43 Target_Length: 15 \n"
+            "# Residues: 3-15 Nucleotides: 3-42 Identical: 13 Frame_Shifts: 1\n"
+            "      3 MKWVTF I       9\n"
+            "        ******^*\n"
+            "      3 MKWVTF^I      24\n"
+            "        AATGATCA\n"
+            "        TAGTCT T\n"
+            "        GRGNCC C\n"
+            "\n"
+            "     10 SLLWCH      15\n"
+            "        ******\n"
+            "     25 SLLWCH      42\n"
+            "        TCCTTC\n"
+            "        CTTGGA\n"
+            "        TTGGTT\n"
+            "\n"
+            "# End_N: 1\n"
+            "# End_Alignments_Rank: 1\n");
+}
+
+// The other strand: nucleotides are numbered as in the file, downwards.
+TEST_F(FrameText, NumbersAComplementedQueryAsInItsFile) {
+  add("prot", "MKWVTFISLLWCH");
+  p.COMPLEMENT_QUERY = 1;
+  const std::string text = sections("GATGACACCACAGAAGAGAGATGGAAGGTAACCCATTTCATGG");
+  EXPECT_NE(text.find("# Residues: 1-13 Nucleotides: 41-2 Identical: 13 Frame_Shifts: 1\n"),
+            std::string::npos);
+  EXPECT_NE(text.find("     41 MKWVTF^ISLLWCH       2\n        AATGATCATCCTTC\n"), std::string::npos) << text;
+}
+
+// A residue without a codon (D) and a codon without a residue (the first L); W and F only score above 0.
+TEST_F(FrameText, ShowsGapsAndLikeness) {
+  p.LI_PEN = 300;
+  add("prot", "MKWVTWDFISLWCHWW");
+  p.MODE = 20;
+  p.LD_PEN = 300;
+  const std::string text = sections("ATGAAATGGGTTACCTTCTTCATCTCTCTTCTGTGGTGTCATTGGTGG");
+  EXPECT_NE(text.find("      1 MKWVTWDFIS LWCHWW      16\n"
+                      "        *****. *** ******\n"
+                      "      1 MKWVTF FISLLWCHWW      48\n"),
+            std::string::npos)
+      << text;
+}
+
+TEST_F(FrameText, LastColumnsShowTheBasesThatAreLeft) {
+  add("prot", "WWWWAC");
+  // The last two positions spell the residues of their letters: A, with the two bases AC behind it.
+  const std::string text = sections("TGGTGGTGGTGGAC");
+  EXPECT_NE(text.find("Residues: 1-5 Nucleotides: 1-14"), std::string::npos) << text;
+  EXPECT_NE(text.find("        TTTTA\n        GGGGC\n        GGGG \n"), std::string::npos) << text;
+}
+
+TEST_F(FrameText, LeavesOutWhatIsTooShortTooWeakOrInsignificant) {
+  const auto count = [](const std::string& text, const char* mark) {
+    int32_t found = 0;
+    for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) ++found;
+    return found;
+  };
+  add("one", "MKWVTFISLLWCH");
+  add("two", "MKWVTF");
+  add("three", "MKWV");
+  const auto alignments = [&](const char* counted) {
+    const std::string text = sections(GENE);
+    EXPECT_EQ(count(text, "# Start_Alignments_Rank: "), 3);
+    EXPECT_EQ(count(text, "# End_Alignments_Rank: "), 3);
+    return count(text, counted);
+  };
+  EXPECT_EQ(alignments("# End_N: 1"), 3);
+  p.MIN_LEN = 6;
+  EXPECT_EQ(alignments("# End_N: 1"), 2);
+  EXPECT_EQ(alignments("Number_of_Alignments: 1"), 3);
+  p.MIN_LEN = 1;
+  p.MIN_ASCORE = 3600;
+  EXPECT_EQ(alignments("# End_N: 1"), 2);
+  EXPECT_EQ(alignments("Number_of_Alignments: 0"), 1);
+  p.MIN_ASCORE = 0;
+  significance = {1e-7, 3, 11};
+  EXPECT_EQ(alignments("# End_N: 1"), 2);
+  EXPECT_EQ(alignments(" Evalue: 1e-07\n# Residues"), 1);
+  p.FIT_TYPE = 1;
+  EXPECT_EQ(alignments(" Pvalue: 3\n# Residues"), 1);
+}
+
+TEST_F(FrameText, RefusesLinesWithoutColumns) {
+  add("prot", "MKWVTF");
+  p.OUTPUT_LENGTH = 0;
+  EXPECT_EXIT(sections(GENE), testing::ExitedWithCode(255), "OUTPUT_LENGTH is 0");
+}
+
+}  // namespace
