@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "align/instruction_set.h"
 #include "align/lookup.h"
 #include "align/scan_reference.h"
 #include "util/memory.h"
@@ -42,14 +43,18 @@ struct GapRows {
 
 // What a sweep over all cells leaves beside the flags.
 struct FlagSweep {
-  int32_t best = -1;      // best cell value; -1 when there is no cell
-  int32_t first_row = 0;  // first and last target position with a cell of at least the threshold; 0: none
-  int32_t last_row = 0;
-  UTvector<int32_t> values;  // [0 .. qlen-1] the cells of the row above the first; unset when there is none
+  int32_t best = -1;         // best cell value; -1 when there is no cell
+  int32_t first_row = 0;     // target positions from the first to the last with a cell of at least the
+  int32_t last_row = 0;      // threshold, and perhaps some more; 0: none
+  UTvector<int32_t> values;  // [0 .. qlen-2] the cells of the row above the first; unset when there is none
 };
 
 // fill_flags - the recurrence of swli (of swl, with equal penalties) over all cells of one pair.
-// In     target[1..dlen-2]; out_flags shaped for the pair
+// In     target[1..dlen-2]; out_flags shaped for the pair; set: usable on this machine
 // Out    out_flags[j][i], j = 0..dlen-2, i = 0..qlen-2
+// Exact  the flags of every set are those of REFERENCE, which negative penalties always take
 FlagSweep fill_flags(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
-                     const GapRows& gaps, int32_t threshold, MoveFlags& out_flags);
+                     const GapRows& gaps, int32_t threshold, InstructionSet set, MoveFlags& out_flags);
+
+// any_negative - whether a penalty of any query position is negative.
+bool any_negative(const GapRows& gaps, int32_t qlen);

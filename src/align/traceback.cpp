@@ -236,13 +236,9 @@ void take_every_row(FlagSweep& sweep, int32_t qlen, int32_t dlen) {
 int32_t align(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table, const GapRows& gaps,
               const PathScheme& scheme, int32_t threshold, PathStore& store, MoveFlags& flags) {
   empty_store(store, qlen);
-  FlagSweep sweep = fill_flags(qlen, target, dlen, table, gaps, threshold, flags);
+  FlagSweep sweep = fill_flags(qlen, target, dlen, table, gaps, threshold, best_instruction_set(), flags);
   if (sweep.best < 0) return sweep.best;
-  const auto is_negative = [](int32_t penalty) { return penalty < 0; };
-  if (std::any_of(gaps.extend, gaps.extend + qlen - 2, is_negative) ||
-      std::any_of(gaps.open, gaps.open + qlen - 2, is_negative)) {
-    take_every_row(sweep, qlen, dlen);
-  }
+  if (any_negative(gaps, qlen)) take_every_row(sweep, qlen, dlen);
   find_paths({qlen, dlen, target, table, gaps, scheme, flags, threshold}, sweep, store);
   return sweep.best;
 }

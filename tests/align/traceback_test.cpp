@@ -285,6 +285,29 @@ TEST(Traceback, TracesEveryPathToItsBest) {
   }
 }
 
+// Every set on lengths around the rows and lanes that are worked out side by side.
+TEST(MoveFlags, AreTheSameFromEveryInstructionSet) {
+  Random random(12);
+  for (const InstructionSet set : {InstructionSet::PORTABLE, InstructionSet::AVX2, InstructionSet::AVX512}) {
+    if (!is_usable(set)) continue;
+    for (int32_t round = 0; round < 1000; ++round) {
+      Problem problem = random_problem(random, MODES[round % 4], 70);
+      const GapRows gaps = {problem.extend_row(), problem.gap_row(true)};
+      const int32_t threshold = scan_score(problem) - 2;
+      MoveFlags expected = uchararr(problem.dlen(), problem.qlen()), flags = expected;
+      const auto sweep = [&](InstructionSet by, MoveFlags& out_flags) {
+        return fill_flags(problem.qlen(), problem.target.data(), problem.dlen(), problem.table, gaps,
+                          threshold, by, out_flags);
+      };
+      const FlagSweep reference = sweep(InstructionSet::REFERENCE, expected), found = sweep(set, flags);
+      ASSERT_EQ(flags.cells, expected.cells) << instruction_set_name(set) << " round " << round;
+      EXPECT_EQ(found.best, reference.best);
+      EXPECT_LE(found.first_row, reference.first_row);
+      EXPECT_GE(found.last_row, reference.last_row);
+    }
+  }
+}
+
 // With negative penalties a gap raises the score; scan and traceback still agree where the last query position,
 // whose value the scan does not carry from row to row, pays for its gaps.
 TEST(Traceback, AgreesWithScanUnderNegativePenalties) {
