@@ -2,6 +2,7 @@
 
 #include "stats/numerics/allocators.h"
 #include "stats/numerics/linear_system.h"
+#include "stats/numerics/normal_equations.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ void free_state() {
 
 int allocate_state(const int* ia, int ma) {
   state.ma = ma;
-  for (int j = 1; j <= ma; ++j) state.mfit += ia[j] != 0;
+  state.mfit = count_fitted(ia, ma);
   int status = dvector(1, ma, &state.atry);
   if (status == NUMERICS_OK) status = dvector(1, ma, &state.beta);
   if (status == NUMERICS_OK) status = dvector(1, ma, &state.da);
@@ -70,33 +71,18 @@ int mrqcof(const double* x, const double* y, const double* sig, int ndata, const
            int ma, double** alpha, double* beta, double* chisq, FitModel model) {
   double* dyda = nullptr;
   if (const int status = dvector(1, ma, &dyda); status != NUMERICS_OK) return status;
-  int mfit = 0;
-  for (int j = 1; j <= ma; ++j) mfit += ia[j] != 0;
-  for (int j = 1; j <= mfit; ++j) {
-    for (int k = 1; k <= j; ++k) alpha[j][k] = 0.0;
-    beta[j] = 0.0;
-  }
+  const int mfit = count_fitted(ia, ma);
+  clear_equations(alpha, beta, mfit);
   *chisq = 0.0;
   for (int i = 1; i <= ndata; ++i) {
     double ymod = 0.0;
     model(x[i], a, &ymod, dyda, ma);
     const double weight = 1.0 / (sig[i] * sig[i]);
     const double dy = y[i] - ymod;
-    int j = 0;
-    for (int l = 1; l <= ma; ++l) {
-      if (ia[l] == 0) continue;
-      ++j;
-      int k = 0;
-      for (int m = 1; m <= l; ++m) {
-        if (ia[m] != 0) alpha[j][++k] += dyda[l] * weight * dyda[m];
-      }
-      beta[j] += dy * dyda[l] * weight;
-    }
+    add_point(dyda, dy, weight, ia, ma, alpha, beta);
     *chisq += dy * dy * weight;
   }
-  for (int j = 2; j <= mfit; ++j) {
-    for (int k = 1; k < j; ++k) alpha[k][j] = alpha[j][k];
-  }
+  complete_equations(alpha, mfit);
   free_dvector(dyda, 1, ma);
   return NUMERICS_OK;
 }
