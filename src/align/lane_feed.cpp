@@ -1,28 +1,56 @@
 #include "align/lane_feed.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
+#include <initializer_list>
 
 namespace {
 
-// Puts residues of the lane's sequence into the columns of the chunk from `column` on; returns the column
-// behind them.
-int32_t copy_run(LaneFeed& feed, int32_t lane_number, int32_t column, int32_t end) {
-  LaneFeed::Lane& lane = feed.lanes[static_cast<std::size_t>(lane_number)];
-  const int32_t run = std::min(lane.left, end - column);
-  uint8_t* to = feed.residues.data + column * feed.shape.lanes + lane_number;
-  for (int32_t k = 0; k < run; ++k) {
-    *to = static_cast<uint8_t>(lane.at[k]);
-    to += feed.shape.lanes;
-  }
-  lane.at += run;
-  lane.left -= run;
-  return column + run;
+std::size_t chunk_columns(const KernelShape& shape) {
+  return static_cast<std::size_t>(CHUNK_BLOCKS * shape.columns);
 }
 
-int32_t copy_pads(LaneFeed& feed, int32_t lane_number, int32_t column, int32_t end) {
-  for (; column < end; ++column) feed.residues.data[column * feed.shape.lanes + lane_number] = PAD_CODE;
-  return column;
+// Exchanges the off-diagonal parts of a pair of rows: in each group of `bytes` * 2, the upper bytes of `a` with
+// the lower ones of `b`.
+void exchange(uint64_t& a, uint64_t& b, int bytes, uint64_t lower) {
+  const uint64_t changed = ((a >> (8 * bytes)) ^ b) & lower;
+  b ^= changed;
+  a ^= changed << (8 * bytes);
+}
+
+// Transposes 8 rows of 8 bytes by exchanging ever smaller blocks.
+void transpose_8x8(const uint8_t* from, std::size_t from_stride, uint8_t* to, std::size_t to_stride) {
+  if constexpr (std::endian::native != std::endian::little) {
+    for (std::size_t r = 0; r < 8; ++r) {
+      for (std::size_t c = 0; c < 8; ++c) to[c * to_stride + r] = from[r * from_stride + c];
+    }
+    return;
+  }
+  uint64_t row[8];
+  for (std::size_t r = 0; r < 8; ++r) std::memcpy(&row[r], from + r * from_stride, 8);
+  for (const int r : {0, 1, 2, 3}) exchange(row[r], row[r + 4], 4, 0x00000000FFFFFFFFU);
+  for (const int r : {0, 1, 4, 5}) exchange(row[r], row[r + 2], 2, 0x0000FFFF0000FFFFU);
+  for (const int r : {0, 2, 4, 6}) exchange(row[r], row[r + 1], 1, 0x00FF00FF00FF00FFU);
+  for (std::size_t r = 0; r < 8; ++r) std::memcpy(to + r * to_stride, &row[r], 8);
+}
+
+// From one row per lane to one row per column.
+void transpose_chunk(LaneFeed& feed) {
+  const std::size_t columns = chunk_columns(feed.shape);
+  const auto lanes = static_cast<std::size_t>(feed.shape.lanes);
+  std::size_t lane = 0;
+  for (; lane + 8 <= lanes; lane += 8) {
+    for (std::size_t c = 0; c < columns; c += 8) {
+      transpose_8x8(feed.by_lane.data + lane * columns + c, columns, feed.residues.data + c * lanes + lane,
+                    lanes);
+    }
+  }
+  for (; lane < lanes; ++lane) {
+    for (std::size_t c = 0; c < columns; ++c) {
+      feed.residues.data[c * lanes + lane] = feed.by_lane.data[lane * columns + c];
+    }
+  }
 }
 
 bool begin_sequence(LaneFeed& feed, int32_t lane_number, int32_t block) {
@@ -43,19 +71,25 @@ bool begin_sequence(LaneFeed& feed, int32_t lane_number, int32_t block) {
 int32_t fill_lane(LaneFeed& feed, int32_t number) {
   const int32_t columns = feed.shape.columns;
   const int32_t end = CHUNK_BLOCKS * columns;
+  uint8_t* const row = feed.by_lane.data + number * end;
+  LaneFeed::Lane& lane = feed.lanes[static_cast<std::size_t>(number)];
   int32_t column = 0;
   while (column < end) {
-    LaneFeed::Lane& lane = feed.lanes[static_cast<std::size_t>(number)];
     if (lane.left == 0 && !begin_sequence(feed, number, column / columns)) break;
-    column = copy_run(feed, number, column, end);
+    const int32_t run = std::min(lane.left, end - column);
+    std::memcpy(row + column, lane.at, static_cast<std::size_t>(run));
+    lane.at += run;
+    lane.left -= run;
+    column += run;
     if (lane.left == 0) {
       const int32_t block = (column + columns - 1) / columns;
-      column = copy_pads(feed, number, column, block * columns);
+      std::fill(row + column, row + block * columns, PAD_CODE);
+      column = block * columns;
       if (block < CHUNK_BLOCKS) feed.turns.data[block] = 1;
       feed.ends.push_back({block, number, lane.sequence});
     }
   }
-  copy_pads(feed, number, column, end);
+  std::fill(row + column, row + end, PAD_CODE);
   return column;
 }
 
@@ -86,7 +120,8 @@ void start_feed(LaneFeed& feed, const KernelShape& shape, const SeqRec* seqs,
   feed.next = 0;
   feed.lanes.assign(static_cast<std::size_t>(shape.lanes), LaneFeed::Lane());
   const auto lanes = static_cast<std::size_t>(shape.lanes);
-  resize_block(feed.residues, static_cast<std::size_t>(CHUNK_BLOCKS * shape.columns) * lanes);
+  resize_block(feed.by_lane, chunk_columns(shape) * lanes);
+  resize_block(feed.residues, chunk_columns(shape) * lanes);
   resize_block(feed.turns, CHUNK_BLOCKS);
   resize_block(feed.masks, CHUNK_BLOCKS * lanes * static_cast<std::size_t>(shape.lane_bytes));
 }
@@ -100,6 +135,7 @@ bool fill_chunk(LaneFeed& feed) {
   feed.ends.clear();
   int32_t used = 0;
   for (int32_t lane = 0; lane < feed.shape.lanes; ++lane) used = std::max(used, fill_lane(feed, lane));
+  transpose_chunk(feed);
   feed.blocks = used / feed.shape.columns;
   return used > 0;
 }

@@ -30,6 +30,7 @@ struct LaneFeed {
 
   // The chunk: what fill_chunk makes and a KernelCall points to.
   int32_t blocks = 0;
+  AlignedBlock by_lane;  // [lanes][columns]: residues before they are transposed
   AlignedBlock residues;
   AlignedBlock turns;
   AlignedBlock masks;
@@ -47,5 +48,5 @@ void start_feed(LaneFeed& feed, const KernelShape& shape, const SeqRec* seqs, co
 // fill_chunk - the next piece of all lanes. Returns false when every sequence has ended.
 bool fill_chunk(LaneFeed& feed);
 
-// Blocks of a full chunk.
+// Blocks of a full chunk: whatever a block's width is, its columns are a multiple of 8.
 constexpr int32_t CHUNK_BLOCKS = 16;

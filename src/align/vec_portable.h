@@ -17,27 +17,25 @@ struct Vec8;  // none
 struct Vec16 {
   static constexpr LaneWidth WIDTH = LaneWidth::BITS16;
   using Lane = int16_t;
-  typedef int16_t Signed __attribute__((vector_size(16)));
+  typedef int16_t Signed __attribute__((vector_size(16), may_alias));
   typedef uint16_t Unsigned __attribute__((vector_size(16)));
   Signed v;
 };
 struct Vec32 {
   static constexpr LaneWidth WIDTH = LaneWidth::BITS32;
   using Lane = int32_t;
-  typedef int32_t Signed __attribute__((vector_size(16)));
+  typedef int32_t Signed __attribute__((vector_size(16), may_alias));
   typedef uint32_t Unsigned __attribute__((vector_size(16)));
   Signed v;
 };
 
 template <class V>
 V load(const uint8_t* from) {
-  V a;
-  std::memcpy(&a.v, from, sizeof a.v);
-  return a;
+  return {*reinterpret_cast<const typename V::Signed*>(from)};
 }
 template <class V>
 void store(uint8_t* to, V a) {
-  std::memcpy(to, &a.v, sizeof a.v);
+  *reinterpret_cast<typename V::Signed*>(to) = a.v;
 }
 template <class V>
 V splat(uint32_t pattern) {
