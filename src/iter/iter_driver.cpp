@@ -1,7 +1,5 @@
 #include "iter/iter_driver.h"
 
-#include <algorithm>
-
 #include "align/alignment_text.h"
 #include "align/lookup.h"
 #include "align/scan.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "align/traceback.h"
+#include "driver/progress.h"
 #include "iter/profile_counts.h"
 #include "iter/profile_log_odds.h"
 #include "util/failure.h"
@@ -80,7 +81,7 @@ void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* score
     PrintLookup3(query.len, count, matrix, std_out);
   }
 
-  if (p->VERBOSE != 0) std::fputs("About to call calc_profile\n", std_err);
+  progress("About to call calc_profile\n", p);
   if (p->PROFILE_WEIGHT_METHOD == 0) {
     calc_profile(query.seq, query.len, matrix, table, count, p);
   } else if (p->PROFILE_WEIGHT_METHOD == 1 || p->PROFILE_WEIGHT_METHOD == 2) {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "driver/progress.h"
 #include "iter/residue_model.h"
 #include "iter/row_weights.h"
 #include "seq/sequence_file.h"
@@ -147,7 +148,7 @@ void set_variable_penalties(const ScoreMatrix& matrix, int32_t npositions, Looku
 }  // namespace
 
 void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignData& aldat, const Params* p) {
-  if (p->VERBOSE != 0) std::fputs("About to call dmlook\n", std_err);
+  progress("About to call dmlook\n", p);
   const SeqRec& query = *aldat.query;
   const int8_t gap = residue_code(matrix, p->GAP_CHARACTER);
   const bool variable_gaps = p->MODE == 210 || p->MODE == 212;
@@ -175,7 +176,7 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
                              : std::max(0.0, weights.mean_distinct * column.observed - 1.0);
     if (mix(column, model, alpha, p, ratio)) write_column(ratio, model, i, table, p);
   }
-  if (p->VERBOSE != 0) std::fputs("About to call FreeDLookup\n", std_err);
+  progress("About to call FreeDLookup\n", p);
   if (variable_gaps) set_variable_penalties(matrix, npositions, table, p);
   if (p->VERBOSE != 0) {
     std::fputs("About to return from calc_profile2\n", std_err);

@@ -152,6 +152,17 @@ class IterativeSearch(zelvan_cli.TestCase):
                 self.assertEqual(lists(run), expected)
                 self.assertEqual("Load database" in run.stderr, time > 5)
 
+    def test_empty_sequences_disturb_nothing(self):
+        expected = iterations(self.search("-MODE", 202, "-NITER", 3).stdout)
+        records = self.database_text.split(">")[1:]
+        text = "".join(f">{r}" if k % 100 else f">none{k} empty\n>{r}" for k, r in enumerate(records))
+        self.database = self.file("odd.fa", text + ">last empty\n")
+        found = iterations(self.search("-MODE", 202, "-NITER", 3).stdout)
+        self.assertEqual([significant(h) for h in found], [significant(h) for h in expected])
+        first = dict(found[0])
+        for name, e in expected[0]:  # all scores enter the mean that bounds the fit: a last digit may move
+            self.assertLess(abs(first[name] / e - 1), 0.01, name)
+
     def test_trouble(self):
         empty = self.zelvan("-s", self.query, "-d", self.file("empty.fa", ""), "-MODE", 202)
         self.assertEqual(empty.status, 255)
