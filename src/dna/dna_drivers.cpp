@@ -96,7 +96,8 @@ void score_batch(const Batch& batch, const Setup& setup, const Params* p) {
 
 // ---- Modes 12, 20 and 22.
 
-void check_limits(const Params* p) {
+void check_settings(const Params* p) {
+  require_precision(p);
   if (p->MAX_NOUT == -1 && p->MIN_SCORE == -p->PRECISION) {
     UTend_input(std_err, "Error:  Both min_score and max_nout are set to -1\n");
   }
@@ -180,7 +181,7 @@ void report(Search& search, Params* p) {
 }
 
 void search_translated(Params* p) {
-  check_limits(p);
+  check_settings(p);
   UT_init_times();
   setgapdefs(p);
   Search search;

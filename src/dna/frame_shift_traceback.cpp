@@ -17,37 +17,34 @@ struct Summit {
   int32_t column = 0;
 };
 
-uint8_t moves_of_cell(int32_t h, int32_t diagonal, int32_t up, int32_t left, int32_t shift) {
-  uint8_t flags = h == 0 ? CELL_ZERO : uint8_t{0};
-  if (h == diagonal) flags |= MOVE_DIAGONAL;
-  if (h == up) flags |= MOVE_UP;
-  if (h == left) flags |= MOVE_LEFT;
-  if (h == shift) flags |= SHIFT_IN_COLUMNS;
-  return flags;
-}
-
 // The recurrence of npswli2, its flags kept for every cell.
 Summit fill_frame_flags(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table, int32_t ld_pen,
                         int32_t li_pen, int32_t fs_pen, MoveFlags& flags) {
-  UTvector<int32_t> storage[2];
-  for (UTvector<int32_t>& row : storage) row.assign(static_cast<std::size_t>(std::max(m, 1) + EDGE), 0);
-  int32_t* above = storage[0].data() + EDGE;
-  int32_t* now = storage[1].data() + EDGE;
+  // Two rows of cells, and what a gap from each of them leaves of its value, upwards and to the left.
+  const auto columns = static_cast<std::size_t>(std::max(m, 1) + EDGE);
+  UTvector<int32_t> cells[2] = {UTvector<int32_t>(columns, 0), UTvector<int32_t>(columns, 0)};
+  UTvector<int32_t> gaps_up(columns, -li_pen);
+  UTvector<int32_t> gaps_left(columns, -li_pen);
+  int32_t* above = cells[0].data() + EDGE;
+  int32_t* now = cells[1].data() + EDGE;
+  int32_t* const after_up = gaps_up.data() + EDGE;
+  int32_t* const after_left = gaps_left.data() + EDGE;
   Summit summit;
   for (int32_t i = 1; i <= n - 2; ++i) {
     const int32_t* s = table[rows[i]];
-    const uint8_t* flags_above = flags[i - 1];
-    uint8_t* flags_now = flags[i];
+    uint8_t* row_flags = flags[i];
     for (int32_t j = 1; j <= m - 2; ++j) {
-      const bool extends_left = j > CODON && (flags_now[j - CODON] & MOVE_LEFT) != 0;
-      const bool extends_up = (flags_above[j] & MOVE_UP) != 0;
       const int32_t diagonal = above[j - CODON] + s[j];
-      const int32_t up = above[j] - (extends_up ? ld_pen : li_pen);
-      const int32_t left = now[j - CODON] - (extends_left ? ld_pen : li_pen);
+      const int32_t up = after_up[j];
+      const int32_t left = after_left[j - CODON];
       const int32_t shift = now[j - 1] - fs_pen;
-      const int32_t h = std::max({0, diagonal, up, left, shift});
+      const int32_t h = std::max(std::max(std::max(diagonal, up), std::max(left, 0)), shift);
       now[j] = h;
-      flags_now[j] = moves_of_cell(h, diagonal, up, left, shift);
+      row_flags[j] = static_cast<uint8_t>((h == diagonal ? MOVE_DIAGONAL : 0) | (h == up ? MOVE_UP : 0) |
+                                          (h == left ? MOVE_LEFT : 0) | (h == shift ? SHIFT_IN_COLUMNS : 0) |
+                                          (h == 0 ? CELL_ZERO : 0));
+      after_up[j] = h - (h == up ? ld_pen : li_pen);
+      after_left[j] = h - (h == left ? ld_pen : li_pen);
       if (h > summit.score) summit = {h, i, j};
     }
     std::swap(above, now);
@@ -77,7 +74,6 @@ uint8_t move_into(uint8_t cell, uint8_t next_move, bool shifts_stay_together) {
 FramePath trace_frames(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table, int32_t ld_pen,
                        int32_t li_pen, int32_t fs_pen, int32_t fse_pen, MoveFlags& flags) {
   fit_flags(flags, n, m);
-  std::fill_n(flags[0], flags.cols, uint8_t{0});
   const Summit summit = fill_frame_flags(m, rows, n, table, ld_pen, li_pen, fs_pen, flags);
   FramePath path;
   path.score = summit.score;

@@ -9,11 +9,6 @@
 
 namespace {
 
-void require_precision(const Params* p) {
-  if (p->PRECISION != 0) return;
-  UTend_input(std_err, "PRECISION is 0: scores cannot be divided by it. Set it to 1 or a multiple of 10\n");
-}
-
 // A cut-off is single precision, the value double: compared as doubles. No number never passes.
 bool within(float cutoff, double value) {
   return static_cast<double>(cutoff) >= value;
@@ -72,6 +67,11 @@ int32_t print_best_first(const ResultRec& results, Passes passes, PrintLine prin
 }
 
 }  // namespace
+
+void require_precision(const Params* p) {
+  if (p->PRECISION != 0) return;
+  UTend_input(std_err, "PRECISION is 0: scores cannot be divided by it. Set it to 1 or a multiple of 10\n");
+}
 
 int32_t whole_score(int32_t score, const Params* p) {
   require_precision(p);

@@ -42,6 +42,9 @@ int32_t print_score_list2(const SeqRec& query, const ResultRec& results, const S
 int32_t print_score_list3(const SeqRec& query, const ResultRec& results, const ScoreMatrix& matrix,
                           RunTimes& times, Params* p);
 
+// require_precision - ends the run when PRECISION is 0: scores could not be divided by it (status -1).
+void require_precision(const Params* p);
+
 // whole_score - a score in matrix units, truncated toward zero, as every list shows it.
 // In     score x PRECISION
 // Ends   when PRECISION is 0 (status -1)
