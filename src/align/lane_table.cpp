@@ -41,7 +41,9 @@ void keep_distinct(UTvector<int32_t>& rows, UTvector<int32_t>& row_of) {
 int32_t common_divisor(int32_t divisor, const UTvector<int32_t>& values) {
   for (const int32_t value : values) {
     if (divisor == 1) break;
-    divisor = std::gcd(divisor, value);
+    // The size of the lowest integer, 2^31, is no integer of 32 bits; half of it divides it, too.
+    const int64_t common = std::gcd(int64_t{divisor}, int64_t{value});
+    divisor = static_cast<int32_t>(std::min(common, int64_t{1} << 30));
   }
   return divisor;
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "align/lookup.h"
+#include "align/score_range.h"
 #include "bdb/database.h"
 #include "bdb/extraction.h"
 #include "dna/frame_scan.h"
@@ -87,6 +88,7 @@ void read_batch(Batch& batch, SeqReader& reader, const Setup& setup, const Param
 void score_batch(const Batch& batch, const Setup& setup, const Params* p) {
   constexpr int32_t DIVISOR = 100;  // whatever PRECISION is
   const auto n = static_cast<int32_t>(batch.seqs.size());
+  check_score_range(setup.table, *setup.matrix, batch.seqs.data(), n, p);
   UTvector<int32_t> scores(batch.seqs.size());
   scan_frames(setup.query.len, batch.seqs.data(), n, setup.table, scores.data(), p);
   for (std::size_t k = 0; k < scores.size(); ++k) {
@@ -134,6 +136,7 @@ void prepare_database(Search& search, Params* p) {
 void scan(Search& search, const Params* p) {
   const Database& database = search.database;
   if (p->VERBOSE != 0) std::fprintf(std_err, "Scanning database of %d sequences\n", database.n);
+  check_score_range(search.setup.table, *search.setup.matrix, database.seqs, database.n, p);
   search.scores.assign(static_cast<std::size_t>(database.n), 0);
   UT_get_times(1);  // a reading that nobody sees: the slot then covers the scan alone, and so the rate
   scan_frames(search.setup.query.len, database.seqs, database.n, search.setup.table, search.scores.data(), p);

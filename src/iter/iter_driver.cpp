@@ -3,6 +3,7 @@
 #include "align/alignment_text.h"
 #include "align/lookup.h"
 #include "align/scan.h"
+#include "align/score_range.h"
 #include "bdb/database.h"
 #include "bdb/extraction.h"
 #include "driver/gap_defaults.h"
@@ -100,6 +101,7 @@ void close_side_files(Params* p) {
 }
 
 void scan(Search& search, const Params* p) {
+  check_score_range(search.table, *search.matrix, search.database.seqs, search.database.n, p);
   UT_get_times(1);  // a reading that nobody sees: the slot then covers this scan alone, and so the rate
   scan_database(search.query.len, search.database.seqs, search.database.n, search.table, *search.matrix,
                 search.scores.data(), p);
