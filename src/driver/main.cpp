@@ -112,6 +112,7 @@ void check_report() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  UTholdstreams();
   UTinitfile();
   run_mode(configure(argc, argv));
   check_report();
