@@ -1,5 +1,7 @@
 #include "bdb/builder.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -27,7 +29,8 @@ constexpr std::size_t WRITE_BUFFER = std::size_t{1} << 20;
 // A file that is being written under a temporary name.
 struct PendingFile {
   const char* name = nullptr;  // the real one
-  UTstring temporary;          // empty until the file exists
+  UTstring temporary;
+  bool exists = false;  // under its temporary name
   FILE* stream = nullptr;
   UTbuffer<char> buffer;  // of the stream
 };
@@ -49,7 +52,7 @@ void show_build_time(const char* label, const Params* p) {
 void discard(const PendingDatabase& pending) {
   const int reason = errno;
   for (const PendingFile* file : {&pending.index, &pending.sequences}) {
-    if (!file->temporary.empty()) std::remove(file->temporary.c_str());
+    if (file->exists) std::remove(file->temporary.c_str());
   }
   errno = reason;
 }
@@ -66,20 +69,26 @@ void discard(const PendingDatabase& pending) {
   UTend_input(std_err, "%s\n", file.name);
 }
 
-void open_pending(const PendingDatabase& pending, PendingFile& file, const char* name) {
+// Everything that takes memory comes before any file exists: exhausted memory ends the run where it stands.
+PendingFile prepare(const char* name) {
+  char suffix[64];
+  std::snprintf(suffix, sizeof suffix, ".%ld.tmp", static_cast<long>(getpid()));
+  PendingFile file;
   file.name = name;
+  file.temporary = UTcat({name, suffix});
+  file.buffer.resize(WRITE_BUFFER);
+  return file;
+}
+
+void open_pending(const PendingDatabase& pending, PendingFile& file) {
   struct stat status;
-  if (stat(name, &status) == 0 && S_ISDIR(status.st_mode)) {
+  if (stat(file.name, &status) == 0 && S_ISDIR(status.st_mode)) {
     errno = EISDIR;  // noticed now rather than when the finished file is to take this name
     end_unopened(pending, file);
   }
-  char suffix[64];
-  std::snprintf(suffix, sizeof suffix, ".%ld.tmp", static_cast<long>(getpid()));
-  const UTstring temporary = UTcat({name, suffix});
-  file.stream = std::fopen(temporary.c_str(), "wb");
+  file.stream = std::fopen(file.temporary.c_str(), "wb");
   if (file.stream == nullptr) end_unopened(pending, file);
-  file.temporary = temporary;
-  file.buffer.resize(WRITE_BUFFER);
+  file.exists = true;
   std::setvbuf(file.stream, file.buffer.data(), _IOFBF, file.buffer.size());
 }
 
@@ -103,11 +112,23 @@ void close_pending(const PendingDatabase& pending, PendingFile& file) {
   if (std::fclose(stream) != 0) end_unwritten(pending, file);
 }
 
+// Keeps other builds in the same directory from renaming their files between our two. Where locks are not to be
+// had the files are renamed without. Returns the descriptor that holds the lock.
+int lock_directory(const UTstring& file) {
+  const std::size_t slash = file.rfind('/');
+  const UTstring directory = slash == UTstring::npos ? UTstring(".") : file.substr(0, slash + 1);
+  const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY);
+  if (descriptor != -1) flock(descriptor, LOCK_EX);
+  return descriptor;
+}
+
 // Both files are complete: from here on they stand under their names.
 void publish(const PendingDatabase& pending) {
+  const int lock = lock_directory(pending.index.temporary);
   for (const PendingFile* file : {&pending.sequences, &pending.index}) {
     if (std::rename(file->temporary.c_str(), file->name) != 0) end_unwritten(pending, *file);
   }
+  if (lock != -1) close(lock);
 }
 
 // The order in which sequences are stored: order[k], k = 1..n, numbers them from 1.
@@ -203,10 +224,12 @@ void makedb(Params* p) {
   const BdbInfo info = describe(database, matrix, p);
 
   PendingDatabase pending;
+  pending.index = prepare(p->BDB_INDEX_FILE.name.c_str());
+  pending.sequences = prepare(p->BDB_SEQ_FILE.name.c_str());
   progress("Opening Index file\n", p);
-  open_pending(pending, pending.index, p->BDB_INDEX_FILE.name.c_str());
+  open_pending(pending, pending.index);
   progress("Opening database file\n", p);
-  open_pending(pending, pending.sequences, p->BDB_SEQ_FILE.name.c_str());
+  open_pending(pending, pending.sequences);
   progress("Counting characters to write to .sq file\n", p);
   write_header(pending, info, p);
   progress("Writing index and .sq files\n", p);
