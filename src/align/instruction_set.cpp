@@ -1,18 +1,5 @@
 #include "align/instruction_set.h"
 
-#include <initializer_list>
-
-namespace {
-
-InstructionSet find_best() {
-  for (const InstructionSet set : {InstructionSet::AVX512, InstructionSet::AVX2, InstructionSet::SSE41}) {
-    if (is_usable(set)) return set;
-  }
-  return InstructionSet::PORTABLE;
-}
-
-}  // namespace
-
 bool is_usable(InstructionSet set) {
   switch (set) {
     case InstructionSet::REFERENCE:
@@ -30,11 +17,6 @@ bool is_usable(InstructionSet set) {
     default:
       return false;
   }
-}
-
-InstructionSet best_instruction_set() {
-  static const InstructionSet best = find_best();
-  return best;
 }
 
 const char* instruction_set_name(InstructionSet set) {
