@@ -3,24 +3,18 @@
 
 #include <immintrin.h>
 
-#include "align/scan_kernel.h"
+#include "align/instruction_set.h"
 
 namespace {
 
 constexpr InstructionSet COMPILED_SET = InstructionSet::AVX2;
+using Register = __m256i;
 
-struct Vec8 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS8;
-  __m256i v;
-};
-struct Vec16 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS16;
-  __m256i v;
-};
-struct Vec32 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS32;
-  __m256i v;
-};
+}  // namespace
+
+#include "align/vec_lanes.h"
+
+namespace {
 
 template <class V>
 V load(const uint8_t* from) {
@@ -78,70 +72,50 @@ inline Vec32 equal(Vec32 a, Vec32 b) {
   return {_mm256_cmpeq_epi32(a.v, b.v)};
 }
 
-// The gap value that a cell hands on: its own less the extension where it got its value by this gap, else less
-// the opening. `change` is opening XOR extension: logic takes fewer steps than a blend on most processors.
-template <class V>
-V carry(V cell, V gap, V open, V change) {
-  const __m256i extends = equal(cell, gap).v;
-  return sub(cell, V{_mm256_xor_si256(open.v, _mm256_and_si256(extends, change.v))});
+inline Register and_bits(Register a, Register b) {
+  return _mm256_and_si256(a, b);
+}
+inline Register or_bits(Register a, Register b) {
+  return _mm256_or_si256(a, b);
+}
+inline Register xor_bits(Register a, Register b) {
+  return _mm256_xor_si256(a, b);
+}
+inline Register splat_byte(char value) {
+  return _mm256_set1_epi8(value);
+}
+inline Register add_unsigned_bytes(Register a, Register b) {
+  return _mm256_adds_epu8(a, b);
+}
+inline Register sub_bytes(Register a, Register b) {
+  return _mm256_sub_epi8(a, b);
+}
+inline Register shuffle_bytes(Register table, Register index) {
+  return _mm256_shuffle_epi8(table, index);
+}
+inline Register interleave_lower(Register a, Register b) {
+  return _mm256_unpacklo_epi8(a, b);
+}
+inline Register interleave_upper(Register a, Register b) {
+  return _mm256_unpackhi_epi8(a, b);
+}
+// 16 bytes in both halves: byte shuffles work in halves.
+inline Register load_table(const uint8_t* from) {
+  return _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(from)));
+}
+// The codes of two columns of 16 lanes, in the order that interleaving, which works in halves, turns into lanes.
+inline Register load_column_pair(const uint8_t* residues) {
+  const __m128i* columns = reinterpret_cast<const __m128i*>(residues);
+  const __m128i first = _mm_load_si128(columns);
+  const __m128i second = _mm_load_si128(columns + 1);
+  return _mm256_set_m128i(_mm_unpackhi_epi64(first, second), _mm_unpacklo_epi64(first, second));
 }
 
-// A byte shuffle reads tables of 16 entries and gives 0 where an index has its top bit set. A row of 32 takes
-// two shuffles whose indices are set up so that exactly one of them answers.
-struct Index {
-  __m256i lower, upper;  // for entries 0..15 and 16..31
-};
-inline Index make_index(__m256i codes) {
-  return {_mm256_adds_epu8(codes, _mm256_set1_epi8(0x70)), _mm256_sub_epi8(codes, _mm256_set1_epi8(16))};
-}
-inline __m256i shuffle_row(const uint8_t* row, const Index& index) {
-  const __m256i lower = _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(row)));
-  const __m256i upper =
-      _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(row + 16)));
-  return _mm256_or_si256(_mm256_shuffle_epi8(lower, index.lower), _mm256_shuffle_epi8(upper, index.upper));
-}
+}  // namespace
 
-// The residues of some columns, made ready for look-ups in a score row.
-template <class V, int COLUMNS>
-struct Codes;
+#include "align/vec_byte_shuffle.h"
 
-template <int COLUMNS>
-struct Codes<Vec8, COLUMNS> {
-  static constexpr int ROW_BYTES = ROW_CODES;
-  Index index[COLUMNS];
-  explicit Codes(const uint8_t* residues) {
-    for (int k = 0; k < COLUMNS; ++k) {
-      index[k] = make_index(_mm256_load_si256(reinterpret_cast<const __m256i*>(residues) + k));
-    }
-  }
-  void look_up(const uint8_t* row, Vec8* out) const {
-    for (int k = 0; k < COLUMNS; ++k) out[k].v = shuffle_row(row, index[k]);
-  }
-};
-
-// Two columns share one index: the low and the high bytes of their scores are looked up apart, then joined.
-template <int COLUMNS>
-struct Codes<Vec16, COLUMNS> {
-  static constexpr int ROW_BYTES = 2 * ROW_CODES;
-  Index index[COLUMNS / 2];
-  explicit Codes(const uint8_t* residues) {
-    for (int k = 0; k < COLUMNS / 2; ++k) {
-      const __m128i* two = reinterpret_cast<const __m128i*>(residues) + 2 * k;
-      const __m128i first = _mm_load_si128(two);
-      const __m128i second = _mm_load_si128(two + 1);
-      index[k] =
-          make_index(_mm256_set_m128i(_mm_unpackhi_epi64(first, second), _mm_unpacklo_epi64(first, second)));
-    }
-  }
-  void look_up(const uint8_t* row, Vec16* out) const {
-    for (int k = 0; k < COLUMNS / 2; ++k) {
-      const __m256i low = shuffle_row(row, index[k]);
-      const __m256i high = shuffle_row(row + ROW_CODES, index[k]);
-      out[2 * k].v = _mm256_unpacklo_epi8(low, high);
-      out[2 * k + 1].v = _mm256_unpackhi_epi8(low, high);
-    }
-  }
-};
+namespace {
 
 template <int COLUMNS>
 struct Codes<Vec32, COLUMNS> {

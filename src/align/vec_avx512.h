@@ -4,24 +4,18 @@
 
 #include <immintrin.h>
 
-#include "align/scan_kernel.h"
+#include "align/instruction_set.h"
 
 namespace {
 
 constexpr InstructionSet COMPILED_SET = InstructionSet::AVX512;
+using Register = __m512i;
 
-struct Vec8 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS8;
-  __m512i v;
-};
-struct Vec16 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS16;
-  __m512i v;
-};
-struct Vec32 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS32;
-  __m512i v;
-};
+}  // namespace
+
+#include "align/vec_lanes.h"
+
+namespace {
 
 template <class V>
 V load(const uint8_t* from) {
@@ -86,10 +80,6 @@ V carry(V cell, V gap, V open, V change) {
   const V extend{_mm512_xor_si512(open.v, change.v)};
   return sub(cell, where_equal(cell, gap, extend, open));
 }
-
-// The residues of some columns, made ready for look-ups in a score row.
-template <class V, int COLUMNS>
-struct Codes;
 
 // A byte shuffle reads tables of 16 entries and gives 0 where an index has its top bit set. A row of 32 takes
 // two shuffles whose indices are set up so that exactly one of them answers.

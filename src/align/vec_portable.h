@@ -13,21 +13,17 @@ namespace {
 constexpr InstructionSet COMPILED_SET = InstructionSet::PORTABLE;
 
 // Sums are taken without sign, where running over has a defined result.
+template <LaneWidth W, class LANE, class UNSIGNED_LANE>
+struct Vec {
+  static constexpr LaneWidth WIDTH = W;
+  using Lane = LANE;
+  typedef LANE Signed __attribute__((vector_size(16), may_alias));
+  typedef UNSIGNED_LANE Unsigned __attribute__((vector_size(16)));
+  Signed v;
+};
+using Vec16 = Vec<LaneWidth::BITS16, int16_t, uint16_t>;
+using Vec32 = Vec<LaneWidth::BITS32, int32_t, uint32_t>;
 struct Vec8;  // none
-struct Vec16 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS16;
-  using Lane = int16_t;
-  typedef int16_t Signed __attribute__((vector_size(16), may_alias));
-  typedef uint16_t Unsigned __attribute__((vector_size(16)));
-  Signed v;
-};
-struct Vec32 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS32;
-  using Lane = int32_t;
-  typedef int32_t Signed __attribute__((vector_size(16), may_alias));
-  typedef uint32_t Unsigned __attribute__((vector_size(16)));
-  Signed v;
-};
 
 template <class V>
 V load(const uint8_t* from) {

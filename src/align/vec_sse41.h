@@ -3,24 +3,18 @@
 
 #include <immintrin.h>
 
-#include "align/scan_kernel.h"
+#include "align/instruction_set.h"
 
 namespace {
 
 constexpr InstructionSet COMPILED_SET = InstructionSet::SSE41;
+using Register = __m128i;
 
-struct Vec8 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS8;
-  __m128i v;
-};
-struct Vec16 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS16;
-  __m128i v;
-};
-struct Vec32 {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS32;
-  __m128i v;
-};
+}  // namespace
+
+#include "align/vec_lanes.h"
+
+namespace {
 
 template <class V>
 V load(const uint8_t* from) {
@@ -78,60 +72,46 @@ inline Vec32 equal(Vec32 a, Vec32 b) {
   return {_mm_cmpeq_epi32(a.v, b.v)};
 }
 
-// The gap value that a cell hands on, as in vec_avx2.h.
-template <class V>
-V carry(V cell, V gap, V open, V change) {
-  const __m128i extends = equal(cell, gap).v;
-  return sub(cell, V{_mm_xor_si128(open.v, _mm_and_si128(extends, change.v))});
+inline Register and_bits(Register a, Register b) {
+  return _mm_and_si128(a, b);
+}
+inline Register or_bits(Register a, Register b) {
+  return _mm_or_si128(a, b);
+}
+inline Register xor_bits(Register a, Register b) {
+  return _mm_xor_si128(a, b);
+}
+inline Register splat_byte(char value) {
+  return _mm_set1_epi8(value);
+}
+inline Register add_unsigned_bytes(Register a, Register b) {
+  return _mm_adds_epu8(a, b);
+}
+inline Register sub_bytes(Register a, Register b) {
+  return _mm_sub_epi8(a, b);
+}
+inline Register shuffle_bytes(Register table, Register index) {
+  return _mm_shuffle_epi8(table, index);
+}
+inline Register interleave_lower(Register a, Register b) {
+  return _mm_unpacklo_epi8(a, b);
+}
+inline Register interleave_upper(Register a, Register b) {
+  return _mm_unpackhi_epi8(a, b);
+}
+inline Register load_table(const uint8_t* from) {
+  return _mm_load_si128(reinterpret_cast<const __m128i*>(from));
+}
+// The codes of two columns of 8 lanes.
+inline Register load_column_pair(const uint8_t* residues) {
+  return load_table(residues);
 }
 
-// Look-ups by byte shuffles, as in vec_avx2.h.
-struct Index {
-  __m128i lower, upper;  // for entries 0..15 and 16..31
-};
-inline Index make_index(const uint8_t* residues) {
-  const __m128i codes = _mm_load_si128(reinterpret_cast<const __m128i*>(residues));
-  return {_mm_adds_epu8(codes, _mm_set1_epi8(0x70)), _mm_sub_epi8(codes, _mm_set1_epi8(16))};
-}
-inline __m128i shuffle_row(const uint8_t* row, const Index& index) {
-  const __m128i* halves = reinterpret_cast<const __m128i*>(row);
-  return _mm_or_si128(_mm_shuffle_epi8(_mm_load_si128(halves), index.lower),
-                      _mm_shuffle_epi8(_mm_load_si128(halves + 1), index.upper));
-}
+}  // namespace
 
-// The residues of some columns, made ready for look-ups in a score row.
-template <class V, int COLUMNS>
-struct Codes;
+#include "align/vec_byte_shuffle.h"
 
-template <int COLUMNS>
-struct Codes<Vec8, COLUMNS> {
-  static constexpr int ROW_BYTES = ROW_CODES;
-  Index index[COLUMNS];
-  explicit Codes(const uint8_t* residues) {
-    for (int k = 0; k < COLUMNS; ++k) index[k] = make_index(residues + 16 * k);
-  }
-  void look_up(const uint8_t* row, Vec8* out) const {
-    for (int k = 0; k < COLUMNS; ++k) out[k].v = shuffle_row(row, index[k]);
-  }
-};
-
-// Two columns of 8 lanes share one index: the low and the high bytes of their scores are looked up apart.
-template <int COLUMNS>
-struct Codes<Vec16, COLUMNS> {
-  static constexpr int ROW_BYTES = 2 * ROW_CODES;
-  Index index[COLUMNS / 2];
-  explicit Codes(const uint8_t* residues) {
-    for (int k = 0; k < COLUMNS / 2; ++k) index[k] = make_index(residues + 16 * k);
-  }
-  void look_up(const uint8_t* row, Vec16* out) const {
-    for (int k = 0; k < COLUMNS / 2; ++k) {
-      const __m128i low = shuffle_row(row, index[k]);
-      const __m128i high = shuffle_row(row + ROW_CODES, index[k]);
-      out[2 * k].v = _mm_unpacklo_epi8(low, high);
-      out[2 * k + 1].v = _mm_unpackhi_epi8(low, high);
-    }
-  }
-};
+namespace {
 
 template <int COLUMNS>
 struct Codes<Vec32, COLUMNS> {
