@@ -29,6 +29,7 @@ void write_line(FILE* log, const ZStats& stats, const SeqRec& query, const Param
 void write_bins(FILE* log, const ZStats& stats) {
   std::fputs("#\n# Scores by length\n#        lengths sequences    fitted mean score      line\n", log);
   for (const LengthBin& bin : stats.bins) {
+    if (bin.sequences == 0) continue;
     std::fprintf(log, "%7d %7d %9d %9d", bin.first, bin.last, bin.sequences, bin.fitted);
     if (bin.fitted > 0) {
       std::fprintf(log, " %10.2f %9.2f", bin.score, stats.line.intercept + stats.line.slope * bin.log_length);

@@ -44,28 +44,18 @@ double at(const LineFit& line, double x) {
 Points collect_points(const int32_t* scores, const SeqRec* seqs, int32_t n, UTvector<LengthBin>& bins,
                       const Params* p) {
   Points points;
-  UTvector<std::size_t> place;  // of the bin among those with sequences
   for (int32_t k = 0; k < n; ++k) {
     if (scores[k] < 0 || seqs[k].len <= 2) continue;
     const double x = log_length(seqs[k]);
-    points.push_back({k, static_cast<std::size_t>(x / BIN_WIDTH), x,
-                      static_cast<double>(scores[k]) / static_cast<double>(p->PRECISION)});
-    place.resize(std::max(place.size(), points.back().bin + 1), 0);
-    place[points.back().bin] = 1;
+    const auto bin = static_cast<std::size_t>(x / BIN_WIDTH);
+    points.push_back({k, bin, x, static_cast<double>(scores[k]) / static_cast<double>(p->PRECISION)});
+    if (bins.size() <= bin) bins.resize(bin + 1);
+    ++bins[bin].sequences;
   }
-  std::size_t count = 0;
-  for (std::size_t b = 0; b < place.size(); ++b) {
-    if (place[b] == 0) continue;
-    place[b] = count++;
-    LengthBin bin;
-    const double width = BIN_WIDTH;
-    bin.first = static_cast<int32_t>(std::ceil(std::exp(width * static_cast<double>(b))));
-    bin.last = static_cast<int32_t>(std::ceil(std::exp(width * static_cast<double>(b + 1)))) - 1;
-    bins.push_back(bin);
-  }
-  for (Point& point : points) {
-    point.bin = place[point.bin];
-    ++bins[point.bin].sequences;
+  for (std::size_t b = 0; b < bins.size(); ++b) {
+    const auto number = static_cast<double>(b);
+    bins[b].first = static_cast<int32_t>(std::ceil(std::exp(BIN_WIDTH * number)));
+    bins[b].last = static_cast<int32_t>(std::ceil(std::exp(BIN_WIDTH * (number + 1)))) - 1;
   }
   return points;
 }
@@ -104,13 +94,13 @@ void fit_line(const UTvector<LengthBin>& bins, LineFit& line) {
 // A start that a quarter of related sequences cannot spoil.
 void fit_medians(const Points& points, ZStats& stats) {
   UTvector<UTvector<double>> members(stats.bins.size());
-  for (LengthBin& bin : stats.bins) bin.log_length = 0;
   for (const Point& point : points) {
     members[point.bin].push_back(point.score);
     stats.bins[point.bin].log_length += point.log_length;
   }
   for (std::size_t b = 0; b < stats.bins.size(); ++b) {
     LengthBin& bin = stats.bins[b];
+    if (bin.sequences == 0) continue;
     bin.fitted = bin.sequences;
     bin.log_length /= bin.sequences;
     bin.score = quantile(members[b], 0.5);

@@ -12,7 +12,7 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
-// The sequences of lengths first..last.
+// The sequences of lengths first..last; there may be none.
 struct LengthBin {
   int32_t first = 0;  // residues or nucleotides
   int32_t last = 0;
@@ -25,7 +25,7 @@ struct LengthBin {
 struct ZStats {
   LineFit line;   // of the mean score (matrix units) against ln(length); nval: bins that it was fitted to
   int32_t n = 0;  // sequences scanned: what E-values refer to
-  UTvector<LengthBin> bins;   // ascending, those with sequences only
+  UTvector<LengthBin> bins;   // ascending
   UTvector<uint8_t> related;  // [n] 1: left out of the fit as a high scorer
 };
 
