@@ -1,0 +1,84 @@
+# What "cmake --install" puts where, and the Debian package.
+
+set(ZELVAN_SHARE ${CMAKE_INSTALL_DATADIR}/zelvan)
+set(ZELVAN_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+
+if(TARGET zelvan)
+  install(TARGETS zelvan RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+install(DIRECTORY data/matrices data/codons examples DESTINATION ${ZELVAN_SHARE})
+install(FILES data/config/zelvan_alias.dat data/config/zelvan_gapdefs.dat DESTINATION ${ZELVAN_SHARE}/config)
+install(FILES packaging/zelvan.bash DESTINATION ${ZELVAN_COMPLETIONS} RENAME zelvan)
+
+# Filters stay beside their shared modules, where Python looks for them; links make them commands.
+file(RELATIVE_PATH to_filters ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/zelvan/filters)
+foreach(filter zelvan2tsv zelvan2a3m zelvan2html)
+  install(PROGRAMS filters/${filter} DESTINATION ${ZELVAN_SHARE}/filters)
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/links)
+  file(CREATE_LINK ${to_filters}/${filter} ${PROJECT_BINARY_DIR}/links/${filter} SYMBOLIC)
+  install(FILES ${PROJECT_BINARY_DIR}/links/${filter} DESTINATION ${CMAKE_INSTALL_BINDIR})
+endforeach()
+install(FILES filters/zelvan_report.py filters/zelvan_charts.py DESTINATION ${ZELVAN_SHARE}/filters)
+
+install(PROGRAMS workflows/zelvan_split_queries workflows/zelvan_search_query DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES workflows/Snakefile workflows/config.yaml workflows/README.md DESTINATION ${ZELVAN_SHARE}/workflows)
+install(DIRECTORY workflows/slurm DESTINATION ${ZELVAN_SHARE}/workflows)
+
+# The manual is made by a script; without Python its sources, which are plain text, are installed instead.
+find_package(Python3 QUIET COMPONENTS Interpreter)
+file(GLOB manual_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/doc/manual/*.md)
+if(Python3_Interpreter_FOUND)
+  set(pages ${PROJECT_BINARY_DIR}/manual)
+  add_custom_command(
+    OUTPUT ${pages}/zelvan_manual.7 ${pages}/zelvan.1 ${pages}/zelvan_manual.html
+    COMMAND ${Python3_EXECUTABLE} -B ${PROJECT_SOURCE_DIR}/doc/make_manual.py ${pages}
+    DEPENDS doc/make_manual.py doc/zelvan.1.md ${manual_sources} src/driver/key_table.cpp
+            data/config/zelvan_alias.dat data/config/zelvan_defaults.dat.in
+    COMMENT "Making the manual")
+  add_custom_target(manual ALL DEPENDS ${pages}/zelvan_manual.7)
+  install(FILES ${pages}/zelvan.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${pages}/zelvan_manual.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
+  install(FILES ${pages}/zelvan_manual.html DESTINATION ${CMAKE_INSTALL_DOCDIR})
+else()
+  message(STATUS "Without Python 3 there are no man pages: the manual will be installed as Markdown text")
+  install(FILES ${manual_sources} doc/zelvan.1.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+endif()
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+# The prefix is known only now when "cmake --install --prefix" sets it.
+install(CODE "
+  set(ZELVAN_DATA_DIR \"\${CMAKE_INSTALL_PREFIX}/${ZELVAN_SHARE}\")
+  set(ZELVAN_BIN_DIR \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
+  set(ZELVAN_COMPLETION \"\${CMAKE_INSTALL_PREFIX}/${ZELVAN_COMPLETIONS}/zelvan\")
+  if(ZELVAN_DATA_DIR MATCHES \"[ ,\\t]\")
+    message(WARNING \"The path \${ZELVAN_DATA_DIR} holds a blank or comma, which configuration files cannot: \"
+                    \"install to another prefix\")
+  endif()
+  foreach(pair config/zelvan_defaults.dat:data/config/zelvan_defaults.dat.in
+               zelvan-env.sh:packaging/zelvan-env.sh.in)
+    string(REGEX REPLACE \":.*\" \"\" target \"\${pair}\")
+    string(REGEX REPLACE \".*:\" \"\" source \"\${pair}\")
+    set(installed \"\$ENV{DESTDIR}\${ZELVAN_DATA_DIR}/\${target}\")
+    configure_file(\"${PROJECT_SOURCE_DIR}/\${source}\" \"\${installed}\" @ONLY)
+    message(STATUS \"Installing: \${installed}\")
+  endforeach()
+  message(STATUS \"To use this installation:  . \${ZELVAN_DATA_DIR}/zelvan-env.sh\")
+")
+
+# cpack -G DEB
+set(CPACK_PACKAGE_CONTACT "The ZELVAN developers <developers@zelvan.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "rigorous search of protein and DNA databases")
+set(CPACK_SET_DESTDIR ON)  # so that the configuration names the paths of the installed package
+set(CPACK_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3 (>= 3.10), parallel, snakemake")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/conffiles)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/profile.cmake)
+find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
+mark_as_advanced(DPKG_SHLIBDEPS)
+if(DPKG_SHLIBDEPS)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+endif()
+include(CPack)

@@ -1,0 +1,103 @@
+"""What "cmake --install" and the Debian package leave: a user sources one file and searches."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+SOURCE = pathlib.Path(os.environ["ZELVAN_SOURCE"])
+BUILD = os.environ["ZELVAN_BUILD"]
+SEARCH = f"zelvan -s {SOURCE}/examples/engb.fasta -d {SOURCE}/examples/uniprot_sample.fasta -niter 1"
+
+
+def run(*command, **more):
+    done = subprocess.run(command, capture_output=True, text=True, check=False, **more)
+    return done.returncode, done.stdout, done.stderr
+
+
+class InstallationTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        holder = tempfile.TemporaryDirectory(prefix="zelvan_install_")
+        cls.addClassCleanup(holder.cleanup)
+        cls.prefix = pathlib.Path(holder.name) / "opt"
+        status, cls.told, errors = run("cmake", "--install", BUILD, "--prefix", str(cls.prefix))
+        assert status == 0, cls.told + errors
+
+    def user(self, commands, shell="bash"):
+        """Commands in a shell that knows nothing but the system's programs, after sourcing what was told."""
+        source = self.told.strip().splitlines()[-1].split("To use this installation:")[-1].strip()
+        environment = {"PATH": "/usr/local/bin:/usr/bin:/bin", "HOME": str(self.prefix), "LC_ALL": "C"}
+        return run(shell, "-c", f"{source}\n{commands}", cwd=self.prefix, env=environment)
+
+    def test_search_after_sourcing_the_file_that_the_installation_named(self):
+        for shell in ("bash", "sh"):
+            status, out, errors = self.user(f"{SEARCH} | zelvan2tsv --hits | cut -f 2,3", shell)
+            self.assertEqual((status, errors), (0, ""))
+            self.assertEqual(out.splitlines()[0], "1\tsp|A5IMB8|ENGB_THEP1")
+        status, out, _ = self.user(f"{SEARCH} | zelvan2html | tail -n 1")
+        self.assertEqual((status, out[-23:]), (0, "</main></body></html>\n"[-23:]))
+        _, out, errors = self.user(f"zelvan -mode 12 -do_stats 1 -s {SOURCE}/examples/engb.fasta "
+                                   f"-d {SOURCE}/examples/dna_sample.fasta")  # fmt: skip
+        self.assertEqual(errors, "")
+        self.assertIn("ENGB_THEP1", out)
+
+    def test_manual_and_workflow_are_there(self):
+        share = self.prefix / "share"
+        self.assertIn(".TH ZELVAN_MANUAL 7", (share / "man/man7/zelvan_manual.7").read_text())
+        self.assertIn(".TH ZELVAN 1", (share / "man/man1/zelvan.1").read_text())
+        self.assertIn("</html>", (share / "doc/zelvan/zelvan_manual.html").read_text())
+        self.assertTrue((share / "zelvan/workflows/Snakefile").is_file())
+        if shutil.which("man"):
+            self.assertEqual(self.user("man -w zelvan_manual")[1], f"{share}/man/man7/zelvan_manual.7\n")
+
+    def complete(self, *words, before=""):
+        quoted = " ".join(f"'{word}'" for word in words)
+        status, out, errors = self.user(f'{before}\nCOMP_WORDS=({quoted}); COMP_CWORD={len(words) - 1}; _zelvan; '
+                                        'printf "%s\\n" "${COMPREPLY[@]}"')  # fmt: skip
+        self.assertEqual((status, errors), (0, ""))
+        return out.split()
+
+    def test_completion(self):
+        self.assertEqual(self.complete("zelvan", "-qseq_f"), ["-qseq_file", "-qseq_format"])
+        self.assertIn("-MAX_NSEQ", self.complete("zelvan", "-MAX"))
+        self.assertNotIn("-nproc", self.complete("zelvan", "-n"))
+        self.assertEqual(self.complete("zelvan", "-m", "BLOSUM6"), ["BLOSUM62"])
+        self.assertEqual(self.complete("zelvan", "-codon", "v"), ["vertebrate_mitochondrial.tst"])
+        self.assertIn("212", self.complete("zelvan", "-s", "x", "-mode", "2"))
+        for key in ("-npt", "-show_titles", "-qseq_format", "USE_GAPDEFS", "-fit_type", "-comp", "-apply_index"):
+            self.assertEqual(self.complete("zelvan", key, ""), ["0", "1"], key)
+        self.assertEqual(self.complete("zelvan", "-e", ""), [])
+        make = "mkdir -p dbs; touch dbs/one.bix dbs/two.bix query.fasta"
+        self.assertEqual(self.complete("zelvan", "-dd", "dbs", "-bdb", "", before=make), ["one", "two"])
+        self.assertEqual(self.complete("zelvan", "-s", "que", before=make), ["query.fasta"])
+        self.assertEqual(self.complete("zelvan", "-dd", "db", before=make), ["dbs"])
+
+
+@unittest.skipUnless(shutil.which("dpkg-deb"), "dpkg is not installed")
+class PackageTest(unittest.TestCase):
+    def test_package_searches_from_a_scratch_root(self):
+        with tempfile.TemporaryDirectory(prefix="zelvan_package_") as holder:
+            made = run("cpack", "-G", "DEB", "-B", holder, "--config", f"{BUILD}/CPackConfig.cmake", cwd=BUILD)
+            self.assertEqual(made[0], 0, made)
+            (package,) = pathlib.Path(holder).glob("*.deb")
+            root = pathlib.Path(holder) / "root"
+            self.assertEqual(run("dpkg", "-x", str(package), str(root))[0], 0)
+            share = root / "usr/share/zelvan"
+            self.assertIn("/usr/share/zelvan/matrices", (share / "config/zelvan_defaults.dat").read_text())
+            self.assertIn("/usr/share/zelvan/zelvan-env.sh", (root / "etc/profile.d/zelvan.sh").read_text())
+            self.assertNotIn(holder, (share / "zelvan-env.sh").read_text())
+            environment = {"PATH": f"{root}/usr/bin:/usr/bin:/bin", "ZELVANDIR": str(share / "config")}
+            status, out, errors = run("bash", "-c", f"{SEARCH} -matrix_dir {share}/matrices | zelvan2tsv | head -n 1",
+                                      env=environment)  # fmt: skip
+            self.assertEqual((status, errors), (0, ""))
+            self.assertEqual(out.split("\t")[1], "sp|A5IMB8|ENGB_THEP1")
+            fields = run("dpkg", "-f", str(package))[1]
+            self.assertIn("Package: zelvan\n", fields)
+            self.assertIn("Suggests: python3", fields)
+
+
+if __name__ == "__main__":
+    unittest.main()
