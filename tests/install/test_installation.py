@@ -38,7 +38,7 @@ class InstallationTest(unittest.TestCase):
             self.assertEqual((status, errors), (0, ""))
             self.assertEqual(out.splitlines()[0], "1\tsp|A5IMB8|ENGB_THEP1")
         status, out, _ = self.user(f"{SEARCH} | zelvan2html | tail -n 1")
-        self.assertEqual((status, out[-23:]), (0, "</main></body></html>\n"[-23:]))
+        self.assertEqual((status, out.endswith("</main></body></html>\n")), (0, True))
         _, out, errors = self.user(f"zelvan -mode 12 -do_stats 1 -s {SOURCE}/examples/engb.fasta "
                                    f"-d {SOURCE}/examples/dna_sample.fasta")  # fmt: skip
         self.assertEqual(errors, "")
