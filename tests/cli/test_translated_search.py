@@ -2,6 +2,9 @@
 
 import random
 import re
+import shutil
+import subprocess
+import sys
 import unittest
 
 import zelvan_cli
@@ -373,6 +376,16 @@ class GeneticCode(TranslatedSearch):
 
 class Examples(TranslatedSearch):
     """The DNA examples do what their description says."""
+
+    def test_files_are_what_their_script_makes(self):
+        (self.work / "data").symlink_to(zelvan_cli.SOURCE / "data")
+        made = self.work / "examples"
+        made.mkdir()
+        for name in ("make_dna_examples.py", "engb.fasta", "uniprot_sample.fasta"):
+            shutil.copy(zelvan_cli.EXAMPLES / name, made)
+        subprocess.run([sys.executable, made / "make_dna_examples.py"], check=True)
+        for name in ("engb_dna.fasta", "dna_sample.fasta"):
+            self.assertEqual((made / name).read_bytes(), (zelvan_cli.EXAMPLES / name).read_bytes(), name)
 
     def test_the_query_with_a_planted_shift(self):
         run = self.zelvan(
