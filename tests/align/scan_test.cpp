@@ -258,6 +258,17 @@ TEST(ScanDatabase, LeavesScoresAloneInOtherModes) {
   EXPECT_EQ(score, -77);
 }
 
+TEST(ScanDatabase, LeavesAlphabetsBeyondTheLanesToTheScalarKernels) {
+  Dice dice{std::mt19937(9)};
+  Trial trial;
+  draw_table(trial, dice, DRAWS[0], 12);
+  const LookupTable narrow = trial.table;
+  trial.table = make_table<int32_t>(40, 12, 300);
+  std::copy(narrow.cells.begin(), narrow.cells.end(), trial.table.cells.begin());
+  for (int32_t k = 0; k < 50; ++k) trial.add_target(random_target(dice, 30, 40));
+  EXPECT_EQ(trial.check(best_instruction_set(), LaneWidth::BITS8), 4 * 50);
+}
+
 TEST(ScanDatabase, GivesNoScoreToAnEmptyQuery) {
   Dice dice{std::mt19937(3)};
   Trial trial;
