@@ -42,7 +42,7 @@ Targets draw_targets(Choices& choices, Sequence& numbers) {
   Targets targets;
   const int32_t n = choices.number(0, 70);
   const int32_t codes = choices.number(1, CODES);
-  const int32_t longest = choices.number(0, 200);
+  const int32_t longest = choices.number(0, 15) == 15 ? 400 : choices.number(0, 40);
   for (int32_t k = 0; k < n; ++k) {
     UTvector<int8_t> seq(static_cast<std::size_t>(numbers.next() % (longest + 1)) + 2);
     for (int8_t& code : seq) code = static_cast<int8_t>(numbers.next() % codes);
@@ -184,8 +184,8 @@ std::string draw_letters(Sequence& numbers, int32_t length, bool dna) {
 
 // A database in which some sequences hold a mutated copy of a piece of the query.
 std::string draw_database(Choices& choices, Sequence& numbers, const std::string& query, bool dna) {
-  const int32_t n = choices.number(0, 255);
-  const int32_t longest = choices.number(0, 120);
+  const int32_t n = choices.number(0, 150);
+  const int32_t longest = choices.number(0, 90);
   const int32_t related = choices.number(0, 60);  // every so manieth
   std::string text;
   for (int32_t k = 0; k < n; ++k) {
@@ -248,7 +248,7 @@ void fuzz_scan(FuzzInput input) {
   p.LD_PEN = choices.number(lowest, 3000) * choices.number(1, 30);
   p.LI_PEN = choices.number(lowest, 3000) * choices.number(1, 30);
   p.FS_PEN = choices.number(lowest, 3000) * choices.number(1, 30);
-  const int32_t qlen = choices.number(2, 150);
+  const int32_t qlen = choices.number(2, 80);
   LookupTable table = draw_table(choices, numbers, qlen);
   for (int32_t i = 0; i < qlen; ++i) {
     table[GAP_CODE][i] = lowest + numbers.next() % (3000 - lowest);
