@@ -66,7 +66,9 @@ UTvector<Bar> make_bars(const int32_t* zscores, int32_t n, const Params* p) {
 
 // '=' up to the number observed, with '*' where the expected one stands.
 UTstring bar_text(const Bar& bar, double per_character) {
-  const auto characters = [&](double value) { return static_cast<std::size_t>(value / per_character + 0.5); };
+  const auto characters = [&](double value) {
+    return static_cast<std::size_t>(std::llround(value / per_character));
+  };
   UTstring text(characters(bar.observed), '=');
   const std::size_t expected = characters(bar.expected);
   if (expected == 0) return text;

@@ -21,7 +21,8 @@ constexpr double GAP_MOST = 0.7;         // a penalty is lowered or raised by at
 constexpr int32_t TRACE_WEIGHTS = 20000;  // VERBOSE
 
 // No sum of entries over the longest query overflows.
-constexpr double SCORE_LIMIT = std::numeric_limits<int32_t>::max() / MP_LEN;
+constexpr int32_t LARGEST_ENTRY = std::numeric_limits<int32_t>::max() / MP_LEN;
+constexpr double SCORE_LIMIT = LARGEST_ENTRY;
 
 int32_t to_entry(double value) {
   if (std::isnan(value)) return 0;

@@ -22,7 +22,7 @@ bool find_covering_rows(RowWeights& weights, int32_t i, const AlignData& aldat) 
   for (int32_t r = 0; r < row_count(aldat); ++r) {
     const AlignRow& row = row_at(aldat, r);
     char& covering = weights.covering[static_cast<std::size_t>(r)];
-    const char covers = row.qstart <= i && i <= row.qend;
+    const char covers = row.qstart <= i && i <= row.qend ? 1 : 0;
     changed = changed || covers != covering;
     covering = covers;
     if (covers == 0) continue;
