@@ -5,6 +5,7 @@ from dataclasses import dataclass
 
 WIDTH, HEIGHT = 640, 300
 LEFT, RIGHT, TOP, BOTTOM = 56, 16, 14, 46
+CERTAIN_TO_COME = 5  # so many expected hits do not all stay away by chance (1 % of the time they would)
 
 
 def escape(text):
@@ -100,10 +101,11 @@ def standardised(iteration, query_length, target_length, score):
 
 
 def significance_histogram(iteration):
-    """Hits in classes of significance, half a power of ten each, with the number that chance brings to each."""
+    """Hits in classes of significance, half a power of ten each, with the number that chance brings to each. Not
+    drawn for a list that MAX_NOUT cut short: it ends where chance alone would have brought more."""
     values = sorted(hit.significance for hit in iteration.hits if hit.significance is not None)
     top = iteration.cutoff
-    if not values or not top or iteration.significance_name != "E-value":
+    if not values or not top or iteration.significance_name != "E-value" or top - values[-1] > CERTAIN_TO_COME:
         return ""
     classes = min(21, max(4, math.ceil(2 * math.log10(top / max(values[0], 1e-300))) + 1))
     edges = [top * 10 ** (-i / 2) for i in range(classes)] + [0]

@@ -227,6 +227,8 @@ class PageTest(FilterTest):
             self.assertIn(f"rank{alignment.rank}", page.anchors)
 
     def test_pages_of_other_reports(self):
+        self.assertNotIn("number that chance brings", self.page(self.report("-niter", 1, "-npt", 0, "-nout", 9)).text)
+        self.assertIn("number that chance brings", self.page(self.report("-niter", 1)).text)
         self.assertIn("1 frame shifts", self.page(self.dna_report()).text)
         self.assertIn("No sequence reached", self.page(self.report("-niter", 1, "-e", 0, "-e2", 0)).text)
         self.assertNotIn("All sequences searched", self.page(self.report("-niter", 1, "-pt", 0, "-e", 0.0001)).text)
