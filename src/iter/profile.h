@@ -10,10 +10,15 @@
 #include "seq/sequence.h"
 #include "stats/lpfit.h"
 
-// build_profile - realigns the nsel best hits, fills `aldat` with a row for every significant path, and
-// rewrites `table` from them. In     order[0..nhits-1]: sequences from least to most significant; nsel: hits
-// at or below PROBCUT2
-//        p is changed during the call and restored (MIN_SCORE)
+// build_profile - realigns the best hits and rewrites the table from them.
+// Does   aligns each of the nsel best hits against the current table; a path of at least MIN_LEN columns whose
+//        significance is at or below PROBCUT2 becomes a row; then weight method 0 (profile_counts.h), 1 or 2
+//        (profile_log_odds.h) makes the new table, any other value of PROFILE_WEIGHT_METHOD leaves it. Prints
+//        counts and table on std_out when PRINT_FRQ_TABS and PRINT_PROFILES ask for it
+// In     order[0..nhits-1]: sequences from least to most significant; scores x PRECISION; nsel: hits at or
+//        below PROBCUT2; lpfit: after apply_lpfit
+// Out    aldat: rows appended, best hit first; p is changed during the call and restored (MIN_SCORE)
+// Ends   for any MODE but 200, 202, 210 and 212 once there is a hit to align (status -1)
 void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
                    int32_t nhits, const ScoreMatrix& matrix, LookupTable& table, const LpfitData& lpfit,
                    int32_t nsel, AlignData& aldat, Params* p);

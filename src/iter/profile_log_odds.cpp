@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr double BETA = 10.0;            // weight of the matrix's expectation, in observations
-constexpr double FIXED_ALPHA = 5.0;      // weight of what was observed in method 1
+constexpr double BETA = 20.0;            // weight of the matrix's expectation, in observations
+constexpr double FIXED_ALPHA = 2.0;      // weight of what was observed in method 1
 constexpr double GAP_BACKGROUND = 0.03;  // frequency of a gap at an average position
 constexpr double GAP_BETA = 10.0;        // weight of that average, in observations
 constexpr double GAP_MOST = 0.7;         // a penalty is lowered or raised by at most this part of it

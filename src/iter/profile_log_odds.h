@@ -7,8 +7,9 @@
 // 2. The score matrix turns f into the frequencies that it expects among relatives of what was observed,
 //    g(c) = p(c) sum over b of f(b) exp(lambda s(b, c)), p being the background in the database and lambda
 //    the scale of the matrix (residue_model.h).
-// 3. Both are mixed, Q = (alpha f + beta g) / (alpha + beta), with beta = 10.
-//    Method 1: alpha is fixed. Method 2: alpha is the number of independent observations behind the column,
+// 3. Both are mixed, Q = (alpha f + beta g) / (alpha + beta), with beta = 20: a smaller one finds fewer remote
+//    relatives of structural domains, a larger one hardly more.
+//    Method 1: alpha is fixed at 2. Method 2: alpha is the number of independent observations behind the column,
 //    less one: the mean number of distinct residues per column of the common range, times the weight of the
 //    rows that do have a residue here. A family of near-identical sequences then says hardly more than the
 //    query alone, and a diverse one overrules the matrix.
@@ -35,7 +36,7 @@
 #include "report/multiple_alignment.h"
 #include "seq/matrix.h"
 
-// calc_profile2 - rewrites the table from the rows, as told above; earlier contents of the table do not
-// matter. In     aldat.query: the encoded query, which the table belongs to Ends   when the identity filter
-// switches off every row of a position (status 1)
+// calc_profile2 - rewrites the table from the rows, as told above; what it held before does not matter.
+// In     aldat.query: the encoded query, which the table belongs to
+// Ends   when the identity filter switches off every row of a position (status 1)
 void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignData& aldat, const Params* p);

@@ -30,12 +30,11 @@ struct RowWeights {
 // start_row_weights - weights for an alignment before its first position.
 RowWeights start_row_weights(const AlignData& aldat, const ScoreMatrix& matrix);
 
-// move_row_weights - brings the weights to query position i (any order, cheap when neighbours share their
-// rows). Does   the rows that cover i; their common range; with p->PIDTHRESH < 1 the redundancy filter; then
-// each
-//        column of the common range gives every sequence 1 / (sequences with its code there x distinct codes
-//        there), the gap being a code. An invalid common range is reported on std_err and leaves no row
-//        active
+// move_row_weights - brings the weights to query position i.
+// Does   finds the rows that cover i and their common range; with p->PIDTHRESH < 1 filters out redundant ones;
+//        then each column of the common range gives every sequence 1 / (sequences with its code there x
+//        distinct codes there), the gap being a code. Any order of positions; cheap when a position has the
+//        rows of the one before. An invalid common range is reported on std_err and leaves no row active
 // Ends   when the filter switches every row off (status 1)
 // Source Henikoff & Henikoff 1994, J. Mol. Biol. 243:574
 void move_row_weights(RowWeights& weights, int32_t i, const AlignData& aldat, const ScoreMatrix& matrix,
