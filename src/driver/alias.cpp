@@ -49,9 +49,10 @@ bool read_aliases(const char* path, AliasTable& out_table, Params* p) {
 }
 
 int32_t alias(const char* token, const char* key, const AliasTable& table) {
-  const char* word = token[0] == '-' ? token + 1 : token;
+  const std::string_view word = token[0] == '-' ? token + 1 : token;
+  const std::string_view wanted = key;  // its length is taken once: most entries differ in theirs
   for (const AliasEntry& entry : table) {
-    if (entry.name == key && std::find(entry.words.begin(), entry.words.end(), word) != entry.words.end()) {
+    if (entry.name == wanted && std::find(entry.words.begin(), entry.words.end(), word) != entry.words.end()) {
       return 0;
     }
   }
