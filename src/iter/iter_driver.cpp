@@ -115,7 +115,11 @@ LpfitData fit_statistics(const Search& search, const Params* p) {
       setup_lpfit(search.query.len - 2, search.database.seqs, search.scores.data(), search.database.n, p);
   progress("About to call do_lpfit\n", p);
   if (const int32_t code = do_lpfit(lpfit); code > 0) {
-    UTend_input(std_err, "Failure in fitting routines - exiting with Error: %d\n", code);
+    std::fprintf(std_err, "Failure in fitting routines - exiting with Error: %d\n", code);
+    UTend_input(std_err, "%s",
+                code == FIT_TOO_FEW_RANGES
+                    ? "The database is too small for the fit: lower LPFIT_MINBUCK or search a larger one\n"
+                    : "");
   }
   return lpfit;
 }
