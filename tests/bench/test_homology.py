@@ -1,0 +1,132 @@
+"""bench/homology.py: its figures by hand, and a measurement on planted families."""
+
+import os
+import pathlib
+import random
+import subprocess
+import sys
+import tempfile
+import unittest
+
+SOURCE = pathlib.Path(os.environ["ZELVAN_SOURCE"])
+SCRIPT = SOURCE / "bench" / "homology.py"
+sys.path.insert(0, str(SCRIPT.parent))
+
+import homology  # noqa: E402
+
+DOMAINS = {name: homology.Domain(*level.split(), "ACDE") for name, level in {
+    "q": "c.2 c.2.1", "kin": "c.2 c.2.1", "kin2": "c.2 c.2.1", "fold": "c.2 c.2.9", "rossmann": "c.30 c.30.1",
+    "other": "c.1 c.1.1", "other2": "b.66 b.66.1", "propeller": "b.70 b.70.1"}.items()}  # fmt: skip
+FOLDS = {domain.fold for domain in DOMAINS.values()}
+
+
+class FiguresTest(unittest.TestCase):
+    def test_hits_that_may_be_related_do_not_count(self):
+        hits = {"q": 0, "kin": 1, "fold": 2, "rossmann": 3, "other": 4, "rest": 5, "kin2": 4, "rev_q": 6, "other2": 7}
+        self.assertEqual(homology.classify("q", hits, DOMAINS, FOLDS), [(1, True), (4, False), (4, True), (7, False)])
+        self.assertEqual(homology.false_folds("b.66", FOLDS), {"c.1", "c.2", "c.30"})
+        self.assertEqual(homology.relatives("q", DOMAINS), 2)
+
+    def test_roc_counts_relatives_before_false_hits(self):
+        hits = [(e, letter == "t") for e, letter in enumerate("tfttfft")]
+        self.assertAlmostEqual(homology.roc(hits, 8, 1), 1 / 8)
+        self.assertAlmostEqual(homology.roc(hits, 8, 3), (1 + 3 + 3) / 24)
+        self.assertAlmostEqual(homology.roc(hits, 8, 5), (1 + 3 + 3 + 4 + 4) / 40)  # the list ends early
+
+    def test_common_list_weighs_queries_alike(self):
+        lists = [[(1, True), (2, True), (5, False), (9, True)], [(3, False), (4, True), (6, False), (7, True)]]
+        for rate, share in ((0, 2 / 4), (0.5, 2 / 4 + 1 / 2), (1, 2 / 4 + 1 / 2), (1.5, 1.75)):
+            self.assertAlmostEqual(homology.found_at(lists, [4, 2], rate), share / 2, msg=rate)
+
+    def test_false_hits_are_scaled_to_the_false_part(self):
+        self.assertAlmostEqual(homology.false_ratio([[0.1, 0.5], [0.2, 0.3]], [1, 0.5], 0.1), 2 / 2 / 0.1)
+
+    def test_share_of_sequences_or_residues(self):
+        domains = {"a": homology.Domain("a.1", "a.1.1", "A" * 10), "b": homology.Domain("a.1", "a.1.1", "A" * 20),
+                   "c": homology.Domain("b.1", "b.1.1", "A" * 30)}  # fmt: skip
+        for prob_type, share, decoys in ((3, 1 / 10, 3 / 10), (2, 30 / 600, 60 / 600)):
+            measure = homology.Measure(domains, ["a"], homology.Size(10, 600), prob_type, True)
+            self.assertAlmostEqual(measure.false_shares[0], share)
+            self.assertAlmostEqual(measure.decoy_share, decoys)
+
+    def test_lists_of_all_iterations_are_read(self):
+        text = "# Start_Scores: --\n 9 1.2 2e-5 a\n#x\n# End_Scores\nrest\n# Start_Scores: -\n8 1 3 b\n# End_Scores\n"
+        self.assertEqual(homology.parse_report(text), [{"a": 2e-5}, {"b": 3.0}])
+        for broken in ("", "# Start_Scores: -\n 1 1 1 a\n"):
+            self.assertRaises(ValueError, homology.parse_report, broken)
+
+
+class MeasurementTest(unittest.TestCase):
+    def setUp(self):
+        holder = tempfile.TemporaryDirectory()
+        self.addCleanup(holder.cleanup)
+        self.folder = pathlib.Path(holder.name)
+        rng = random.Random(3)
+
+        def protein(length):
+            return "".join(rng.choices("ACDEFGHIKLMNPQRSTVWY", k=length))
+
+        def copy(sequence):
+            return "".join(letter if rng.random() < 0.6 else protein(1) for letter in sequence)
+
+        domains = []
+        for family in range(4):
+            ancestor = protein(120)
+            domains += [(f"f{family}m{i} a.{family}.1.1", copy(ancestor)) for i in range(5)]
+        domains += [(f"x{i} b.{i}.1.1", protein(100)) for i in range(200)]
+        homology.write_fasta(self.folder / "domains.fa", domains)
+        homology.write_fasta(self.folder / "rest.fa", [(f"r{i}", protein(rng.randint(40, 600))) for i in range(4000)])
+        (self.folder / "ids").write_text("f0m0\nf1m1 more\nf2m2\nf3m3\n")
+
+    def run_script(self, *arguments):
+        environment = dict(os.environ, ZELVANDIR=str(pathlib.Path(os.environ["ZELVAN_BUILD"]) / "config"))
+        command = [sys.executable, SCRIPT, "domains.fa", "ids", os.environ["ZELVAN"], "work", *arguments]
+        return subprocess.run(
+            command, cwd=self.folder, env=environment, capture_output=True, text=True, check=False
+        )
+
+    def test_planted_families_are_found(self):
+        arguments = ["--background", "rest.fa", "--decoys", "--iterations", "1", "2", "--jobs", "2"]
+        first = self.run_script(*arguments)
+        self.assertEqual((first.returncode, first.stderr), (0, ""))
+        head, _, *lines = ([cell.strip() for cell in line.split("|")[1:-1]] for line in first.stdout.splitlines())
+        self.assertEqual([line[0] for line in lines], ["1", "2"])
+        for line in lines:
+            figures = dict(zip(head, map(float, line)))
+            self.assertGreater(figures["ROC5"], 0.9)
+            self.assertGreater(figures["TP@0.1"], 0.9)
+            for kind in ("different fold", *homology.DECOYS):
+                self.assertLess(figures[f"{kind} E<=0.1"], 10)  # at most three false hits
+                self.assertTrue(0.3 < figures[f"{kind} E<=10"] < 3, line)
+
+        reports = sorted(self.folder.glob("work/decoys-*/*.out"))
+        self.assertEqual(len(reports), 4)
+        before = [report.stat().st_mtime_ns for report in reports]
+        reports[0].unlink()
+        again = self.run_script(*arguments)
+        self.assertEqual(again.stdout, first.stdout)
+        self.assertEqual([report.stat().st_mtime_ns for report in reports][1:], before[1:])
+        self.assertNotEqual(reports[0].stat().st_mtime_ns, before[0])
+
+        other = self.run_script(*arguments, "--", "-mode", "200")
+        self.assertNotEqual(other.stdout, first.stdout, other.stderr)
+
+    def test_bad_input_is_named(self):
+        for name, text, message in (("ids", "f0m0\nnone\n", "none is none of the domains"),
+                                    ("ids", "x1\n", "x1 has no relative"), ("ids", "\n", "no identifiers"),
+                                    ("domains.fa", ">a word\nAC\n", "'>a word' should be"),
+                                    ("domains.fa", ">a a.1.1.1\nAC\n>a a.1.1.1\nAC\n", "two domains a")):  # fmt: skip
+            kept = (self.folder / name).read_text()
+            (self.folder / name).write_text(text)
+            run = self.run_script()
+            (self.folder / name).write_text(kept)
+            self.assertEqual(run.returncode, 1, text)
+            self.assertIn(f"{name}: ", run.stderr)
+            self.assertIn(message, run.stderr)
+        failed = self.run_script("--background", "rest.fa", "--", "-matrix_file", "none")
+        self.assertEqual(failed.returncode, 1)
+        self.assertIn("zelvan ended with status", failed.stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()
