@@ -8,8 +8,7 @@
 // ends it.
 // Out    out_table replaced
 // Returns false after a report on std_err, with p->SUCCESS = -1, when the file cannot be opened or a line
-// does
-//        not consist of words, one "#" and a description
+//        does not consist of words, one "#" and a description
 bool read_aliases(const char* path, AliasTable& out_table, Params* p);
 
 // alias - 0 when the token (one leading "-" ignored) is one of the words listed for the key, else -1.
