@@ -143,9 +143,9 @@ class Files(Faults):
                     first()
                     pipe.write(text)
 
-            writer = threading.Thread(target=write)
+            writer = threading.Thread(target=write, daemon=True)
             writer.start()
-            self.addCleanup(writer.join)
+            self.addCleanup(writer.join, 10)
 
         query = self.work / "query"
         os.mkfifo(query)
