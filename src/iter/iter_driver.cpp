@@ -38,6 +38,7 @@ struct Search {
 };
 
 void set_up(Search& search, Params* p) {
+  require_precision(p);
   UT_init_times();
   if (p->DO_STATS != 2) {
     std::fputs("Error:  for iterative searching you must set do_stats = 2\n", std_err);

@@ -218,6 +218,8 @@ void SetMinMaxMatrixValues(ScoreMatrix& matrix) {
 }
 
 void PrintPairscoreMatrix(FILE* stream, const ScoreMatrix& matrix, const Params* p) {
+  // A matrix x 0 is all zero; builds and extractions, which need no scores, accept it.
+  const int32_t unit = p->PRECISION != 0 ? p->PRECISION : 1;
   std::fprintf(stream, "#Title: %s\n", matrix.title.c_str());
   std::fprintf(stream, "#Index: (%s) Length:%d\n", matrix.indx.c_str(), matrix.inlen);
   std::fputs("#  ", stream);
@@ -226,7 +228,7 @@ void PrintPairscoreMatrix(FILE* stream, const ScoreMatrix& matrix, const Params*
   for (int32_t i = 0; i < matrix.inlen; ++i) {
     std::fprintf(stream, "#%c ", residue_letter(matrix, i));
     for (int32_t j = 0; j < matrix.inlen; ++j) {
-      std::fprintf(stream, "%4d", matrix.pairscore[i][j] / p->PRECISION);
+      std::fprintf(stream, "%4d", matrix.pairscore[i][j] / unit);
     }
     std::fputc('\n', stream);
   }

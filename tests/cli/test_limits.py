@@ -73,14 +73,14 @@ class Limits(zelvan_cli.TestCase):
                 self.passed(run)
             else:  # so few different scores that there is nothing to fit a distribution to
                 self.assertEqual(run.status, 255)
-                self.assertRegex(run.stderr, r"^Failure in fitting routines - exiting with Error: \d+\n$")
+                self.assertRegex(run.stderr, r"^Failure in fitting routines - exiting with Error: \d+\n")
 
     def test_nothing_to_tell_apart(self):
         for content, query in ((self.sample, "X" * 300), (">a\nMKVLAWX\n" * 1000, "MKVLAW"),
                                (">a\n" * 1000, "MKV"), (">a\n>b\nM\n", "MKV"), ("", "MKV"), (self.sample, "")):
             run = self.search(self.file("db", content), query=self.file("q", f">q\n{query}\n"))
             self.assertEqual(run.status, 255, (query, run.stdout[:100]))
-            self.assertRegex(run.stderr, r"Failure in fitting routines - exiting with Error: \d+\n$")
+            self.assertRegex(run.stderr, r"Failure in fitting routines - exiting with Error: \d+\n")
 
     def test_precision_does_not_show(self):
         database = self.file("db", self.sample)
@@ -91,6 +91,15 @@ class Limits(zelvan_cli.TestCase):
             found = self.hits(self.passed(self.search(database)))
             expected = expected or found
             self.assertEqual(found, expected)
+
+    def test_precision_zero_is_told_or_needless(self):
+        database = self.file("db", self.sample)
+        for verbose in (0, 1, 11):
+            run = self.search(database, "-precision", 0, "-verbose", verbose)
+            self.assertEqual((run.status, run.stdout), (255, ""))
+            self.assertIn("PRECISION is 0: scores cannot be divided by it.", run.stderr)
+            run = self.zelvan("-mode", 99, "-precision", 0, "-verbose", verbose, "-d", database, "-bdb", "db")
+            self.assertEqual(run.status, 0, run.stderr)
 
     def test_scores_up_to_32_bits(self):
         # Every third position of the translated query is a W, the others never score.

@@ -17,10 +17,12 @@ struct RunEnd {
   int status;
 };
 
-// begin_case - forgets the files and closes the streams of the case before, resets the global state.
+// begin_case, end_case - what stands between them is confined as told above and quiet; the end closes all streams,
+// forgets the files and resets the global state.
 void begin_case();
+void end_case();
 
-// scratch_file - makes a file that the routines under test may open, until the next case; returns its path.
+// scratch_file - makes a file that the routines under test may open, until the end of the case; returns its path.
 std::string scratch_file(const char* name, std::string_view content);
 
 // scratch_directory - where scratch files lie. Writing there is allowed, too; every other file that is opened for

@@ -5,5 +5,6 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   begin_case();
   FUZZ_TARGET({data, size});
+  end_case();
   return 0;
 }

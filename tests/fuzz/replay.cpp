@@ -48,6 +48,7 @@ void run_case(const Target& target, const Input& input) {
   current = input;
   begin_case();
   target.run(current);
+  end_case();
 }
 
 std::vector<Input> read_corpus(const char* directory) {
@@ -133,7 +134,6 @@ int main(int argc, char** argv) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(std::atof(argv[3]));
   long mutations = 0;
   for (; std::chrono::steady_clock::now() < end; ++mutations) run_case(*target, mutation(corpus, random));
-  begin_case();
   std::fprintf(terminal, "%s: %zu files, %ld mutations\n", target->name, corpus.size(), mutations);
   return 0;
 }
