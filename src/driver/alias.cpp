@@ -52,7 +52,8 @@ int32_t alias(const char* token, const char* key, const AliasTable& table) {
   const std::string_view word = token[0] == '-' ? token + 1 : token;
   const std::string_view wanted = key;  // its length is taken once: most entries differ in theirs
   for (const AliasEntry& entry : table) {
-    if (entry.name == wanted && std::find(entry.words.begin(), entry.words.end(), word) != entry.words.end()) {
+    if (entry.name == wanted &&
+        std::find(entry.words.begin(), entry.words.end(), word) != entry.words.end()) {
       return 0;
     }
   }
