@@ -33,6 +33,8 @@ import subprocess
 import sys
 from typing import NamedTuple
 
+from fasta_records import records as read_fasta
+
 UNCERTAIN = ({"c.2", "c.3", "c.4", "c.5", "c.27", "c.28", "c.30", "c.31"}, {"b.66", "b.67", "b.68", "b.69", "b.70"})
 RATES = (0.1, 1, 10)  # false hits per query, and the E-values at which false hits are counted
 DECOYS = {"reversed": "rev_", "shuffled": "shf_"}
@@ -55,21 +57,6 @@ class Size(NamedTuple):
 SIZE_OF = {3: 0, 2: 1, 1: 1}
 
 
-def read_fasta(path):
-    """Yields (header without '>', sequence in capitals)."""
-    header, parts = None, []
-    with open(path, encoding="latin-1") as source:
-        for line in source:
-            if line.startswith(">"):
-                if header is not None:
-                    yield header, "".join(parts)
-                header, parts = line[1:].rstrip(), []
-            else:
-                parts.append(line.strip().upper())
-    if header is not None:
-        yield header, "".join(parts)
-
-
 def read_domains(path):
     """{identifier: Domain}"""
     domains = {}
@@ -80,7 +67,7 @@ def read_domains(path):
         if words[0] in domains:
             sys.exit(f"{path}: there are two domains {words[0]}; give each its own identifier")
         level = words[1].split(".")
-        domains[words[0]] = Domain(".".join(level[:2]), ".".join(level[:3]), sequence)
+        domains[words[0]] = Domain(".".join(level[:2]), ".".join(level[:3]), sequence.upper())
     return domains
 
 
@@ -150,7 +137,7 @@ def build_database(program, work, domains, background, with_decoys):
         identifier = header.split()[0]
         if identifier in domains:
             sys.exit(f"{background}: {identifier} is also a domain; take it out of one of the files")
-        records.append((identifier, sequence))
+        records.append((identifier, sequence.upper()))
     records += decoys(domains) if with_decoys else []
     fasta, built = work / f"{name}.fa", work / f"{name}.built"
     write_fasta(fasta, records)

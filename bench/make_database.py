@@ -9,19 +9,7 @@ The copies carry the identifiers of their source with a number, and the generato
 import random
 import sys
 
-
-def records(path):
-    header, parts = None, []
-    with open(path, encoding="latin-1") as source:
-        for line in source:
-            if line.startswith(">"):
-                if header is not None:
-                    yield header, "".join(parts)
-                header, parts = line[1:].rstrip("\n"), []
-            else:
-                parts.append(line.strip())
-    if header is not None:
-        yield header, "".join(parts)
+from fasta_records import records
 
 
 def main():
