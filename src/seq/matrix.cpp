@@ -31,7 +31,7 @@ void close_matrix(Params* p) {
 // The score of one number of the file, x PRECISION. A score is far from its limits in any sensible matrix, but a
 // wrapped one would go unnoticed.
 int32_t scaled_score(int64_t number, const Params* p) {
-  const int32_t largest = INT32_MAX / std::max(p->PRECISION, 1);
+  const int64_t largest = INT32_MAX / std::max(std::abs(int64_t{p->PRECISION}), int64_t{1});
   if (number < -largest || number > largest) {
     UTend_input(std_err, "Score out of range in matrix file: %s\nNo score x PRECISION (%d) may exceed %d\n",
                 p->MATRIX_FILE.name.c_str(), p->PRECISION, INT32_MAX);

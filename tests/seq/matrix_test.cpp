@@ -100,6 +100,9 @@ TEST_F(MatrixTest, EndsOnFaultyFiles) {
   expect_end("t\nAX\n1 2 3.5 4\n", PIR, "\\|Not a whole number in matrix file: .*~\nRow 2, column 1 .*\n");
   expect_end("t\nX\n99999999999999999999\n", PIR, "\\|Score out of range in matrix file: .*~\nNo score .*\n");
   expect_end("t\nX\n-21474837\n", PIR, "\\|Score out of range in matrix file: .*~\nNo score .*\n");
+  p.PRECISION = -2000000000;
+  expect_end("t\nX\n2\n", PIR, "\\|Score out of range in matrix file: .*~\nNo score .*\n");
+  p.PRECISION = 100;
   expect_end("t\nX" + most + "\n1\n", PIR, "~\nToo many residue letters: 125 \\(at most 124\\)\n");
   expect_end("t\nX\xe4\n1\n", PIR, byte + "228\\) .*\n.*\n");
   expect_end("t\nX\0A\n1\n"s, PIR, byte + "26\\) .*\n.*\n");
