@@ -28,6 +28,7 @@ class ManualTest(unittest.TestCase):
         cls.manual = (cls.pages / "zelvan_manual.7").read_text()
         cls.html = (cls.pages / "zelvan_manual.html").read_text()
 
+    @unittest.skipIf(os.environ.get("ZELVAN_SANITIZE") == "ON", "the sanitizers make it slow and change no output")
     def test_examples_show_what_the_program_writes(self):
         done = subprocess.run([sys.executable, DOC / "run_examples.py", os.environ["ZELVAN"], CONFIGURATION],
                               capture_output=True, text=True, check=False)  # fmt: skip
