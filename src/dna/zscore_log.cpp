@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "util/file_record.h"
 #include "util/text.h"
@@ -49,7 +50,12 @@ UTvector<Bar> make_bars(const int32_t* zscores, int32_t n, const Params* p) {
   UTvector<Bar> bars;
   for (int32_t z = FIRST_Z; z <= LAST_Z; z += Z_STEP) bars.push_back({z, 0, 0});
   UTvector<int32_t> edges;
-  for (const Bar& bar : bars) edges.push_back(bar.z * p->PRECISION);
+  for (const Bar& bar : bars) {
+    // With a very large PRECISION it ends where the z-scores themselves end.
+    using Limits = std::numeric_limits<int32_t>;
+    const int64_t edge = int64_t{bar.z} * p->PRECISION;
+    edges.push_back(static_cast<int32_t>(std::clamp<int64_t>(edge, Limits::min(), Limits::max())));
+  }
   const UTvector<double> beyond = get_p(edges.data(), static_cast<int32_t>(edges.size()), p);
   for (std::size_t b = 0; b < bars.size(); ++b) {
     const double from = b == 0 ? 1 : beyond[b];
