@@ -177,11 +177,11 @@ class Penalties(zelvan_cli.TestCase):
         return dict(re.findall(r"^# (L[DI] penalty|Matrix file): +(\S+)", run.stdout, re.M))
 
     def test_table_wins_unless_it_is_switched_off(self):
-        table = "2:BLOSUM50:1:11:9:9\n0:BLOSUM50:7:7:7:7\n"
+        table = "2:BLOSUM62:1:11:9:9\n0:BLOSUM62:7:7:7:7\n"
         self.configure(defaults=None, gapdefs=table)
         self.assertEqual(
             self.header("-ld_pen", 2, "-li_pen", 14),
-            {"Matrix file": f"{zelvan_cli.MATRICES}/BLOSUM50", "LD penalty": "1.00", "LI penalty": "11.00"},
+            {"Matrix file": f"{zelvan_cli.MATRICES}/BLOSUM62", "LD penalty": "1.00", "LI penalty": "11.00"},
         )
         switched_off = self.header("-ugd", 0, "-ld_pen", 1.29, "-li_pen", 14)
         self.assertEqual((switched_off["LD penalty"], switched_off["LI penalty"]), ("1.29", "14.00"))

@@ -99,7 +99,7 @@ class TableTest(FilterTest):
         self.assertEqual(run_filter("zelvan2tsv", other)[1], plain)
         hits = run_filter("zelvan2tsv", other, "--hits")[1].splitlines()
         self.assertEqual(len(hits), other.split("# End_Scores")[0].split("# Start_Scores")[1].count("\n") - 1)
-        self.assertEqual(hits[0].split("\t")[1:4], ["1", "sp|A5IMB8|ENGB_THEP1", "386"])
+        self.assertEqual(hits[0].split("\t")[1:4], ["1", "tr|B2V7P2|B2V7P2_SULSY", "295"])
 
     def test_translated_query(self):
         _, table, errors = run_filter("zelvan2tsv", self.dna_report())
