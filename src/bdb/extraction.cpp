@@ -28,6 +28,7 @@ void subset_db(Params* p) {
   TextDatabase database;
   read_text_database(database, false, p);
   const auto n = static_cast<int32_t>(database.seqs.size());
+  if (n == 0) UTend_input(std_err, "%s has no sequence to choose from\n", p->DB_FILE.name.c_str());
   const int32_t step = n / p->NSUBSET;
   if (step == 0) {
     UTend_input(std_err, "NSUBSET is %d, but %s has only %d sequences: set NSUBSET to %d or less\n",

@@ -120,6 +120,9 @@ TEST_F(Extraction, SubsetsAreEvenByLength) {
     p.NSUBSET = refused;
     EXPECT_EXIT(subset_db(&p), testing::ExitedWithCode(255), "NSUBSET is " + std::to_string(refused));
   }
+  p.NSUBSET = 1;
+  write_file(path(p.DB_FILE.name), "");
+  EXPECT_EXIT(subset_db(&p), testing::ExitedWithCode(255), "has no sequence to choose from");
 }
 
 }  // namespace
