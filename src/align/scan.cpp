@@ -47,11 +47,19 @@ ScanTally scan_database_by(InstructionSet set, LaneWidth first, int32_t qlen, co
                            const LookupTable& table, const ScoreMatrix& matrix, int32_t* out_scores,
                            const Params* p) {
   if (p->MODE != 200 && p->MODE != 202 && p->MODE != 210 && p->MODE != 212) return {};
+  ScanTally tally;
+  ScanMeter meter = start_scan_meter(qlen - 2, seqs, n, p);
   if (set == InstructionSet::REFERENCE || qlen <= 2 || table.rows >= ROW_CODES) {
-    for (int32_t k = 0; k < n; ++k) out_scores[k] = reference_score(qlen, seqs[k], table, matrix, p);
-    return {};
+    for (int32_t k = 0; k < n; ++k) {
+      out_scores[k] = reference_score(qlen, seqs[k], table, matrix, p);
+      scanned(meter, seqs[k]);
+      show_scan_meter(meter);
+    }
+  } else {
+    tally = scan_sequences(scan_scores(qlen, table, matrix, p), seqs, n, out_scores, set, first, meter);
   }
-  return scan_sequences(scan_scores(qlen, table, matrix, p), seqs, n, out_scores, set, first);
+  end_scan_meter(meter);
+  return tally;
 }
 
 void scan_database(int32_t qlen, const SeqRec* seqs, int32_t n, const LookupTable& table,

@@ -14,7 +14,7 @@
 //        table).
 // In     qlen: stored query length, 2..MP_LEN; seqs[0..n-1]: encoded
 // Out    out_scores[0..n-1], matrix units x PRECISION; -1 for a sequence without residues. Any other mode
-//        leaves them as they are
+//        leaves them as they are. A long scan tells on a terminal how far it is (scan_meter.h)
 // Exact  each score is the integer that the scalar kernel gives
 void scan_database(int32_t qlen, const SeqRec* seqs, int32_t n, const LookupTable& table,
                    const ScoreMatrix& matrix, int32_t* out_scores, const Params* p);

@@ -62,7 +62,7 @@ bool has_tier(const ScanScores& scores, const LaneScores& lane, InstructionSet s
 // One tier: scores the sequences of `numbers` and returns those whose lanes overflowed.
 UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width,
                             InstructionSet set, const SeqRec* seqs, const UTvector<int32_t>& numbers,
-                            int32_t* out_scores, ScanTally& tally) {
+                            int32_t* out_scores, ScanTally& tally, ScanMeter& meter) {
   const KernelShape shape = kernel_shape(set, width, scores.recurrence);
   const std::size_t vector = static_cast<std::size_t>(shape.lanes * shape.lane_bytes);
   const LaneTable table = make_lane_table(lane, width, shape);
@@ -109,12 +109,15 @@ UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, La
     for (const LaneEnd& end : feed.ends) {
       const uint8_t* of_block = best_before.data + static_cast<std::size_t>(end.block) * vector;
       const int32_t value = lane_value(of_block, end.lane, width);
+      scanned(meter, seqs[end.sequence]);
       if (value >= mark) {
         overflowed.push_back(end.sequence);
+        scan_again(meter, seqs[end.sequence]);
       } else {
         out_scores[end.sequence] = (value - shape.zero_score) * lane.unit;
       }
     }
+    show_scan_meter(meter);
   }
   tally.sequences[static_cast<int>(width)] += static_cast<int64_t>(order.size() - overflowed.size());
   return overflowed;
@@ -123,7 +126,7 @@ UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, La
 }  // namespace
 
 ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n, int32_t* out_scores,
-                         InstructionSet set, LaneWidth first) {
+                         InstructionSet set, LaneWidth first, ScanMeter& meter) {
   ScanTally tally;
   const LaneScores lane = make_lane_scores(scores);
   UTvector<int32_t> todo;
@@ -134,7 +137,7 @@ ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n
   }
   for (const LaneWidth width : {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32}) {
     if (width < first || todo.empty() || !has_tier(scores, lane, set, width)) continue;
-    todo = scan_tier(scores, lane, width, set, seqs, todo, out_scores, tally);
+    todo = scan_tier(scores, lane, width, set, seqs, todo, out_scores, tally, meter);
     if (width != LaneWidth::BITS32) {
       tally.saturated[static_cast<int>(width)] = static_cast<int64_t>(todo.size());
     }

@@ -7,6 +7,7 @@
 #include "align/instruction_set.h"
 #include "align/lane_table.h"
 #include "align/scan_kernel.h"
+#include "align/scan_meter.h"
 #include "seq/sequence.h"
 
 // What a scan did, for tests and benchmarks.
@@ -22,5 +23,6 @@ struct ScanTally {
 //        set: usable, not REFERENCE
 //        first: the narrowest lanes to try
 // Out    out_scores[0..n-1]; -1 for a sequence without residues
+//        meter: told of every sequence that ends
 ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n, int32_t* out_scores,
-                         InstructionSet set, LaneWidth first = LaneWidth::BITS8);
+                         InstructionSet set, LaneWidth first, ScanMeter& meter);

@@ -39,16 +39,22 @@ ScanScores frame_scores(int32_t m, const LookupTable& table, const Params* p) {
 ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t m, const SeqRec* seqs, int32_t n,
                          const LookupTable& table, int32_t* out_scores, const Params* p) {
   if (p->MODE != 10 && p->MODE != 12 && p->MODE != 20 && p->MODE != 22) return {};
+  ScanTally tally;
+  ScanMeter meter = start_scan_meter(m - 2, seqs, n, p);
   const bool any_negative = p->LD_PEN < 0 || p->LI_PEN < 0 || p->FS_PEN < 0;
   if (set == InstructionSet::REFERENCE || m <= 2 || any_negative || table.rows >= ROW_CODES) {
-    for (int32_t k = 0; k < n; ++k) out_scores[k] = reference_score(m, seqs[k], table, p);
-    return {};
+    for (int32_t k = 0; k < n; ++k) {
+      out_scores[k] = reference_score(m, seqs[k], table, p);
+      scanned(meter, seqs[k]);
+      show_scan_meter(meter);
+    }
+  } else {
+    UTvector<SeqRec> rows(seqs, seqs + n);
+    for (SeqRec& s : rows) s.len = row_length(s, p);
+    tally = scan_sequences(frame_scores(m, table, p), rows.data(), n, out_scores, set, first, meter);
   }
-  const ScanScores scores = frame_scores(m, table, p);
-  if (p->MODE != 10) return scan_sequences(scores, seqs, n, out_scores, set, first);
-  UTvector<SeqRec> shortened(seqs, seqs + n);
-  for (SeqRec& s : shortened) s.len = row_length(s, p);
-  return scan_sequences(scores, shortened.data(), n, out_scores, set, first);
+  end_scan_meter(meter);
+  return tally;
 }
 
 void scan_frames(int32_t m, const SeqRec* seqs, int32_t n, const LookupTable& table, int32_t* out_scores,

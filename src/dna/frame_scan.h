@@ -14,7 +14,7 @@
 //        22 npswli2.
 // In     m: stored query length, 2..MP_LEN; seqs[0..n-1]: encoded (modes 10 and 12: translated, then encoded)
 // Out    out_scores[0..n-1], matrix units x PRECISION; -1 where no cell is computed. Any other mode leaves
-//        them as they are
+//        them as they are. A long scan tells on a terminal how far it is (scan_meter.h)
 // Exact  each score is the integer that the scalar kernel gives
 void scan_frames(int32_t m, const SeqRec* seqs, int32_t n, const LookupTable& table, int32_t* out_scores,
                  const Params* p);
