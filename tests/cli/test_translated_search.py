@@ -8,23 +8,15 @@ import sys
 import unittest
 
 import zelvan_cli
+from zelvan_cli import EXAMPLES, QUERY, SAMPLE
 
-SETTINGS = """
-PRECISION 100
-QSEQ_FORMAT 1
-MATRIX_FILE BLOSUM62
-MATRIX_FORMAT 1
-MAX_NSEQ 10000
-MAX_SEQ_LEN 50000
-MIN_NSTATS 1
-PROBCUT 1
-SHOW_TITLES 1
-SHOW_IDENT_WIDTH 12
-TIME 0
-"""
+SETTINGS = (
+    "QSEQ_FORMAT 1\nMATRIX_FILE BLOSUM62\nMAX_NSEQ 10000\nMAX_SEQ_LEN 50000\nMIN_NSTATS 1\nPROBCUT 1\n"
+    "SHOW_TITLES 1\nSHOW_IDENT_WIDTH 12\nTIME 0\n"
+)
 RESIDUES = "ARNDCQEGHILKMFPSTWYV"
 FREQUENCIES = (8, 5, 4, 6, 1, 4, 7, 7, 2, 6, 10, 6, 2, 4, 5, 7, 5, 1, 3, 7)
-COMPLEMENT = str.maketrans("ACGT", "TGCA")
+SIGNAL = "MKWVTFISLLFLFSSAYSRG"
 
 
 def codons():
@@ -38,12 +30,8 @@ def codons():
 CODONS = codons()
 
 
-def fasta(records):
-    return "".join(f">{name} {name} title\n{letters}\n" for name, letters in records)
-
-
 def reverse_complement(dna):
-    return dna.translate(COMPLEMENT)[::-1]
+    return dna.translate(str.maketrans("ACGT", "TGCA"))[::-1]
 
 
 class TranslatedSearch(zelvan_cli.TestCase):
@@ -56,7 +44,7 @@ class TranslatedSearch(zelvan_cli.TestCase):
         return "".join(self.random.choices(RESIDUES, FREQUENCIES, k=residues))
 
     def proteins(self, count):
-        return [(f"P{k}", self.protein(int(self.random.lognormvariate(5.3, 0.6)) + 20)) for k in range(count)]
+        return {f"P{k}": self.protein(int(self.random.lognormvariate(5.3, 0.6)) + 20) for k in range(count)}
 
     def gene(self, protein):
         return "".join(self.random.choice(CODONS[residue]) for residue in protein)
@@ -64,18 +52,16 @@ class TranslatedSearch(zelvan_cli.TestCase):
     def bases(self, count):
         return "".join(self.random.choices("ACGT", k=count))
 
-    def search(self, mode, query, database, *more):
-        return self.zelvan(
-            "-s", self.file("query.fasta", fasta(query)),
-            "-d", self.file("database.fasta", fasta(database)),
-            "-mode", mode, *more,
-        )  # fmt: skip
+    def inputs(self, mode, query, database):
+        """Arguments of a search for one sequence; the database is a record of identifiers and letters."""
+        text = "".join(f">{name} {name} title\n{letters}\n" for name, letters in database.items())
+        return ("-mode", mode, "-s", self.file("query.fa", f">Q Q title\n{query}\n"), "-d", self.file("db.fa", text))
 
-    def listed(self, run):
-        """The lines of the score list, split at blanks: rank, numbers, identifier, title."""
-        self.assertEqual(run.status, 0, run.stderr)
-        lines = run.stdout.split("# Start_Scores: " + 52 * "-" + "\n")[1].split("# End_Scores: ")[0]
-        return [line.split() for line in lines.splitlines()]
+    def search(self, mode, query, database, *more):
+        return self.succeed(*self.inputs(mode, query, database), *more)
+
+    def listed(self, *search):
+        return zelvan_cli.score_lists(self.search(*search).stdout)[0]
 
     def sections(self, run):
         return re.findall(r"\n# Start_Alignments_Rank: (\d+)\n(.*?)# End_Alignments_Rank: \1\n", run.stdout, re.S)
@@ -87,48 +73,42 @@ class Ranking(TranslatedSearch):
     def test_planted_genes_come_first_and_chance_is_told_by_the_e_value(self):
         protein = self.protein(120)
         gene = self.gene(protein)
-        shifted = gene[:150] + "G" + gene[150:]
-        relatives = ["".join(r if self.random.random() < q else self.protein(1) for r in protein) for q in (0.9, 0.6)]
+        relatives = {f"G{k}": "".join(r if self.random.random() < share else self.protein(1) for r in protein)
+                     for k, share in enumerate((0.9, 0.6))}  # fmt: skip
         for mode in (12, 20, 22):
             below_one = below_ten = 0
             for _ in range(3):
-                unrelated = self.proteins(700)
                 if mode == 12:
-                    query = [("Q", protein)]
-                    planted = [(f"G{k}", self.bases(50) + self.gene(r) + self.bases(50)) for k, r in enumerate(relatives)]
-                    planted[0] = ("G0", planted[0][1][:200] + "T" + planted[0][1][200:])
-                    database = [(name, self.gene(p)) for name, p in unrelated] + planted
+                    query = protein
+                    database = {name: self.gene(p) for name, p in self.proteins(700).items()}
+                    database |= {name: self.bases(50) + self.gene(r) + self.bases(50) for name, r in relatives.items()}
+                    database["G0"] = database["G0"][:200] + "T" + database["G0"][200:]
                 else:
-                    query = [("Q", self.bases(60) + shifted + self.bases(61))]
-                    database = unrelated + [(f"G{k}", r) for k, r in enumerate(relatives)]
-                lines = self.listed(self.search(mode, query, database, "-probcut", 10, "-aprint_to_threshold", 0))
+                    query = self.bases(60) + gene[:150] + "G" + gene[150:] + self.bases(61)
+                    database = self.proteins(700) | relatives
+                lines = self.listed(mode, query, database, "-probcut", 10, "-aprint_to_threshold", 0)
                 self.assertEqual([line[4] for line in lines[:2]], ["G0", "G1"], mode)
                 self.assertLess(float(lines[1][3]), 1e-4)
                 below_one += sum(float(line[3]) < 1 for line in lines[2:])
                 below_ten += len(lines) - 2
             with self.subTest(mode=mode):
                 self.assertLessEqual(below_one, 9)  # about 1 in each of the 3 searches
-                self.assertGreater(below_ten, 12)  # about 10
-                self.assertLess(below_ten, 54)
+                self.assertTrue(12 < below_ten < 54, below_ten)  # about 10
 
     def test_probabilities_instead_of_expectations(self):
         database = self.proteins(600)
-        query = [("Q", self.gene(database[3][1]))]
-        e = self.listed(self.search(22, query, database, "-probcut", 1e6))
-        p = self.listed(self.search(22, query, database, "-probcut", 1e6, "-fit_type", 1))
-        self.assertEqual(len(e), 600)
-        self.assertEqual([line[4] for line in e], [line[4] for line in p])
-        for expectation, probability in zip(e, p):
-            self.assertAlmostEqual(float(expectation[3]) / 600, float(probability[3]), delta=0.01 * float(probability[3]))
-
-    def test_header_and_log_of_the_statistics(self):
-        database = self.proteins(300)
-        run = self.search(22, [("Q", self.gene(database[3][1]))], database, "-dump_stats", 1)
-        header = run.stdout.split("# Start_Scores")[0]
-        self.assertRegex(header, r"\n# FIT: m: -?\d+\.\d{6} c: -?\d+\.\d{6} var: \d+\.\d{6} nval: [1-9]\d*\n# PROBCUT: +1\.0")
-        self.assertIn("# LI penalty:  12.00\n# FS  penalty:  15.00\n", header)
-        self.assertRegex(header, r"# Matrix file:    /.*/BLOSUM62\n")
-        self.assertIn("# Sequences: 300,", (self.work / "zelvan_dump_stats.log").read_text())
+        search = (22, self.gene(database["P3"]), database, "-probcut", 1e6)
+        run = self.search(*search, "-dump_stats", 1)
+        self.assertIn("# LI penalty:  12.00\n# FS  penalty:  15.00\n", run.stdout)
+        number = r"-?\d+\.\d{6}"
+        self.assertRegex(run.stdout, rf"\n# FIT: m: {number} c: {number} var: {number} nval: [1-9]\d*\n# PROBCUT: ")
+        self.assertIn("# Sequences: 600,", (self.work / "zelvan_dump_stats.log").read_text())
+        expectations = zelvan_cli.score_lists(run.stdout)[0]
+        probabilities = self.listed(*search, "-fit_type", 1)
+        self.assertEqual(len(expectations), 600)
+        self.assertEqual([line[4] for line in expectations], [line[4] for line in probabilities])
+        for (*_, e, _, _, _), (*_, p, _, _, _) in zip(expectations, probabilities):
+            self.assertAlmostEqual(float(e) / 600, float(p), delta=0.01 * float(p))
 
 
 class PlainList(TranslatedSearch):
@@ -136,242 +116,148 @@ class PlainList(TranslatedSearch):
 
     def setUp(self):
         super().setUp()
-        self.database = [("A", "MKWVTFISLLFLFSSAYSRG"), ("B", "MSWVTFISLLFLFSGAYSRG"), ("C", "GGGGG"), ("D", "MKWVTFISLLFLFSSAYSRGVF")]
-        self.query = [("Q", self.gene("MKWVTFISLLFLFSSAYSRGVF"))]
+        database = {"A": SIGNAL, "B": "MSWVTFISLLFLFSGAYSRG", "C": "GGGGG", "D": SIGNAL + "VF"}
+        self.input = (22, self.gene(database["D"]), database)
 
-    def plain(self, *more):
-        return self.listed(self.search(22, self.query, self.database, "-do_stats", 0, *more))
-
-    def test_walks_the_database_backwards(self):
-        lines = self.plain()
-        self.assertEqual([line[2] for line in lines], ["D", "C", "B", "A"])
-        self.assertGreater(int(lines[3][1]), int(lines[2][1]))
-        self.assertEqual([line[0] for line in lines], ["1", "2", "3", "4"])
-
-    def test_filters_by_score_and_number(self):
-        self.assertEqual([line[2] for line in self.plain("-min_score", 50)], ["D", "B", "A"])
-        self.assertEqual([line[2] for line in self.plain("-nprint_to_threshold", 0, "-max_nout", 2)], ["D", "C"])
-        self.assertEqual(len(self.plain("-max_nout", 1)), 4)  # NPRINT_TO_THRESHOLD 1 overrides it
-
-    def test_few_sequences_switch_the_statistics_off(self):
-        for least, plain in ((4, False), (5, True)):
-            run = self.search(22, self.query, self.database, "-do_stats", 1, "-min_nstats", least)
-            self.assertEqual("# FIT" not in run.stdout, plain)
+    def test_settings_of_the_list(self):
+        for settings, expected in (
+            ((), "DCBA"),
+            (("-min_score", 50), "DBA"),
+            (("-nprint_to_threshold", 0, "-max_nout", 2), "DC"),
+            (("-max_nout", 1), "DCBA"),  # NPRINT_TO_THRESHOLD 1 overrides it
+            # Held against PRECISION as it stands: -100, stored before PRECISION changed, is -10 of the new units.
+            (("-max_nout", -1, "-min_score", -1, "-precision", 10), "DCBA"),
+            (("-do_stats", 2), "DCBA"),
+            (("-do_stats", 1, "-min_nstats", 5), "DCBA"),
+        ):
+            with self.subTest(settings):
+                run = self.search(*self.input, "-do_stats", 0, *settings)
+                (lines,) = zelvan_cli.score_lists(run.stdout)
+                self.assertEqual("".join(line[2] for line in lines), expected)
+                self.assertEqual([line[0] for line in lines], [str(k + 1) for k in range(len(lines))])
+                self.assertNotIn("# FIT", run.stdout)
+                note = "Note:  for a list ranked by significance in this mode you must set do_stats = 1\n"
+                self.assertEqual(run.stderr, note if settings == ("-do_stats", 2) else "")
+        self.assertIn("# FIT", self.search(*self.input, "-do_stats", 1, "-min_nstats", 4).stdout)
 
     def test_special_lists_all_in_database_order(self):
-        run = self.search(22, self.query, self.database, "-do_stats", 0, "-special", 1, "-min_score", 50, "-max_aout", 0)
-        self.assertEqual([line.split()[2] for line in run.stdout.split(52 * "-" + "\n")[1].splitlines()[:4]], ["A", "B", "C", "D"])
+        run = self.search(*self.input, "-do_stats", 0, "-special", 1, "-min_score", 50, "-max_aout", 0)
+        lines = run.stdout.split(52 * "-" + "\n")[1].splitlines()[:4]
+        self.assertEqual([line.split()[2] for line in lines], [*"ABCD"])
         self.assertNotIn("# End_Scores", run.stdout)
 
     def test_alignments_are_of_the_best_scores(self):
-        run = self.search(22, self.query, self.database, "-do_stats", 0, "-max_aout", 2)
+        run = self.search(*self.input, "-do_stats", 0, "-max_aout", 2)
         self.assertEqual([re.search(r"Target: (\S+)", body)[1] for _, body in self.sections(run)], ["D", "A"])
 
     def test_two_unlimited_settings_are_refused(self):
+        unlimited = ("-max_nout", -1, "-min_score", -1)
+        message = "Error:  Both min_score and max_nout are set to -1\n"
         for mode in (12, 20, 22):
-            run = self.search(mode, self.query, self.database, "-max_nout", -1, "-min_score", -1)
-            self.assertEqual((run.status, run.stderr), (255, "Error:  Both min_score and max_nout are set to -1\n"))
-        # Compared with PRECISION as it stands: -100 stored before PRECISION changed is -10 of the new units.
-        run = self.search(22, self.query, self.database, "-max_nout", -1, "-min_score", -1, "-precision", 10)
-        self.assertEqual(run.status, 0)
-        self.assertEqual(self.search(10, [("Q", "MKWV")], [("A", "ATGAAATGG")], "-max_nout", -1, "-min_score", -1).status, 0)
-
-    def test_the_protein_setting_of_statistics_brings_a_note(self):
-        run = self.search(22, self.query, self.database, "-do_stats", 2)
-        self.assertEqual(run.stderr, "Note:  for a list ranked by significance in this mode you must set do_stats = 1\n")
-        self.assertEqual([line[2] for line in self.listed(run)], ["D", "C", "B", "A"])
-        self.assertNotIn("FIT", run.stdout)
+            self.refuse(message, *self.inputs(mode, *self.input[1:]), *unlimited)
+        self.search(10, "MKWV", {"A": "ATGAAATGG"}, *unlimited)
 
 
 class Strands(TranslatedSearch):
     """COMPLEMENT_QUERY in each mode."""
 
-    def scores(self, mode, query, database, *more):
-        run = self.search(mode, query, database, "-do_stats", 0, "-max_aout", 0, *more)
-        if mode == 10:
-            self.assertEqual(run.status, 0, run.stderr)
-            return {line.split()[1]: int(line.split()[0]) for line in run.stdout.splitlines()}
-        return {line[2]: int(line[1]) for line in self.listed(run)}
-
-    def test_dna_query(self):
+    def test_either_strand_is_searched(self):
         protein = self.protein(60)
         dna = self.gene(protein)
+        back = reverse_complement(dna)
         for mode in (20, 22):
-            forward = self.scores(mode, [("Q", dna)], [("A", protein)])["A"]
-            self.assertGreater(forward, 200)
-            back = [("Q", reverse_complement(dna))]
-            self.assertLess(self.scores(mode, back, [("A", protein)])["A"], 100)
-            self.assertEqual(self.scores(mode, back, [("A", protein)], "-complement_query", 1)["A"], forward)
-
-    def test_dna_database(self):
-        protein = self.protein(60)
-        dna = self.gene(protein)
-        database = [("F", dna), ("R", reverse_complement(dna))]
-        straight = self.scores(12, [("Q", protein)], database)
-        turned = self.scores(12, [("Q", protein)], database, "-complement_query", 1)
-        self.assertEqual((straight["F"], straight["R"]), (turned["R"], turned["F"]))
-        self.assertGreater(straight["F"], straight["R"])
-        plain = self.scores(10, [("Q", protein)], database)
-        self.assertEqual(plain, self.scores(10, [("Q", protein)], database, "-complement_query", 1))
+            scores = [int(self.listed(mode, query, {"A": protein}, "-do_stats", 0, "-complement_query", turn)[0][1])
+                      for query, turn in ((dna, 0), (back, 1), (back, 0), (dna, 1))]  # fmt: skip
+            self.assertEqual(scores[0::2], scores[1::2])
+            self.assertTrue(scores[0] > 200 and scores[2] < 100, scores)
+        forward, turned = (
+            [line[1:3] for line in self.listed(12, protein, database, "-do_stats", 0, "-complement_query", turn)]
+            for database, turn in (({"A": dna, "B": back}, 0), ({"A": back, "B": dna}, 1))
+        )
+        self.assertEqual(forward, turned)
+        self.assertGreater(int(forward[1][0]), int(forward[0][0]))
+        plain = (10, protein, {"A": dna, "B": back})
+        self.assertEqual(self.search(*plain).stdout, self.search(*plain, "-complement_query", 1).stdout)
 
 
 class SimpleScan(TranslatedSearch):
     """Mode 10: a line a sequence, penalties as configured, and nothing else."""
 
     def test_lines_and_the_divisor_of_100(self):
-        database = [("short", "AC"), ("one", "TGG"), ("three", "TGGTGGTGG"), ("N", "TGNTGGTGG")]
-        run = self.search(10, [("Q", "WWW")], database, "-max_nseq", 1)  # no bound on the number
-        self.assertEqual((run.status, run.stdout, run.stderr), (0, "0 short\n11 one\n33 three\n22 N\n", ""))
-        run = self.search(10, [("Q", "WWW")], database[1:3], "-precision", 10)
-        self.assertEqual(run.stdout, "1 one\n3 three\n")
+        database = {"short": "AC", "one": "TGG", "three": "TGGTGGTGG", "N": "TGNTGGTGG"}
+        run = self.search(10, "WWW", database, "-max_nseq", 1)  # no bound on the number
+        self.assertEqual(run[1:], ("0 short\n11 one\n33 three\n22 N\n", ""))
+        self.assertEqual(self.search(10, "WWW", database, "-precision", 10).stdout, "0 short\n1 one\n3 three\n2 N\n")
 
     def test_the_last_two_bases_are_no_rows(self):
         # Mode 12 scores the letters of the last two positions as residues, mode 10 does not.
-        query, database = [("Q", "AW")], [("A", "TGGGA"), ("B", "A")]
-        self.assertEqual(self.search(10, query, database).stdout, "11 A\n0 B\n")
-        lines = self.listed(self.search(12, query, database, "-do_stats", 0))
+        search = ("AW", {"A": "TGGGA", "B": "A"})
+        self.assertEqual(self.search(10, *search).stdout, "11 A\n0 B\n")
+        lines = self.listed(12, *search, "-do_stats", 0)
         self.assertEqual([line[:3] for line in lines], [["1", "4", "B"], ["2", "11", "A"]])
 
     def test_takes_penalties_from_the_configuration_only(self):
-        gene = self.gene("MKWVTFISLLFLFSSAYSRG")
-        query, database = [("Q", "MKWVTFISLLFLFSSAYSRG")], [("A", gene[:30] + "C" + gene[30:])]
-        whole = int(self.search(10, query, [("A", gene)]).stdout.split()[0])
-        for shift in (8, 3):
-            run = self.search(10, query, database, "-fs_pen", shift)
-            self.assertEqual(run.stdout, f"{whole - shift} A\n")
-        run = self.search(12, query, database, "-fs_pen", 3, "-do_stats", 0)
-        self.assertEqual(self.listed(run)[0][1], str(whole - 15))
-        run = self.search(12, query, database, "-fs_pen", 3, "-do_stats", 0, "-use_gapdefs", 0)
-        self.assertEqual(self.listed(run)[0][1], str(whole - 3))
+        gene = self.gene(SIGNAL)
+        shifted = {"A": gene[:30] + "C" + gene[30:]}
+        whole = int(self.search(10, SIGNAL, {"A": gene}).stdout.split()[0])
+        for mode, settings, penalty in ((10, ("-fs_pen", 8), 8), (10, ("-fs_pen", 3), 3), (12, ("-fs_pen", 3), 15),
+                                        (12, ("-fs_pen", 3, "-use_gapdefs", 0), 3)):  # fmt: skip
+            run = self.search(mode, SIGNAL, shifted, "-do_stats", 0, "-show_titles", 0, *settings)
+            self.assertIn(f"\n{whole - penalty} A", "\n" + run.stdout)
 
     def test_many_batches(self):
-        database = [(f"S{k}", "TGG" * (1 + k % 3) + self.bases(9000).replace("TGG", "AAA")) for k in range(1100)]
-        lines = self.search(10, [("Q", "WWW")], database).stdout.splitlines()
-        self.assertEqual([line.split()[1] for line in lines], [name for name, _ in database])
-        self.assertTrue(all(int(line.split()[0]) >= 11 * (1 + k % 3) for k, line in enumerate(lines)))
+        database = {f"S{k}": "TGG" * (1 + k % 3) + self.bases(9000).replace("TGG", "AAA") for k in range(1100)}
+        lines = [line.split() for line in self.search(10, "WWW", database).stdout.splitlines()]
+        self.assertEqual([line[1] for line in lines], list(database))
+        self.assertTrue(all(int(score) >= 11 * (1 + k % 3) for k, (score, _) in enumerate(lines)))
 
     def test_progress_and_time(self):
-        run = self.search(10, [("Q", "WW")], [("A", "TGG")], "-verbose", 1, "-time", 1)
-        for text in (
-            "Getting codon table\nGetting pairscore matrix\n",
-            "Query:\nQ\nQ title\nWW\nBuilding lookup table\nOpening database\nScanning\n"
-            "Penalties: ld_pen: 800 li_pen: 800 fs_pen 800\n",
-        ):
-            self.assertIn(text, run.stderr)
-        self.assertRegex(run.stderr, r"\nCPU\(P.*\)\n$")
+        run = self.search(10, "WW", {"A": "TGG"}, "-verbose", 1, "-time", 1)
+        self.assertRegex(run.stderr, r"(?s)^Getting codon table\nGetting pairscore matrix\n.*Query:\nQ\nQ title\nWW\n"
+                                     r"Building lookup table\nOpening database\nScanning\n"
+                                     r"Penalties: ld_pen: 800 li_pen: 800 fs_pen 800\n(.*\n)?CPU\(P[^\n]*\)\n$")
 
 
-class Databases(TranslatedSearch):
-    """Binary databases and extraction."""
+class Inputs(TranslatedSearch):
+    """Databases, codon tables and letters of all kinds."""
 
-    def build(self, database, index):
-        run = self.zelvan(
-            "-d", self.file("source.fasta", fasta(database)), "-mode", 99, "-db_dir", self.work, "-bdb_root", f"db{index}",
-            "-apply_index", index,
-        )  # fmt: skip
-        self.assertEqual(run.status, 0, run.stderr)
-        return ["-db_dir", self.work, "-bdb_root", f"db{index}"]
-
-    def test_binary_and_text_protein_databases_agree(self):
-        database = self.proteins(40)
-        query = [("Q", self.gene(database[5][1]))]
-        for mode in (20, 22):
-            expected = self.listed(self.search(mode, query, database, "-probcut", 1e6))
-            for index in (0, 1):
-                run = self.search(mode, query, database, "-probcut", 1e6, *self.build(database, index))
-                self.assertEqual(self.listed(run), expected)
-                self.assertIn("# Number of sequences:             40\n", run.stdout)
-                self.assertEqual(self.sections(run)[0][1].count("# End_N: 1"), 1)
-
-    def test_binary_dna_databases_hold_letters(self):
-        database = [(name, self.gene(p)) for name, p in self.proteins(20)]
-        query = [("Q", self.protein(80))]
-        expected = self.listed(self.search(12, query, database, "-do_stats", 0))
-        run = self.search(12, query, database, "-do_stats", 0, *self.build(database, 0))
-        # The order of a binary database is its own.
-        self.assertEqual(sorted(line[1:] for line in self.listed(run)), sorted(line[1:] for line in expected))
-        run = self.search(12, query, database, *self.build(database, 1))
-        self.assertEqual(run.status, 255)
-        self.assertEqual(run.stdout, "")
-        refusal = "For DNA, the binary database must not be built with APPLY_INDEX\nSorry...\n"
-        self.assertEqual(run.stderr, refusal)
-
-    def test_extraction_writes_the_best_as_they_were_searched(self):
-        database = [("A", "TGGTGG"), ("B", "ATGATGC"), ("C", "TGGTGGTGG")]
-        run = self.search(12, [("Q", "WWW")], database, "-do_stats", 0, "-extract_seq", 4, "-extract_seq_format", 1)
-        self.assertEqual(run.status, 0, run.stderr)
+    def test_databases(self):
+        binary = ("-db_dir", self.work, "-bdb_root", "db")
+        search = self.inputs(12, "WWW", {"A": "TGGTGG", "B": "ATGATGC", "C": "TGGTGGTGG"})
+        self.succeed(*search, "-mode", 99, "-apply_index", 1, *binary)
+        self.refuse("For DNA, the binary database must not be built with APPLY_INDEX\nSorry...\n", *search, *binary)
+        self.succeed(*search, "-do_stats", 0, "-extract_seq", 4, "-extract_seq_format", 1)
         # Backwards through the database, two fewer than asked for; translated letters, the last two as they were.
-        written = (self.work / "zelvan_extract.seq").read_text()
-        self.assertEqual(written, ">C C title\nWGVWGVWGG\n>B B title\nM!DMCGC\n")
-
-    def test_limits_and_missing_files(self):
-        run = self.search(22, [("Q", "ATG")], [("A", "M"), ("B", "M")], "-max_nseq", 1)
-        self.assertEqual(run.status, 255)
-        self.assertIn("Too many sequences", run.stderr)
-        run = self.zelvan("-s", self.work / "none.fasta", "-d", self.work / "none.fasta", "-mode", 22)
-        self.assertEqual(run.status, 255)
-        self.assertIn("none.fasta", run.stderr)
+        self.assertEqual((self.work / "zelvan_extract.seq").read_text(), ">C C title\nWGVWGVWGG\n>B B title\nM!DMCGC\n")
         for mode in (10, 12, 20, 22):
-            run = self.zelvan(
-                "-s", self.file("q.fasta", ">q\nATG\n"), "-d", self.work / "none.fasta", "-mode", mode, "-do_stats", 0
-            )
-            self.assertEqual((run.status, run.stdout), (255, ""))
-            self.assertIn("none.fasta", run.stderr)
-
-    def test_empty_database(self):
-        for mode in (12, 20, 22):
-            run = self.zelvan(
-                "-s", self.file("q.fasta", ">q\nATGATG\n"), "-d", self.file("empty.fasta", ""), "-mode", mode, "-min_nstats", 0
-            )
-            self.assertEqual(self.listed(run), [])
+            missing = ("-mode", mode, "-d", "none.fasta", "-s", self.file("q", ">q\nATG\n"))
+            self.refuse(r".*none\.fasta\n", *search, *missing)
+            run = self.search(mode, "ATGATG", {}, "-min_nstats", 0)
+            self.assertEqual(zelvan_cli.score_lists(run.stdout), [] if mode == 10 else [[]])
             self.assertEqual(self.sections(run), [])
-        self.assertEqual(self.search(10, [("q", "ATG")], []).stdout, "")
 
-
-class GeneticCode(TranslatedSearch):
-    """Codon tables, odd letters and the messages for them."""
-
-    def code(self, change):
+    def test_codon_tables(self):
         lines = (zelvan_cli.CODONS / "codo.tst").read_text().splitlines()
-        return self.file("code.tst", "\n".join(change(lines)) + "\n")
-
-    def run_with(self, change, dna="TGGTGGTGG"):
-        path = self.code(change)
-        return self.search(10, [("Q", "WWW")], [("A", dna)], "-general_dir", self.work, "-codon_file", path.name)
-
-    def test_other_codes(self):
-        args = ("-codon_file", "vertebrate_mitochondrial.tst")
-        self.assertEqual(self.search(10, [("Q", "WWW")], [("A", "TGATGATGA")], *args).stdout, "33 A\n")
-        self.assertEqual(self.search(10, [("Q", "WWW")], [("A", "TGATGATGA")]).stdout, "0 A\n")
-
-    def test_faulty_tables(self):
-        for change in (lambda lines: lines[:-1], lambda lines: [*lines, "AAA K"], lambda lines: [*lines, ""]):
-            run = self.run_with(change)
-            self.assertEqual(run.status, 255)
-            self.assertIn("Codon table does not have 64 codons", run.stderr)
-            self.assertTrue(run.stderr.endswith(f"Check file: {self.work}/code.tst\n"), run.stderr)
-        run = self.search(22, [("Q", "ATG")], [("A", "M")], "-codon_file", "none.tst")
-        self.assertEqual(run.status, 255)
-        self.assertIn("Cannot open file", run.stderr)
-        self.assertTrue(run.stderr.endswith(f"File: {zelvan_cli.CODONS}/none.tst\n"), run.stderr)
-
-    def test_a_scrambled_table_misses_codons(self):
-        run = self.run_with(lambda lines: lines[::-1])
-        self.assertEqual(run.status, 0)
-        self.assertIn("Something weird happened when translating (swipd)", run.stderr)
-        path = self.code(lambda lines: lines[::-1])
-        run = self.search(22, [("Q", "TGGTGG")], [("A", "WW")], "-general_dir", self.work, "-codon_file", path.name)
-        self.assertEqual((run.status, run.stdout), (0, ""))
-        self.assertIn("Something weird happened when translating: ", run.stderr)
+        own_table = ("-general_dir", self.work, "-codon_file", "code.tst")
+        stops = {"A": "TGATGATGA"}
+        for table, score in (("vertebrate_mitochondrial.tst", 33), ("codo.tst", 0)):
+            self.assertEqual(self.search(10, "WWW", stops, "-codon_file", table).stdout, f"{score} A\n")
+        self.file("code.tst", "\n".join(lines[:-1]))
+        self.refuse(f"Codon table does not have 64 codons: .*Check file: {self.work}/code.tst\n",
+                    *self.inputs(10, "WWW", stops), *own_table)  # fmt: skip
+        self.refuse(f"Cannot open file: .*File: {zelvan_cli.CODONS}/none.tst\n",
+                    *self.inputs(22, "ATG", {"A": "M"}), "-codon_file", "none.tst")  # fmt: skip
+        self.file("code.tst", "\n".join(lines[::-1]))  # its order makes codons hard to find
+        for mode, name in ((10, r" \(swipd\)"), (12, "")):
+            self.refuse(f"Something weird happened when translating{name}: .*",
+                        *self.inputs(mode, "WWW", {"A": "TGGTGG"}), *own_table, status=0)  # fmt: skip
 
     def test_letters_that_are_no_bases(self):
-        for mode, query, database in ((22, "MKLW", "MKLW"), (12, "MKLW", "MKLW"), (10, "MKLW", "ATGUUUATG")):
-            run = self.search(mode, [("Q", query)], [("A", database)])
-            self.assertEqual((run.status, run.stdout), (0, ""))
-            letter = "U" if mode == 10 else "L"
-            self.assertIn(f"Error - character unrecognised: {letter}\nUnrecognised ambiguity base code: ", run.stderr)
+        for mode, letters, named in ((22, "MKLW", "L"), (12, "MKLW", "L"), (10, "ATGUUUATG", "U")):
+            self.refuse(f"Error - character unrecognised: {named}\nUnrecognised ambiguity base code: .*",
+                        *self.inputs(mode, "MKLW", {"A": letters}), status=0)  # fmt: skip
         # The last two letters of a strand that is read as it stands begin no codon: nothing asks what they are.
-        self.assertEqual(self.search(10, [("Q", "WWW")], [("A", "TGGEE")]).status, 0)
+        self.search(10, "WWW", {"A": "TGGEE"})
 
 
 class Examples(TranslatedSearch):
@@ -381,43 +267,38 @@ class Examples(TranslatedSearch):
         (self.work / "data").symlink_to(zelvan_cli.SOURCE / "data")
         made = self.work / "examples"
         made.mkdir()
-        for name in ("make_dna_examples.py", "engb.fasta", "uniprot_sample.fasta"):
-            shutil.copy(zelvan_cli.EXAMPLES / name, made)
+        for path in (EXAMPLES / "make_dna_examples.py", QUERY, SAMPLE):
+            shutil.copy(path, made)
         subprocess.run([sys.executable, made / "make_dna_examples.py"], check=True)
         for name in ("engb_dna.fasta", "dna_sample.fasta"):
-            self.assertEqual((made / name).read_bytes(), (zelvan_cli.EXAMPLES / name).read_bytes(), name)
+            self.assertEqual((made / name).read_bytes(), (EXAMPLES / name).read_bytes(), name)
 
     def test_the_query_with_a_planted_shift(self):
-        run = self.zelvan(
-            "-s", zelvan_cli.EXAMPLES / "engb_dna.fasta", "-d", zelvan_cli.EXAMPLES / "uniprot_sample.fasta", "-mode", 22,
-            "-do_stats", 1, "-show_titles_width", 50,
-        )  # fmt: skip
-        lines = self.listed(run)
+        run = self.succeed("-s", EXAMPLES / "engb_dna.fasta", "-d", SAMPLE, "-mode", 22, "-do_stats", 1,
+                           "-show_titles_width", 50)  # fmt: skip
+        (lines,) = zelvan_cli.score_lists(run.stdout)
+        sections = self.sections(run)
         self.assertGreater(len(lines), 10)
-        self.assertEqual(len(self.sections(run)), len(lines))
-        for line, (rank, body) in zip(lines, self.sections(run)):
+        self.assertEqual(len(sections), len(lines))
+        for line, (rank, body) in zip(lines, sections):
             figures = re.search(r"# N: 1 Raw_Score: (\d+) .* Evalue: (\S+)\n", body)
-            self.assertEqual((rank, figures[1]), (line[0], line[1]))
-            self.assertEqual(f"{float(figures[2]):.2e}", f"{float(line[3]):.2e}")
-        best = self.sections(run)[0][1]
-        self.assertIn("Frame_Shifts: 1\n", best)
-        self.assertIn("TKPG^RTQLLNFYKN", best)
-        self.assertTrue(all("EngB" in body for _, body in self.sections(run)[:10]))
+            self.assertEqual([rank, figures[1], f"{float(figures[2]):.2e}"], [*line[:2], f"{float(line[3]):.2e}"])
+        self.assertIn("Frame_Shifts: 1\n", sections[0][1])
+        self.assertIn("TKPG^RTQLLNFYKN", sections[0][1])
+        self.assertTrue(all("EngB" in body for _, body in sections[:10]))
 
     def test_the_dna_database(self):
-        def found(*more):
-            run = self.zelvan(
-                "-s", zelvan_cli.EXAMPLES / "engb.fasta", "-d", zelvan_cli.EXAMPLES / "dna_sample.fasta", "-mode", 12,
-                "-do_stats", 1, "-min_nstats", 500, "-probcut", 1e-6, "-show_titles_width", 100, *more,
-            )  # fmt: skip
-            return [" ".join(line[4:]) for line in self.listed(run)]
-
-        forward, backward = found(), found("-complement_query", 1)
+        forward, backward = (
+            [" ".join(line) for line in zelvan_cli.score_lists(self.succeed(
+                "-s", QUERY, "-d", EXAMPLES / "dna_sample.fasta", "-mode", 12, "-do_stats", 1, "-min_nstats", 500,
+                "-probcut", 1e-6, "-show_titles_width", 100, "-complement_query", turn).stdout)[0]]
+            for turn in (0, 1)
+        )  # fmt: skip
         self.assertTrue(any("a base inserted" in line for line in forward))
-        self.assertGreater(len(forward), 8)
         self.assertFalse(any("complemented" in line for line in forward))
-        self.assertGreater(len(backward), 2)
         self.assertTrue(all("complemented" in line for line in backward))
+        self.assertGreater(len(forward), 8)
+        self.assertGreater(len(backward), 2)
 
 
 if __name__ == "__main__":

@@ -3,8 +3,8 @@
     class SearchTest(zelvan_cli.TestCase):
         def test_it(self):
             self.configure("MODE 202\n")                      # optional: what the defaults file holds
-            run = self.zelvan("-s", self.file("q.fasta", ">q\nMKV\n"), ...)
-            self.assertEqual(run.status, 0, run.stderr)
+            run = self.succeed("-s", self.file("q.fasta", ">q\nMKV\n"), ...)
+            self.refuse("No Query\n", "-s", os.devnull, ...)
 
 $ZELVAN names the program and $ZELVAN_SOURCE the source tree. The shipped alias and gap-defaults files are in
 force unless a test writes its own; the defaults file holds the directories of the shipped data and nothing
@@ -13,6 +13,7 @@ else (built-in defaults), or what the shipped one holds after configure(defaults
 
 import os
 import pathlib
+import re
 import subprocess
 import tempfile
 import unittest
@@ -20,10 +21,28 @@ from typing import NamedTuple
 
 PROGRAM = os.environ["ZELVAN"]
 SOURCE = pathlib.Path(os.environ["ZELVAN_SOURCE"])
-EXAMPLES = SOURCE / "examples"
+SANITIZED = os.environ.get("ZELVAN_SANITIZED") == "1"  # slow: small inputs will do
 CONFIGURATION = SOURCE / "data" / "config"
 MATRICES = SOURCE / "data" / "matrices"
 CODONS = SOURCE / "data" / "codons"
+EXAMPLES = SOURCE / "examples"
+QUERY = EXAMPLES / "engb.fasta"
+SAMPLE = EXAMPLES / "uniprot_sample.fasta"
+
+
+def fasta(path):
+    """Identifier to residues, in the order of the file."""
+    return {r.split()[0]: "".join(r.split("\n")[1:]) for r in ("\n" + path.read_text()).split("\n>")[1:]}
+
+
+def first_records(path, count):
+    return "".join(">" + record for record in path.read_text().split(">")[1 : count + 1])
+
+
+def score_lists(report):
+    """The lines of each score list, split at blanks: rank, numbers, identifier, title."""
+    lists = re.findall(r"# Start_Scores: -{52}\n(.*?)# End_Scores: -{54}\n", report, re.S)
+    return [[line.split() for line in part.splitlines()] for part in lists]
 
 
 class Run(NamedTuple):
@@ -64,20 +83,31 @@ class TestCase(unittest.TestCase):
         path.write_bytes(content if isinstance(content, bytes) else content.encode("latin-1"))
         return path
 
-    def zelvan(self, *args, cwd=None, env=None, stdin="", timeout=600):
-        """Runs the program; `env` adds to the environment (a None value removes a variable)."""
-        environment = dict(os.environ, ZELVANDIR=str(self.config), TZ="UTC", LC_ALL="C")
-        for name, value in (env or {}).items():
-            environment.pop(name, None)
-            if value is not None:
-                environment[name] = value
-        done = subprocess.run(
-            [PROGRAM, *map(str, args)],
-            cwd=cwd or self.work,
-            env=environment,
-            input=stdin.encode("latin-1"),
-            capture_output=True,
-            timeout=timeout,
-            check=False,
+    def start(self, *args, program=PROGRAM, cwd=None, env=None, **options):
+        """Starts the program; `env` adds to the environment (a None value removes a variable)."""
+        added = {"ZELVANDIR": str(self.config), "TZ": "UTC", "LC_ALL": "C"} | (env or {})
+        environment = {name: value for name, value in (os.environ | added).items() if value is not None}
+        pipes = dict.fromkeys(("stdin", "stdout", "stderr"), subprocess.PIPE)
+        process = subprocess.Popen(
+            [program, *map(str, args)], cwd=cwd or self.work, env=environment, **(pipes | options)
         )
-        return Run(done.returncode, done.stdout.decode("latin-1"), done.stderr.decode("latin-1"))
+        self.addCleanup(process.__exit__, None, None, None)
+        self.addCleanup(process.kill)
+        return process
+
+    def zelvan(self, *args, stdin="", **how):
+        """Runs the program to its end."""
+        process = self.start(*args, **how)
+        outputs = process.communicate(stdin.encode("latin-1"), timeout=600)
+        return Run(process.returncode, *((output or b"").decode("latin-1") for output in outputs))
+
+    def succeed(self, *args, **how):
+        run = self.zelvan(*args, **how)
+        self.assertEqual(run.status, 0, run.stderr)
+        return run
+
+    def refuse(self, sentence, *args, status=255, **how):
+        """The run must end with this status, no report, and messages that match the pattern as a whole."""
+        run = self.zelvan(*args, **how)
+        self.assertEqual((run.status, run.stdout), (status, ""), (args, run.stderr))
+        self.assertRegex(run.stderr, rf"(?s)\A(?:{sentence})\Z")
