@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "util/buffer_sizes.h"
 #include "util/file_record.h"
 #include "util/memory.h"
 
@@ -149,9 +150,9 @@ struct Params {
   // ---- state of the run
   int32_t SUCCESS = 0;                   // 1: configuration read; -1: not
   UTstring TOKEN_SEPARATORS = " ,\n\t";  // of every configuration file
-  int32_t LINE_BUFFER_LEN = 100000;      // bytes; a longer line is read as several
-  AliasTable ALIASES;                    // consulted by every key match
-  UTstring VERSION;                      // ends in a newline
+  int32_t LINE_BUFFER_LEN = LINE_BUFFER_SIZE;
+  AliasTable ALIASES;  // consulted by every key match
+  UTstring VERSION;    // ends in a newline
   UTvector<GapDefault> GAPDEFS;
   int32_t NGAPDEFS = 0;
   int32_t GAPDEFS_CAPACITY = 500;

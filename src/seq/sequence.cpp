@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "util/buffer_sizes.h"
+
 namespace {
 
 // The block to append `size` bytes to. A vector that stays within its capacity does not move its bytes.

@@ -17,13 +17,11 @@ struct SeqRec {
   int32_t len = 0;        // residues + 2
 };
 
-// Owner of sequence strings: blocks of fixed capacity that are filled from the front and never move. Beyond the
+// Owner of sequence strings: blocks of SEQ_BLOCK_SIZE bytes that are filled from the front and never move. Beyond the
 // strings themselves a sequence costs four bytes; the unused tail of a block is never touched.
 struct SeqStore {
   UTvector<UTvector<char>> blocks;  // the last one is being filled
 };
-constexpr std::size_t SEQ_BLOCK_SIZE = std::size_t{4}
-                                       << 20;  // bytes; a longer sequence has a block of its own
 
 // store_sequence - copies one sequence into the store, residues as given.
 // In     residues[0..nres-1], nres <= 2^31 - 3; the pads are added here. Lengths as counted by the caller:

@@ -5,12 +5,12 @@
 #include <cerrno>
 #include <cstring>
 
+#include "util/buffer_sizes.h"
 #include "util/failure.h"
 #include "util/streams.h"
 
 namespace {
 
-constexpr std::size_t READ_SIZE = std::size_t{256} << 10;
 constexpr std::size_t MAX_LINE = INT32_MAX - 1;  // identifier and title lengths are 32-bit numbers
 constexpr char SUBSTITUTE = '\x1a';              // for a zero byte, which would hide the rest of a text
 
@@ -162,7 +162,7 @@ SeqReader make_reader(FILE* stream, const char* name) {
   SeqReader reader;
   reader.stream = stream;
   reader.name = name;
-  reader.buffer.resize(READ_SIZE);
+  reader.buffer.resize(READ_BUFFER_SIZE);
   return reader;
 }
 

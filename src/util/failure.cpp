@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstdarg>
-#include <cstdlib>
 #include <cstring>
 
 #include "util/streams.h"
@@ -11,7 +10,7 @@ namespace {
 
 [[noreturn]] void end_run(int status, FILE* stream, const char* format, va_list values) {
   std::vfprintf(stream, format, values);
-  std::exit(status);
+  UTend_process(status);
 }
 
 }  // namespace
@@ -24,7 +23,7 @@ void UTerror(const char* message) {
 
 void error(const char* message, int exit_flag) {
   UTerror(message);
-  if (exit_flag != 0) std::exit(0);
+  if (exit_flag != 0) UTend_process(0);
 }
 
 void UTend_input(FILE* stream, const char* format, ...) {
@@ -47,5 +46,5 @@ void UTend_fault(FILE* stream, const char* format, ...) {
 
 void UTend_memory(const char* message) {
   UTerror(message);
-  std::exit(0);
+  UTend_process(0);
 }

@@ -1,5 +1,5 @@
-// How a run fails: a plain sentence on an error stream, then the end of the process. Nothing outside this
-// file calls exit. The exit statuses differ on purpose by family: -1 for configuration, input files and fits;
+// How a run fails: a plain sentence on an error stream, then the end of the process, which nothing else may
+// bring about. The exit statuses differ on purpose by family: -1 for configuration, input files and fits;
 // 0 for exhausted memory and for the fatal error routine; 1 for streams.
 #pragma once
 
@@ -25,3 +25,7 @@ void error(const char* message, int exit_flag);
 [[noreturn]] void UTend_stream(FILE* stream, const char* format, ...) UT_PRINTF(2, 3);  // status 1
 [[noreturn]] void UTend_fault(FILE* stream, const char* format, ...) UT_PRINTF(2, 3);   // status 0
 [[noreturn]] void UTend_memory(const char* message);  // UTerror's report on std_err, status 0
+
+// UTend_process - what all of them end with: exit. It has a source file of its own, so that a program that must
+// outlive a run, such as a fuzzer, can be linked with another one, which may throw.
+[[noreturn]] void UTend_process(int status);

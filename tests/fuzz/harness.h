@@ -1,26 +1,35 @@
 // The ground that every fuzz target stands on. The routines under test run inside the fuzzer's process: where the
-// program would end they come back (failure.cpp), they can open nothing but the files of their target, and what
-// they print goes nowhere.
+// program would end they come back, they can open nothing but the files of their target, and what they print goes
+// nowhere.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "driver/params.h"
 #include "seq/matrix.h"
 
-// Thrown in place of the end of the process.
-struct RunEnd {
-  int status;
-};
+using FuzzInput = std::span<const uint8_t>;
 
-// begin_case, end_case - what stands between them is confined as told above and quiet; the end closes all streams,
-// forgets the files and resets the global state.
-void begin_case();
-void end_case();
+// A target: what is read from the input, and what must hold whatever it is.
+struct FuzzTarget {
+  const char* name;
+  void (*run)(FuzzInput);
+};
+// One span for each file of targets.
+std::span<const FuzzTarget> reader_targets();
+std::span<const FuzzTarget> search_targets();
+
+// find_target - ends the program when there is none of that name.
+const FuzzTarget& find_target(std::string_view name);
+
+// run_target - runs one input, confined as told above; closes all streams, forgets the files and resets the global
+// state.
+void run_target(const FuzzTarget& target, FuzzInput input);
 
 // scratch_file - makes a file that the routines under test may open, until the end of the case; returns its path.
 std::string scratch_file(const char* name, std::string_view content);
@@ -29,9 +38,6 @@ std::string scratch_file(const char* name, std::string_view content);
 // writing is the null device, and every other one for reading is missing.
 const std::string& scratch_directory();
 
-// shipped_file - the path of a file of the source tree's data directory, which may be read.
-std::string shipped_file(const char* name);
-
 // came_back - runs a routine; false when it ended the run with one of the statuses that there are.
 template <class Run>
 bool came_back(Run run);
@@ -39,24 +45,22 @@ bool came_back(Run run);
 // require - a property that must hold; a broken one is a finding.
 void require(bool holds, const char* what);
 
-// A record with every key at its default and quiet streams; keys can be set by their names.
-Params default_params();
-void set_key(Params& p, const char* key, const std::string& value);
+// A record with every key at its default, quiet streams and the shipped data.
+const Params& default_params();
 
 // A matrix that was read from the shipped data once, ready for use.
-const ScoreMatrix& shipped_matrix(const Params& p);
+const ScoreMatrix& shipped_matrix();
 
 // The input as a source of choices; when it is used up, every choice is the lowest.
 struct Choices {
-  const uint8_t* at;
-  const uint8_t* end;
+  FuzzInput left;
   int32_t number(int32_t low, int32_t high);  // low <= high
-  std::string_view rest() const {
-    return {reinterpret_cast<const char*>(at), static_cast<std::size_t>(end - at)};
-  }
 };
 
-void require_status(int status);
+// Thrown in place of the end of the process.
+struct RunEnd {
+  int status;
+};
 
 template <class Run>
 bool came_back(Run run) {
@@ -64,7 +68,7 @@ bool came_back(Run run) {
     run();
     return true;
   } catch (const RunEnd& end) {
-    require_status(end.status);
+    require(end.status == -1 || end.status == 0 || end.status == 1, "an exit status that there is");
     return false;
   }
 }

@@ -1,10 +1,8 @@
-// The entry of a libFuzzer program; FUZZ_TARGET is the function of its target.
+// The entry of a libFuzzer program; FUZZ_TARGET is the name of its target.
 #include "harness.h"
-#include "targets.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  begin_case();
-  FUZZ_TARGET({data, size});
-  end_case();
+  static const FuzzTarget& target = find_target(FUZZ_TARGET);
+  run_target(target, {data, size});
   return 0;
 }

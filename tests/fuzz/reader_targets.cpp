@@ -1,12 +1,21 @@
+// The readers of every kind of file.
+#include <algorithm>
 #include <cstring>
+#include <sstream>
+#include <vector>
 
+#include "bdb/identifiers.h"
+#include "bdb/loader.h"
+#include "bdb/sequence_writer.h"
+#include "driver/alias.h"
+#include "driver/command_line.h"
+#include "driver/gap_defaults.h"
 #include "harness.h"
 #include "seq/alphabet.h"
 #include "seq/codon.h"
-#include "seq/matrix.h"
 #include "seq/sequence_file.h"
-#include "targets.h"
 #include "util/streams.h"
+#include "util/text.h"
 
 namespace {
 
@@ -14,14 +23,83 @@ std::string_view text_of(FuzzInput input) {
   return {reinterpret_cast<const char*>(input.data()), input.size()};
 }
 
-void read_matrix(FuzzInput input, int32_t format) {
+// ---- Configuration.
+
+// A key of every type; a table of all keys would only take longer.
+constexpr char ALIASES[] =
+    "MODE mode # \nMIN_SCORE # \nLD_PEN ld # \nCUT_CONSTANT # \nPROBCUT probcut # \nPROBCUT2 probcut2 # \n"
+    "PIDTHRESH # \nGAP_CHARACTER gap # \nPRECISION prec # \nMATRIX_FILE m # \nMATRIX_DIR # \nBDB_ROOT bdb # "
+    "\n"
+    "DB_DIR # \nSTDIN stdin # \nSTDOUT stdout # \nSTDERR # \n";
+
+// The defaults file, and its words as the arguments of a command.
+void defaults(FuzzInput input) {
+  const std::string path = scratch_file("zelvan_defaults.dat", text_of(input));
+  const std::string aliases = scratch_file("zelvan_alias.dat", ALIASES);
+  Params* p = nullptr;
+  if (!came_back([&] { p = GetPars(path.c_str(), aliases.c_str()); })) return;
+  require(p->SUCCESS == 1 || p->SUCCESS == -1, "SUCCESS is 1 or -1");
+  require(p->PRECISION == 1 || p->PRECISION % 10 == 0, "PRECISION is 1 or a multiple of 10");
+  require(p->STDIN != nullptr && p->STDOUT != nullptr && p->STDERR != nullptr, "three streams");
+
+  std::istringstream text{std::string(text_of(input))};
+  std::vector<std::string> words = {"zelvan"};
+  for (std::string word; text >> word;) words.push_back(word);
+  std::vector<const char*> arguments;
+  for (const std::string& word : words) arguments.push_back(word.c_str());
+  p->VERSION = "version\n";
+  if (came_back([&] { GetCmd(p, static_cast<int>(arguments.size()), arguments.data()); })) {
+    require(arguments.size() % 2 == 1, "pairs of key and value");
+  }
+}
+
+void aliases(FuzzInput input) {
+  Params p = default_params();
+  AliasTable table;
+  bool read = false;
+  const std::string path = scratch_file("zelvan_alias.dat", text_of(input));
+  require(came_back([&] { read = read_aliases(path.c_str(), table, &p); }),
+          "an alias file never ends the run");
+  require(read == (p.SUCCESS != -1), "SUCCESS tells whether the file was read");
+  require(read || table.empty(), "a refused file leaves no entry");
+  for (const AliasEntry& entry : table) {
+    require(!entry.words.empty() && entry.words[0] == entry.name, "the key is its own first word");
+    for (const UTstring& word : entry.words) {
+      require(alias(UTcat({"-", word}).c_str(), entry.name.c_str(), table) == 0, "every word names its key");
+    }
+  }
+}
+
+void gap_defaults(FuzzInput input) {
+  Params p = default_params();
+  bool read = false;
+  const std::string path = scratch_file("zelvan_gapdefs.dat", text_of(input));
+  require(came_back([&] { read = GetGaps(path.c_str(), &p); }), "a gap-defaults file never ends the run");
+  require(read == (p.SUCCESS == 1), "SUCCESS tells whether the file was read");
+  require(p.NGAPDEFS == static_cast<int32_t>(p.GAPDEFS.size()) && p.NGAPDEFS <= p.GAPDEFS_CAPACITY,
+          "entries");
+  require(read || p.NGAPDEFS == 0, "a refused file leaves no entry");
+  if (p.NGAPDEFS == 0) return;
+  const GapDefault& entry = p.GAPDEFS[0];
+  p.MODE = entry.mode == 0 ? 210 : entry.mode == 2 ? 212 : entry.mode;
+  p.MATRIX_FILE.name = entry.matrix;
+  setgapdefs(&p);
+  const bool is_family = entry.mode != 200 && entry.mode != 210 && entry.mode != 202 && entry.mode != 212;
+  require(!is_family || (p.LD_PEN == entry.ld_pen && p.FSE_PEN == entry.fse_pen),
+          "the first entry that fits");
+}
+
+// ---- Matrices, in both layouts.
+
+template <void (*READ)(ScoreMatrix&, Params*)>
+void read_matrix(FuzzInput input) {
   Params p = default_params();
   scratch_file("matrix", text_of(input));
   p.MATRIX_DIR = scratch_directory().c_str();
   p.MATRIX_FILE.name = "matrix";
   ScoreMatrix matrix;
   const bool read = came_back([&] {
-    (format == 0 ? getmat_pir : getmat_ncbi)(matrix, &p);
+    READ(matrix, &p);
     PrintPairscoreMatrix(std_err, matrix, &p);
     SetStopCodonWeight(matrix, &p);
   });
@@ -44,6 +122,8 @@ void read_matrix(FuzzInput input, int32_t format) {
   }
 }
 
+// ---- Sequence files, in both layouts: the records of a database, and the first of them as a query.
+
 void check_record(const SeqRec& s) {
   require(s.ilen >= 0 && s.tlen >= 0 && s.len >= 2, "lengths");
   require(std::strlen(s.id) == static_cast<std::size_t>(s.ilen), "the identifier");
@@ -53,10 +133,10 @@ void check_record(const SeqRec& s) {
     require(s.seq[i] >= 'A' && s.seq[i] <= 'Z', "residues are letters");
 }
 
-// The records of a database, and the first of them as a query.
-void read_sequences(FuzzInput input, int32_t format) {
+template <int32_t FORMAT>
+void sequences(FuzzInput input) {
   Params p = default_params();
-  p.DB_FORMAT = p.QSEQ_FORMAT = format;
+  p.DB_FORMAT = p.QSEQ_FORMAT = FORMAT;
   p.DB_FILE.name = p.QSEQ_FILE.name = scratch_file("sequences", text_of(input)).c_str();
   TextDatabase database;
   const bool read = came_back([&] { read_text_database(database, true, &p); });
@@ -75,33 +155,16 @@ void read_sequences(FuzzInput input, int32_t format) {
   require(std::strcmp(query.id, first.id) == 0 && query.len == first.len &&
               std::memcmp(query.seq, first.seq, static_cast<std::size_t>(query.len)) == 0,
           "a query is read like a record");
-  const ScoreMatrix& matrix = shipped_matrix(p);
+  const ScoreMatrix& matrix = shipped_matrix();
   seqtoi(query.seq, query.len, matrix);
   for (int32_t i = 0; i < query.len; ++i) require(query.seq[i] >= 0 && query.seq[i] < matrix.inlen, "codes");
   itoseq(query.seq, query.len, matrix);
   require(query.seq[0] == ' ' && query.seq[query.len - 1] == 0, "the pads of a decoded sequence");
 }
 
-}  // namespace
+// ---- The text before a zero byte is the codon table, the rest the DNA to translate by it.
 
-void fuzz_matrix_pir(FuzzInput input) {
-  read_matrix(input, 0);
-}
-
-void fuzz_matrix_ncbi(FuzzInput input) {
-  read_matrix(input, 1);
-}
-
-void fuzz_fasta(FuzzInput input) {
-  read_sequences(input, 1);
-}
-
-void fuzz_pir(FuzzInput input) {
-  read_sequences(input, 0);
-}
-
-// The text before a zero byte is the codon table, the rest the DNA to translate by it.
-void fuzz_codon(FuzzInput input) {
+void codon(FuzzInput input) {
   Params p = default_params();
   const std::string_view text = text_of(input);
   const std::size_t cut = std::min(text.find('\0'), text.size());
@@ -123,6 +186,75 @@ void fuzz_codon(FuzzInput input) {
     UTvector<int8_t> dna;
     if (!came_back([&] { setup_dnaseq(dna, record, codons, complement); })) continue;
     require(dna.size() == letters.size() + 2 && record.seq[0] == ' ' && dna.back() == 0, "the DNA is kept");
-    seqtoi(record.seq, record.len, shipped_matrix(p));
+    seqtoi(record.seq, record.len, shipped_matrix());
   }
+}
+
+// ---- A binary database: two bytes tell the length of its index file, which is followed by the sequence file.
+
+void binary_database(FuzzInput input) {
+  Choices choices{input};
+  const auto index_size = static_cast<std::size_t>(choices.number(0, UINT16_MAX));
+  const std::string_view bytes = text_of(choices.left);
+  Params p = default_params();
+  p.VERBOSE = 1;
+  p.TIME = 6;
+  p.BDB_INDEX_FILE.name = scratch_file("db.bix", bytes.substr(0, index_size)).c_str();
+  p.BDB_SEQ_FILE.name = scratch_file("db.bsq", bytes.substr(std::min(index_size, bytes.size()))).c_str();
+  ScoreMatrix matrix = shipped_matrix();
+  BinaryDatabase database;
+  if (!came_back([&] { loadbdb(database, matrix, &p); })) return;
+
+  const auto n = static_cast<int32_t>(database.seqs.size());
+  require(p.binfo == &database.info && n == database.info.nseq, "the header");
+  if (database.info.index_flag != 1) encode_sequences(database.seqs.data(), n, matrix);
+  p.matrix = &matrix;
+  GetDBFreqs(database.seqs.data(), n, &p);
+  int64_t residues = 0;
+  for (const int32_t count : matrix.dbcount) residues += count;
+  require(residues == database.info.nres, "every residue has a code");
+  shsort(n, database.seqs.data());
+  for (const SeqRec& s : database.seqs) {
+    const SeqRec* found = findid(database.seqs.data(), n, s.id);
+    require(found != nullptr && std::strcmp(found->id, s.id) == 0,
+            "every sequence is found by its identifier");
+    SaveFastaSeq(std_err, s, matrix);
+  }
+}
+
+// ---- The score list of a report. The first byte is EXTRACT_SEQ.
+
+void score_list(FuzzInput input) {
+  if (input.size() < 2) return;
+  Params p = default_params();
+  p.EXTRACT_SEQ = input[0];
+  std::string report(text_of(input.subspan(1)));
+  FILE* const stream = fmemopen(report.data(), report.size(), "r");
+  require(stream != nullptr, "a stream");
+  came_back([&] {
+    const UTvector<UTstring> ids = ReadIdListFromScanFile(stream, &p);
+    require(static_cast<int32_t>(ids.size()) < std::max(p.EXTRACT_SEQ + 1, 1),
+            "fewer identifiers than lines");
+    for (const UTstring& id : ids) require(!id.empty() && id.find_first_of(" \n") == id.npos, "words");
+  });
+  std::fclose(stream);
+}
+
+constexpr FuzzTarget TARGETS[] = {
+    {"defaults", defaults},
+    {"alias", aliases},
+    {"gap_defaults", gap_defaults},
+    {"matrix_pir", read_matrix<getmat_pir>},
+    {"matrix_ncbi", read_matrix<getmat_ncbi>},
+    {"fasta", sequences<1>},
+    {"pir", sequences<0>},
+    {"codon", codon},
+    {"binary_database", binary_database},
+    {"score_list", score_list},
+};
+
+}  // namespace
+
+std::span<const FuzzTarget> reader_targets() {
+  return TARGETS;
 }

@@ -1,3 +1,4 @@
+// Scans and searches.
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
@@ -5,10 +6,10 @@
 #include "align/scan.h"
 #include "dna/dna_drivers.h"
 #include "dna/frame_scan.h"
+#include "driver/key_table.h"
 #include "harness.h"
 #include "iter/iter_driver.h"
 #include "support/forced_set.h"
-#include "targets.h"
 #include "util/streams.h"
 
 namespace {
@@ -27,7 +28,17 @@ struct Sequence {
   }
 };
 
-// ---- Scans.
+template <class T>
+const T& choose(Choices& choices, std::span<const T> values) {
+  return values[static_cast<std::size_t>(choices.number(0, static_cast<int32_t>(values.size()) - 1))];
+}
+
+template <class T, std::size_t N>
+const T& choose(Choices& choices, const T (&values)[N]) {
+  return choose(choices, std::span<const T>(values));
+}
+
+// ---- Scans: the vector kernels against the scalar ones on random problems.
 
 constexpr int32_t CODES = 27;
 constexpr int8_t GAP_CODE = 23;
@@ -75,106 +86,67 @@ LookupTable draw_table(Choices& choices, Sequence& numbers, int32_t qlen) {
   return table;
 }
 
+// One vector kernel a case, drawn last, so that every input can meet every kernel.
 void compare_scans(const Targets& targets, const LookupTable& table, const ScoreMatrix& matrix, int32_t qlen,
-                   const Params& p) {
+                   Sequence& numbers, const Params& p) {
   const auto n = static_cast<int32_t>(targets.records.size());
-  const bool translated = p.MODE < 100;
   const auto scan_by = [&](InstructionSet set, LaneWidth first) {
     UTvector<int32_t> scores(targets.records.size(), -77);
-    if (translated) {
+    if (p.MODE < 100) {
       scan_frames_by(set, first, qlen, targets.records.data(), n, table, scores.data(), &p);
     } else {
       scan_database_by(set, first, qlen, targets.records.data(), n, table, matrix, scores.data(), &p);
     }
     return scores;
   };
-  const UTvector<int32_t> expected = scan_by(InstructionSet::REFERENCE, LaneWidth::BITS8);
-  for (const InstructionSet set : VECTOR_SETS) {
-    if (!is_usable(set)) continue;
-    for (const LaneWidth first : WIDTHS)
-      require(scan_by(set, first) == expected, "the scores of a vector scan");
+  InstructionSet set = VECTOR_SETS[numbers.next() % std::ssize(VECTOR_SETS)];
+  if (!is_usable(set)) set = InstructionSet::PORTABLE;
+  require(scan_by(set, WIDTHS[numbers.next() % std::ssize(WIDTHS)]) ==
+              scan_by(InstructionSet::REFERENCE, LaneWidth::BITS8),
+          "the scores of a vector scan");
+}
+
+// ---- Whole searches of random databases with random keys: their reports must not depend on the kernels.
+
+constexpr const char* INTEGERS[] = {"0", "1", "-1", "2", "3", "7", "20", "1000"};
+constexpr const char* REALS[] = {"0",   "1",      "-1",   "0.01",  "0.29",   "3",   "12.5",     "50",
+                                 "100", "1e-300", "1e30", "1e300", "-1e300", "nan", "99999999", "-99999999"};
+constexpr const char* CHARACTERS[] = {"-", "A", "X"};
+constexpr const char* PRECISIONS[] = {"1", "10", "1000", "0", "-10", "100000"};
+constexpr const char* MATRICES[] = {"PAM30", "BLOSUM45", "PAM250"};
+
+std::span<const char* const> values_of(const KeyEntry& key) {
+  switch (key.type) {
+    case KeyType::INT:
+      return INTEGERS;
+    case KeyType::INT_SCALED:
+    case KeyType::REAL_SCALED:
+    case KeyType::REAL_TRUNCATED:
+    case KeyType::FLOAT:
+    case KeyType::DOUBLE:
+      return REALS;
+    case KeyType::CHAR:
+      return CHARACTERS;
+    case KeyType::PRECISION:
+      return PRECISIONS;
+    default:  // files and texts
+      return key.field == KeyField(&Params::MATRIX_FILE) ? MATRICES : std::span<const char* const>();
   }
 }
 
-// ---- Whole searches.
-
-struct Setting {
-  const char* key;
-  const char* values[8];  // up to the first null
-};
-
-constexpr Setting SETTINGS[] = {
-    {"PRECISION", {"1", "10", "1000", "0", "-10", "100000"}},
-    {"GAP_CHARACTER", {"-", "A", "X"}},
-    {"IGAP_CHARACTER", {"-", "A", "X"}},
-    {"STOP_CHARACTER", {"-", "A", "X"}},
-    {"MATRIX_FORMAT", {"0", "2"}},
-    {"USE_GAPDEFS", {"0"}},
-    {"LD_PEN", {"0", "1", "-1", "0.29", "50", "1e300", "-1e300"}},
-    {"LI_PEN", {"0", "1", "-3", "12.5", "50", "1e300", "-1e300"}},
-    {"FS_PEN", {"0", "1", "-2", "15", "1e300", "-1e300"}},
-    {"FSE_PEN", {"0", "1", "-2", "15", "100000"}},
-    {"STOP_WEIGHT", {"0", "5", "-1000", "99999999", "-99999999"}},
-    {"MATRIX_FILE", {"PAM30", "BLOSUM45", "PAM250"}},
-    {"DO_STATS", {"0", "1", "2", "-1"}},
-    {"PROB_TYPE", {"0", "1", "2", "3"}},
-    {"FIT_TYPE", {"0", "1", "2"}},
-    {"MIN_NSTATS", {"0", "1", "20", "1000"}},
-    {"TOP_ONLY", {"0", "1"}},
-    {"TOP_CUTFRAC", {"0", "0.5", "1", "2", "-1"}},
-    {"MIN_SCORE", {"-1", "0", "20", "99999999", "-99999999"}},
-    {"MIN_LEN", {"-1", "0", "20", "1000"}},
-    {"MIN_ASCORE", {"-1", "0", "20", "99999999", "-99999999"}},
-    {"MAX_NOUT", {"-1", "0", "1", "7", "100000"}},
-    {"MAX_AOUT", {"-1", "0", "1", "7", "100000"}},
-    {"NPRINT_TO_THRESHOLD", {"0", "1"}},
-    {"APRINT_TO_THRESHOLD", {"0", "1"}},
-    {"PROBCUT", {"0", "1e-300", "0.1", "1e30", "-1", "nan", "inf"}},
-    {"PROBCUT2", {"0", "1e-300", "0.0001", "-1", "nan"}},
-    {"APROBCUT", {"0", "1e-9", "1e30", "-1", "nan"}},
-    {"PIDTHRESH", {"0", "0.5", "1", "2", "-1", "nan"}},
-    {"POSWGTFAC", {"0", "0.5", "100", "-1", "1e300", "nan"}},
-    {"PEN_FACTOR", {"0", "0.5", "10", "-1", "1e300", "nan"}},
-    {"NITER", {"-1", "0", "1", "2", "3", "4"}},
-    {"LPFIT_MINBUCK", {"-1", "0", "1", "10", "100"}},
-    {"LPFIT_MINRANGE", {"-1", "0", "1", "3", "7", "100"}},
-    {"LPFIT_LPLBUCKETWIDTH", {"0", "-1", "0.01", "0.1", "1", "100", "nan"}},
-    {"LPFIT_PRINT", {"0", "1"}},
-    {"PRINT_PROFILES", {"0", "1", "2"}},
-    {"PROFILE_WEIGHT_METHOD", {"-1", "0", "1", "2", "3"}},
-    {"PRINT_FRQ_TABS", {"0", "1"}},
-    {"PRINT_BLOCK_FILE", {"0", "1"}},
-    {"PRINT_FRAG_FILE", {"0", "1"}},
-    {"FRAG_FILE_FORMAT", {"-1", "0", "1", "2"}},
-    {"MULTIPLE_OUTPUT_LENGTH", {"-1", "0", "1", "10"}},
-    {"OUTPUT_LENGTH", {"-1", "0", "1", "3", "1000"}},
-    {"OUTLEN_INCREASE_FACTOR", {"0", "-1", "1", "100"}},
-    {"LOG_SCORES", {"0", "1", "2", "3"}},
-    {"SHOW_TITLES", {"0", "1"}},
-    {"SHOW_TITLES_WIDTH", {"-1", "0", "1", "100"}},
-    {"SHOW_IDENT_WIDTH", {"-1", "0", "1", "100"}},
-    {"SHOW_LEN", {"0", "1"}},
-    {"SHOW_PMATRIX", {"0", "1"}},
-    {"COMPLEMENT_QUERY", {"0", "1"}},
-    {"MIXED_MODE", {"0", "1"}},
-    {"MM_LD_PEN", {"-1", "0", "3"}},
-    {"EXTRACT_SEQ", {"-1", "0", "1", "2", "5", "1000"}},
-    {"EXTRACT_SEQ_FORMAT", {"-1", "0", "1"}},
-    {"DUMP_STATS", {"0", "1"}},
-    {"VERBOSE", {"0", "1", "2", "11", "51", "1002"}},
-    {"TIME", {"0", "1", "6"}},
-    {"FAST", {"0", "1"}},
-    {"CUT_CORNERS", {"0", "1"}},
-    {"FIND_REPEATS", {"0", "1"}},
-};
-
+// Up to a dozen keys of the table, with any of the values above.
 void choose_settings(Choices& choices, Params& p) {
+  const Params before = p;
   for (int32_t left = choices.number(0, 12); left > 0; --left) {
-    const Setting& setting = SETTINGS[choices.number(0, std::size(SETTINGS) - 1)];
-    int32_t count = 0;
-    while (count < 8 && setting.values[count] != nullptr) ++count;
-    set_key(p, setting.key, setting.values[choices.number(0, count - 1)]);
+    const KeyEntry& key = choose(choices, parameter_keys());
+    const auto values = values_of(key);
+    if (!values.empty()) store_value(key, choose(choices, values), "getcmd", &p);
   }
+  p.MODE = before.MODE;  // to which the data have to fit
+  p.QSEQ_FORMAT = before.QSEQ_FORMAT;
+  p.DB_FORMAT = before.DB_FORMAT;
+  p.NITER = std::min(p.NITER, 4);
+  p.SHOW_BLURB = 0;
 }
 
 std::string draw_letters(Sequence& numbers, int32_t length, bool dna) {
@@ -236,10 +208,8 @@ std::string report_of(InstructionSet set, Params p) {
   return (whole ? "whole\n" : "ended\n") + result;
 }
 
-}  // namespace
-
-void fuzz_scan(FuzzInput input) {
-  Choices choices{input.data(), input.data() + input.size()};
+void scan(FuzzInput input) {
+  Choices choices{input};
   Sequence numbers{static_cast<uint32_t>(choices.number(0, INT32_MAX))};
   Params p = default_params();
   ScoreMatrix matrix;
@@ -247,7 +217,7 @@ void fuzz_scan(FuzzInput input) {
   matrix.xindex.fill(22);
   matrix.xindex[static_cast<unsigned char>(p.GAP_CHARACTER)] = GAP_CODE;
   matrix.xindex[static_cast<unsigned char>(p.IGAP_CHARACTER)] = IGAP_CODE;
-  p.MODE = MODES[choices.number(0, 7)];
+  p.MODE = choose(choices, MODES);
   const int32_t lowest = choices.number(0, 3) == 0 ? -3000 : 0;
   p.LD_PEN = choices.number(lowest, 3000) * choices.number(1, 30);
   p.LI_PEN = choices.number(lowest, 3000) * choices.number(1, 30);
@@ -258,30 +228,34 @@ void fuzz_scan(FuzzInput input) {
     table[GAP_CODE][i] = lowest + numbers.next() % (3000 - lowest);
     table[IGAP_CODE][i] = lowest + numbers.next() % (3000 - lowest);
   }
-  compare_scans(draw_targets(choices, numbers), table, matrix, qlen, p);
+  compare_scans(draw_targets(choices, numbers), table, matrix, qlen, numbers, p);
 }
 
-void fuzz_search(FuzzInput input) {
-  Choices choices{input.data(), input.data() + input.size()};
+void search(FuzzInput input) {
+  Choices choices{input};
   Sequence numbers{static_cast<uint32_t>(choices.number(0, 65535))};
   Params p = default_params();
-  set_key(p, "MODE", std::to_string(MODES[choices.number(0, 7)]));
+  p.MODE = choose(choices, MODES);
   // Defaults of small searches: with those of real ones there would be no statistics and no report.
-  for (const auto& [key, value] : {std::pair("DO_STATS", p.MODE < 100 ? "1" : "2"),
-                                   {"LPFIT_MINBUCK", "3"},
-                                   {"LPFIT_MINRANGE", "3"},
-                                   {"MIN_NSTATS", "10"},
-                                   {"PROBCUT", "10"}}) {
-    set_key(p, key, value);
-  }
+  p.DO_STATS = p.MODE < 100 ? 1 : 2;
+  p.LPFIT_MINBUCK = p.LPFIT_MINRANGE = 3;
+  p.MIN_NSTATS = 10;
+  p.PROBCUT = 10;
   choose_settings(choices, p);
-  set_key(p, "SHOW_BLURB", "0");
   const bool dna_query = p.MODE == 20 || p.MODE == 22;
   const bool dna_database = p.MODE == 10 || p.MODE == 12;
   const std::string query = draw_letters(numbers, choices.number(0, 90), dna_query);
   p.QSEQ_FILE.name = scratch_file("query", ">q query\n" + query + "\n").c_str();
   p.DB_FILE.name = scratch_file("database", draw_database(choices, numbers, query, dna_database)).c_str();
   const std::string expected = report_of(InstructionSet::REFERENCE, p);
-  const InstructionSet set = VECTOR_SETS[choices.number(0, std::size(VECTOR_SETS) - 1)];
+  const InstructionSet set = choose(choices, VECTOR_SETS);
   if (is_usable(set)) require(report_of(set, p) == expected, "the report does not depend on the kernels");
+}
+
+constexpr FuzzTarget TARGETS[] = {{"scan", scan}, {"search", search}};
+
+}  // namespace
+
+std::span<const FuzzTarget> search_targets() {
+  return TARGETS;
 }

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "seq_data.h"
+#include "util/buffer_sizes.h"
 
 namespace {
 

@@ -46,7 +46,7 @@ class Layout(unittest.TestCase):
     def test_only_the_failure_routines_end_the_process(self):
         ends = re.compile(r"\b(_?_?[eE]xit|abort|quick_exit|terminate)\s*\(")
         found = {path for path, text in sources() if ends.search(re.sub(r"//.*", "", text))}
-        self.assertEqual(found, {os.path.join("util", "failure.cpp")})
+        self.assertEqual(found, {os.path.join("util", "process_end.cpp")})
 
     def test_storage_comes_from_the_checked_allocator(self):
         owners = {os.path.join("util", "memory.cpp"), os.path.join("util", "memory.h")}
