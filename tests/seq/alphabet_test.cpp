@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstring>
-
 #include "seq_data.h"
 #include "support/capture.h"
 
@@ -17,10 +14,9 @@ ScoreMatrix small_matrix() {
   matrix.indx = "ACXa ^:!";
   matrix.inlen = 8;
   matrix.xindex.fill(2);
-  for (int8_t code = 0; code < 8; ++code) {
-    matrix.xindex[static_cast<std::size_t>(matrix.indx[static_cast<std::size_t>(code)])] = code;
+  for (std::size_t code = 0; code < 8; ++code) {
+    matrix.xindex[static_cast<unsigned char>(matrix.indx[code])] = static_cast<int8_t>(code);
   }
-  matrix.xindex[127] = 0;  // not in use
   matrix.pairscore = make_table<int32_t>(8, 8, 0);
   for (int32_t i = 0; i < 8; ++i) {
     for (int32_t j = 0; j < 8; ++j) matrix.pairscore[i][j] = 10 * i - j;
@@ -28,62 +24,39 @@ ScoreMatrix small_matrix() {
   return matrix;
 }
 
-TEST(Seqtoi, EncodesEveryByte) {
+TEST(Alphabet, EncodesAndDecodesAllButTheTerminator) {
   const ScoreMatrix matrix = small_matrix();
-  int8_t buffer[258];
-  for (int i = 0; i < 256; ++i) buffer[i] = static_cast<int8_t>(i);
-  buffer[256] = buffer[257] = 'A';
-  EXPECT_EQ(seqtoi(buffer, 257, matrix), buffer);
-  for (int i = 0; i < 256; ++i) {
-    const auto* at = i == 0 ? nullptr : std::strchr(matrix.indx.c_str(), i);
-    EXPECT_EQ(buffer[i], at == nullptr ? 2 : at - matrix.indx.c_str()) << i;
-  }
-  EXPECT_EQ(buffer[256], 'A');  // the terminator's place, and what follows
-  EXPECT_EQ(buffer[257], 'A');
-}
-
-TEST(Seqtoi, ConvertsPadAndResiduesOnly) {
-  const ScoreMatrix matrix = small_matrix();
-  const struct {
-    int32_t len;
-    const char* letters_after;
-  } cases[] = {{-1, " ABx"}, {0, " ABx"}, {1, " ABx"}, {2, " ABx"}, {3, " ABx"}, {4, " AXx"}, {5, " AXX"}};
-  for (const auto& c : cases) {
-    char letters[] = " ABx";
-    auto* seq = reinterpret_cast<int8_t*>(letters);
-    seqtoi(seq, c.len, matrix);
-    for (int32_t i = 0; i < 4; ++i) {
-      EXPECT_EQ(seq[i] < 8, i <= c.len - 2) << c.len << " " << i;
+  UTvector<int8_t> every_byte(258, 'A');
+  for (int i = 0; i < 256; ++i) every_byte[static_cast<std::size_t>(i)] = static_cast<int8_t>(i);
+  for (const int32_t len : {-1, 0, 1, 2, 3, 256, 257}) {
+    UTvector<int8_t> bytes = every_byte;
+    EXPECT_EQ(seqtoi(bytes.data(), len, matrix), bytes.data());
+    UTvector<int8_t> codes = bytes;
+    EXPECT_EQ(itoseq(bytes.data(), len, matrix), bytes.data());
+    UTvector<char> letters(258, 'A');
+    itoseq2(letters.data(), codes.data(), len, matrix);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+      const bool converted = static_cast<int32_t>(i) <= len - 2;
+      const auto place = matrix.indx.find(static_cast<char>(every_byte[i]));
+      const bool known = place != UTstring::npos;
+      EXPECT_EQ(codes[i], !converted ? every_byte[i] : static_cast<int8_t>(known ? place : 2)) << i;
+      EXPECT_EQ(bytes[i], converted && !known ? 'X' : every_byte[i]) << i;
+      EXPECT_EQ(letters[i], converted ? static_cast<char>(bytes[i]) : 'A') << i;
     }
-    EXPECT_EQ(itoseq(seq, c.len, matrix), seq);
-    EXPECT_STREQ(letters, c.letters_after) << c.len;
   }
 }
 
-TEST(Itoseq2, WritesLettersAndKeepsTheCodes) {
-  const ScoreMatrix matrix = small_matrix();
-  const int8_t codes[] = {4, 0, 1, 2, 7, 0};
-  for (int repeat = 0; repeat < 2; ++repeat) {
-    char letters[] = "......";
-    EXPECT_EQ(itoseq2(letters, codes, 6, matrix), letters);
-    EXPECT_STREQ(letters, " ACX!.");
-  }
-}
-
-TEST(EncodeSequences, EncodesEachRecord) {
-  const ScoreMatrix matrix = small_matrix();
+TEST(Alphabet, EncodesEachRecord) {
   SeqStore store;
-  SeqRec records[] = {store_sequence(store, "a", 1, "-", 1, "CA", 2),
-                      store_sequence(store, "b", 1, "-", 1, "", 0),
-                      store_sequence(store, "c", 1, "-", 1, "Z", 1)};
-  encode_sequences(records, 2, matrix);
-  const int8_t first[] = {4, 1, 0, 0};
-  EXPECT_TRUE(std::equal(first, first + 4, records[0].seq));
+  SeqRec records[] = {stored(store, {"a", "-", "CA"}), stored(store, {"b", "-", ""}),
+                      stored(store, {"c", "-", "Z"})};
+  encode_sequences(records, 2, small_matrix());
+  EXPECT_EQ(std::string(reinterpret_cast<char*>(records[0].seq), 4), std::string("\4\1\0\0", 4));
   EXPECT_EQ(records[1].seq[0], 4);
-  EXPECT_EQ(texts_of(records[2]).residues, "Z");  // beyond n
+  EXPECT_EQ(texts_of(records[2]).residues, "Z") << "beyond n";
 }
 
-TEST(PrintMatrix, LeavesOutTheFirstRowAndColumn) {
+TEST(Alphabet, PrintedMatrixLeavesOutTheFirstRowAndColumn) {
   ScoreMatrix matrix = small_matrix();
   matrix.inlen = 3;
   EXPECT_EQ(written([&](FILE* stream) { PrintMatrix(matrix, stream); }),

@@ -29,6 +29,12 @@ inline Record texts_of(const SeqRec& r) {
           pads_stand && terminated ? seq.substr(1, seq.size() - 2) : "pads or terminators are wrong"};
 }
 
+inline SeqRec stored(SeqStore& store, const Record& r) {
+  const auto size = [](const std::string& text) { return static_cast<int32_t>(text.size()); };
+  return store_sequence(store, r.id.data(), size(r.id), r.title.data(), size(r.title), r.residues.data(),
+                        size(r.residues));
+}
+
 inline Params settings() {
   Params p;
   p.MAX_NSEQ = 1000;

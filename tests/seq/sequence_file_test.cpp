@@ -13,6 +13,7 @@
 namespace {
 
 using namespace std::string_literals;
+using testing::ExitedWithCode;
 
 constexpr int32_t PIR = 0;
 constexpr int32_t FASTA = 1;
@@ -33,80 +34,41 @@ std::vector<Record> read_all(const std::string& text, int32_t format, std::size_
   return records;
 }
 
-struct Layout {
-  const char* what;
-  std::string text;
-  std::vector<Record> records;
-  std::string report;  // on std_err, empty: none
-};
-
-void check(const std::vector<Layout>& cases, int32_t format) {
-  for (const Layout& c : cases) {
-    SCOPED_TRACE(c.what);
-    std::vector<Record> records;
-    errno = 0;
-    EXPECT_EQ(reported([&] { records = read_all(c.text, format); }), c.report);
-    EXPECT_EQ(records, c.records);
-  }
-}
-
-TEST(GseqFasta, ReadsEveryShapeOfARecord) {
+TEST(SequenceFile, ReadsEveryShapeOfARecord) {
   const std::string strange = "Something strange with sequence identifier in fasta file: Success\n";
-  check({{"nothing", "", {}, ""},
-         {"no record", "MKV\nAAA >x\n", {}, ""},
-         {"plain", ">ID a title\nMKV\nLLA\n>B\nA\n", {{"ID", "a title", "MKVLLA"}, {"B", "-", "A"}}, ""},
-         {"lines before the first record", "# made by hand\n\n MKV\n>a b\nC\n", {{"a", "b", "C"}}, ""},
-         {"only letters count", ">abc\nac-g*t 12.\tn\n\n", {{"abc", "-", "ACGTN"}}, ""},
-         {"blanks of the title", ">a  b  c \nM\n", {{"a", " b  c ", "M"}}, ""},
-         {"blank behind the identifier", ">a \nM\n>  b\nK\n", {{"a", "-", "M"}, {"b", "-", "K"}}, ""},
-         {"tab", ">a\tb c\nM\n", {{"a\tb", "c", "M"}}, ""},
-         {"line ends of Windows", ">a b\r\nMK\r\nV\r\n>c\r\n\r\n", {{"a", "b", "MKV"}, {"c", "-", ""}}, ""},
-         {"no line end at the end", ">a b\nMK", {{"a", "b", "MK"}}, ""},
-         {"header only", ">a b", {{"a", "b", ""}}, ""},
-         {"carriage return at the end", ">a\r", {{"a", "-", ""}}, ""},
-         {"empty records", ">a\n>b x\n\n>c\n", {{"a", "-", ""}, {"b", "x", ""}, {"c", "-", ""}}, ""},
-         {"mark inside a line", ">a b\nMK>V c\nL\n", {{"a", "b", "MK"}, {"V", "c", "L"}}, ""},
-         {"mark inside a header", ">a >b\nMK\n", {{"a", ">b", "MK"}}, ""},
-         {"bytes that are no text",
-          ">a\0b \xff\xe9\nM\0\xffK\xc3\x84\n"s,
-          {{"a\x1a"
-            "b",
-            "\xff\xe9", "MK"}},
-          ""},
-         {"no identifier", ">a\nM\n>\nKK\n>b\nC\n", {{"a", "-", "M"}}, strange + "Line:>\n"},
-         {"blanks only", ">   \r\nKK\n", {}, strange + "Line:>   \n"}},
-        FASTA);
-}
-
-TEST(GseqPir, ReadsEveryShapeOfARecord) {
   const std::string no_star = "End of file found before sequence terminating star: Success\nIDENT:";
   const std::string no_title = "End of file found before title line: Success\nIDENT:";
-  check({{"nothing", "\n\n", {}, ""},
-         {"plain",
-          ">P1;ID x\nThe title \n MKV\nlla*\n>B\n\nA*\n",
-          {{"P1;ID", "The title ", "MKVLLA"}, {"B", "", "A"}},
-          ""},
-         {"rest of the star's line", ">a\nt\nMK*LL>c\n>b\nu\n*\n", {{"a", "t", "MK"}, {"b", "u", ""}}, ""},
-         {"line ends of Windows", ">a\r\nt\r\nMK\r\n*\r\n", {{"a", "t", "MK"}}, ""},
-         {"title like a header", ">a\n>b\nM*", {{"a", ">b", "M"}}, ""},
-         {"mark among the residues", ">a\nt\nM>K\n>L*\n", {{"a", "t", "MKL"}}, ""},
-         {"star missing", ">a\nt\nM*\n>b\nu\nKK\n", {{"a", "t", "M"}}, no_star + "b\n"},
-         {"no residues, no star", ">a\nt\n", {}, no_star + "a\n"},
-         {"title missing", ">a b\n", {}, no_title + "a\n"}},
-        PIR);
-}
-
-TEST(GseqFasta, TellsOfMissingTitlesWhenAsked) {
-  Params p = settings();
-  p.VERBOSE = 11;
-  char text[] = ">id \nM\n";
-  FILE* const stream = fmemopen(text, sizeof text - 1, "r");
-  SeqReader reader = make_reader(stream, "text");
-  SeqStore store;
-  SeqRec record;
-  EXPECT_EQ(reported([&] { EXPECT_TRUE(gseq_fasta(reader, store, record, &p)); }),
-            "Title missing in FASTA file - Inserting dummy: >id \n");
-  std::fclose(stream);
+  const struct {
+    int32_t format;
+    std::string text;
+    std::vector<Record> records;
+    std::string report = "";
+  } cases[] = {
+      {FASTA, "", {}},
+      {FASTA,
+       "# by hand\n\n MKV\nAAA >x\n>ID a title\nMKV\nLLA\n>B\nA\n",
+       {{"ID", "a title", "MKVLLA"}, {"B", "-", "A"}}},
+      {FASTA, ">a\tb  c \nac-g*t 12.\tn\n\n", {{"a\tb", " c ", "ACGTN"}}},
+      {FASTA, ">a b\r\nMK\r\nV\r\n>c\r\n\r\n>d\r", {{"a", "b", "MKV"}, {"c", "-", ""}, {"d", "-", ""}}},
+      {FASTA, ">  a >b\nMK>V c\nL", {{"a", ">b", "MK"}, {"V", "c", "L"}}},
+      {FASTA, ">a\0\x62 \xff\xe9\nM\0\xffK\xc3\x84\n"s, {{"a\x1a\x62", "\xff\xe9", "MK"}}},
+      {FASTA, ">a\nM\n>\nKK\n>b\nC\n", {{"a", "-", "M"}}, strange + "Line:>\n"},
+      {FASTA, ">   \r\nKK\n", {}, strange + "Line:>   \n"},
+      {PIR, "\n\n", {}},
+      {PIR,
+       ">P1;ID x\nThe title \n MKV\nlla*\n>B\n\nA*\n",
+       {{"P1;ID", "The title ", "MKVLLA"}, {"B", "", "A"}}},
+      {PIR, ">a\nt\nMK*LL>c\n>b\r\nu\r\n*\r\n", {{"a", "t", "MK"}, {"b", "u", ""}}},
+      {PIR, ">a\n>b\nM>K\n>L*", {{"a", ">b", "MKL"}}},
+      {PIR, ">a\nt\nM*\n>b\nu\nKK\n", {{"a", "t", "M"}}, no_star + "b\n"},
+      {PIR, ">a b\n", {}, no_title + "a\n"},
+  };
+  for (const auto& c : cases) {
+    std::vector<Record> records;
+    errno = 0;
+    EXPECT_EQ(reported([&] { records = read_all(c.text, c.format); }), c.report);
+    EXPECT_EQ(records, c.records) << c.text;
+  }
 }
 
 // The definition, one byte after the other, for texts without zero bytes.
@@ -139,7 +101,7 @@ std::vector<Record> fasta_by_definition(const std::string& text) {
   return records;
 }
 
-TEST(GseqFasta, ReadsAnyTextThroughAnyBuffer) {
+TEST(SequenceFile, ReadsAnyTextThroughAnyBuffer) {
   std::mt19937 random(3);
   const std::string bytes = "AAbcZ@[`{>> \n\n\r0-*\xff";
   for (int round = 0; round < 400; ++round) {
@@ -152,140 +114,87 @@ TEST(GseqFasta, ReadsAnyTextThroughAnyBuffer) {
   }
 }
 
-TEST(GseqFasta, KeepsLongLinesWhole) {
-  const std::string id(1'000'000, 'i');
-  const std::string title = "t " + std::string(1'000'000, 't');
-  const std::string residues(700'000, 'M');
-  EXPECT_TRUE((read_all(">" + id + " " + title + "\n" + residues + "\n>b\nK\n", FASTA) ==
-               std::vector<Record>{{id, title, residues}, {"b", "-", "K"}}));
-  EXPECT_TRUE((read_all(">" + id + "\n" + title + "\n" + residues + "*\n", PIR) ==
-               std::vector<Record>{{id, title, residues}}));
-}
-
-struct QueryTest : testing::Test {
+struct FileTest : testing::Test {
   TemporaryDirectory directory;
   SeqStore store;
   Params p = settings();
 
   SeqRec query(const std::string& text) {
+    if (p.QSEQ_FILE.stream != nullptr) std::fclose(p.QSEQ_FILE.stream);
     p.QSEQ_FILE.name = directory.file("query", text);
     return get_query_seq(store, &p);
   }
-  ~QueryTest() override {
+  ~FileTest() override {
     if (p.QSEQ_FILE.stream != nullptr) std::fclose(p.QSEQ_FILE.stream);
   }
 };
 
-TEST_F(QueryTest, TakesTheFirstRecordAndLeavesTheFileOpen) {
-  p.VERBOSE = 1;
+TEST_F(FileTest, QueryIsTheFirstRecordBelowTheLimitOfLength) {
+  p.VERBOSE = 11;
   EXPECT_EQ(reported([&] {
-              EXPECT_EQ(texts_of(query(">q x\nMKV\n>r\nA\n")), (Record{"q", "x", "MKV"}));
+              EXPECT_EQ(texts_of(query(">q \nMKV\n>r\nA\n")), (Record{"q", "-", "MKV"}));
             }),
-            "Getting query sequence and converting to integer\n");
-  EXPECT_NE(p.QSEQ_FILE.stream, nullptr);
-}
-
-TEST_F(QueryTest, HoldsSequencesBelowTheLimitOfLength) {
+            "Getting query sequence and converting to integer\n"
+            "Title missing in FASTA file - Inserting dummy: >q \n");
+  EXPECT_NE(p.QSEQ_FILE.stream, nullptr) << "stays open";
+  p.VERBOSE = 0;
+  EXPECT_EQ(query(">q\n" + std::string(15'998, 'A')).len, MP_LEN);
   const struct {
     int32_t max_seq_len;
     std::size_t nres;
     const char* printed;  // the limit in the message; null: accepted
-  } cases[] = {{10, 6, nullptr},      {10, 7, "7"},    {10, 9, "7"},     {5, 1, nullptr},
-               {5, 2, "2"},           {4, 0, nullptr}, {4, 1, "1"},      {3, 0, nullptr},
-               {3, 1, "0"},           {0, 1, "-3"},    {-5, 0, nullptr}, {INT_MIN, 1, "-2147483651"},
-               {INT_MAX, 50, nullptr}};
+  } cases[] = {{10, 6, nullptr},
+               {10, 7, "7"},
+               {10, 9, "7"},
+               {5, 1, nullptr},
+               {5, 2, "2"},
+               {4, 0, nullptr},
+               {4, 1, "1"},
+               {3, 1, "0"},
+               {-5, 0, nullptr},
+               {0, 1, "-3"},
+               {3, 0, nullptr},
+               {INT_MAX, 50, nullptr},
+               {INT_MIN, 1, "-2147483651"}};
   for (const auto& c : cases) {
     p.MAX_SEQ_LEN = c.max_seq_len;
     const std::string text = ">seq x\n" + std::string(c.nres, 'A') + "\n";
     if (c.printed == nullptr) {
       EXPECT_EQ(query(text).len, static_cast<int32_t>(c.nres) + 2) << c.max_seq_len;
-      std::fclose(p.QSEQ_FILE.stream);
-      p.QSEQ_FILE.stream = nullptr;
     } else {
-      EXPECT_EXIT(query(text), testing::ExitedWithCode(255),
+      EXPECT_EXIT(query(text), ExitedWithCode(255),
                   "^Sequence too long: seq \\(> "s + c.printed + " residues\\):  Increase MAX_SEQ_LEN\n$");
     }
   }
 }
 
-TEST_F(QueryTest, EndsOnQueriesThatTheKernelsCannotHold) {
-  EXPECT_EQ(query(">q\n" + std::string(15'998, 'A')).len, MP_LEN);
-  EXPECT_EXIT(query(">q\n" + std::string(15'999, 'A')), testing::ExitedWithCode(255),
-              "^Error:  Sequence length \\(16001\\) is > MP_LEN \\(16000\\)\n"
-              "You must recompile ZELVAN with MP_LEN set > 16001\n"
-              "Alternatively, use ZELVAN compiled for a single processor\n"
-              "i.e. with MP_LEN undefined in the makefile\n$");
-}
-
-TEST_F(QueryTest, EndsOnWhatIsNoQuery) {
-  EXPECT_EXIT(query("\0\x01\x02garbage\xff"s), testing::ExitedWithCode(255), "^No Query\n$");
-  EXPECT_EXIT(query(">\nMKV\n"), testing::ExitedWithCode(255), "strange(.|\n)*Line:>\nNo Query\n$");
-  p.QSEQ_FORMAT = 2;
-  EXPECT_EXIT(query(">q\nMKV\n"), testing::ExitedWithCode(255), "^Format:2 is not supported\n$");
-  p.QSEQ_FILE.name = directory.at("missing");
-  EXPECT_EXIT(get_query_seq(store, &p), testing::ExitedWithCode(255),
-              "^Error opening File: No such file or directory\n.*missing\n$");
-  p.QSEQ_FILE.name = directory.path.string();
-  EXPECT_EXIT(get_query_seq(store, &p), testing::ExitedWithCode(255),
-              "^Error opening File: Is a directory\n");
-}
-
-TEST(GetDbSeq, RefusesOtherFormatsUnderTheQuerysKey) {
-  Params p = settings();
-  p.DB_FORMAT = 2;
-  SeqReader reader;
-  SeqStore store;
-  SeqRec record;
-  EXPECT_EXIT(get_db_seq(reader, store, record, &p), testing::ExitedWithCode(255),
-              "^Format:1 is not supported\n$");
-}
-
-TEST(GetDbSeq, EndsWhenReadingFails) {
-  const Params p = settings();
-  const TemporaryDirectory directory;
-  FILE* const stream = std::fopen(directory.path.c_str(), "r");  // opens, but cannot be read
-  SeqReader reader = make_reader(stream, "the database");
-  SeqStore store;
-  SeqRec record;
-  EXPECT_EXIT(get_db_seq(reader, store, record, &p), testing::ExitedWithCode(255),
-              "^Error reading sequence file the database: Is a directory\n$");
-  std::fclose(stream);
-}
-
-TEST(ReadTextDatabase, ReadsTheWholeFile) {
-  const TemporaryDirectory directory;
-  Params p = settings();
+TEST_F(FileTest, DatabaseIsReadWhole) {
   p.MAX_NSEQ = 3;
   p.DB_FILE.name = directory.file("db", ">a\nMKV\n>b\n>c\nAA\n");
-  for (const bool progress : {false, true}) {
-    TextDatabase database;
-    EXPECT_EQ(reported([&] { read_text_database(database, progress, &p); }),
-              progress ? "Opening database\nLoading database\n" : "");
-    ASSERT_EQ(database.seqs.size(), 3u);
-    EXPECT_EQ(texts_of(database.seqs[2]), (Record{"c", "-", "AA"}));
-    EXPECT_EQ(p.DB_FILE.stream, nullptr);
-    const BdbInfo info = text_database_info(database, &p);
-    EXPECT_EQ(info.nseq, 3);
-    EXPECT_EQ(info.nres, 5);
-    EXPECT_EQ(info.totchar, 5);
-  }
-}
-
-TEST(ReadTextDatabase, EndsOnTooMuch) {
-  const TemporaryDirectory directory;
-  Params p = settings();
-  p.DB_FILE.name = directory.file("db", ">a\nM\n>b\nK\n");
   TextDatabase database;
-  for (const int32_t limit : {1, 0, -1}) {
-    p.MAX_NSEQ = limit;
-    EXPECT_EXIT(read_text_database(database, false, &p), testing::ExitedWithCode(255),
-                "^Too many sequences in .*db \\(> " + std::to_string(limit) + "\\):  Increase MAX_NSEQ\n$");
-  }
+  EXPECT_EQ(reported([&] { read_text_database(database, true, &p); }),
+            "Opening database\nLoading database\n");
+  ASSERT_EQ(database.seqs.size(), 3u);
+  EXPECT_EQ(texts_of(database.seqs[2]), (Record{"c", "-", "AA"}));
+  EXPECT_EQ(p.DB_FILE.stream, nullptr);
+  BdbInfo info = text_database_info(database, &p);
+  EXPECT_EQ(info.nseq, 3);
+  EXPECT_EQ(info.nres, 5);
+  EXPECT_EQ(info.totchar, 5);
   database.nres = INT32_MAX;
   EXPECT_EQ(text_database_info(database, &p).nres, INT32_MAX);
   ++database.nres;
-  EXPECT_EXIT(text_database_info(database, &p), testing::ExitedWithCode(255),
+  EXPECT_EXIT(text_database_info(database, &p), ExitedWithCode(255),
               "^Too many residues in .*db: 2147483648 \\(at most 2147483647\\)");
+}
+
+TEST_F(FileTest, ReadingThatFailsEndsTheRun) {
+  FILE* const stream = std::fopen(directory.path.c_str(), "r");  // opens, but cannot be read
+  SeqReader reader = make_reader(stream, "the database");
+  SeqRec record;
+  EXPECT_EXIT(get_db_seq(reader, store, record, &p), ExitedWithCode(255),
+              "^Error reading sequence file the database: Is a directory\n$");
+  std::fclose(stream);
 }
 
 }  // namespace
