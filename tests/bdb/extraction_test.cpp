@@ -2,7 +2,6 @@
 
 #include "bdb/sequence_writer.h"
 #include "bdb_data.h"
-#include "util/streams.h"
 
 namespace {
 
@@ -16,12 +15,12 @@ class Extraction : public BinaryDatabaseTest {
   template <class Routine>
   std::string report(Routine routine) {
     FILE* const usual = std_out;
-    const std::string name = directory + "/report";
-    std_out = std::fopen(name.c_str(), "w");
-    routine();
-    std::fclose(std_out);
+    const std::string text = written([&](FILE* stream) {
+      std_out = stream;
+      routine();
+    });
     std_out = usual;
-    return read_file(name);
+    return text;
   }
 
   // A database s1 .. sn of 1 .. n residues, not in order of length.
@@ -31,7 +30,7 @@ class Extraction : public BinaryDatabaseTest {
       const int length = (k * 7) % n + 1;
       text.append(">s").append(std::to_string(length)).append(" t\n").append(residues(length)).append("\n");
     }
-    write_file(path(p.DB_FILE.name), text);
+    work.file("text", text);
   }
 };
 
@@ -45,73 +44,59 @@ std::string numbers_of(const std::string& text) {
 }
 
 TEST_F(Extraction, SequencesFillLinesOf70) {
-  p.MATRIX_FILE.name = "BLOSUM62";
-  const ScoreMatrix& matrix = *getmat(&p);
+  const ScoreMatrix& scores = matrix();
   for (const int length : {0, 1, 69, 70, 71, 140, 141}) {
     std::string lines;
     for (int k = 1; k <= length; ++k) lines += k % 70 == 0 ? "W\n" : "W";
-    std::string buffer = residues(length + 1);
-    buffer[0] = ' ';
+    std::string buffer = " " + residues(length);
     SeqRec record;
     record.id = "id";
     record.title = "a title";
     record.len = length + 2;
-    record.seq = seqtoi(reinterpret_cast<int8_t*>(buffer.data()), record.len, matrix);
+    record.seq = seqtoi(reinterpret_cast<int8_t*>(buffer.data()), record.len, scores);
     const std::string codes = buffer;
-    const std::string written[] = {">id\na title\n" + lines + "*\n", ">id a title\n" + lines + "\n", "", ""};
-    for (const int32_t format : {0, 1, 2, -1}) {
+    for (const auto& [format, expected] :
+         {std::pair(0, ">id\na title\n" + lines + "*\n"), std::pair(1, ">id a title\n" + lines + "\n"),
+          std::pair(2, std::string()), std::pair(-1, std::string())}) {
       p.EXTRACT_SEQ_FORMAT = format;
-      EXPECT_EQ(report([&] { save_sequence(std_out, record, matrix, &p); }), written[format & 3]);
+      EXPECT_EQ(report([&] { save_sequence(std_out, record, scores, &p); }), expected);
     }
     EXPECT_EQ(buffer, codes) << "the codes stay";
   }
 }
 
 TEST_F(Extraction, TheBestOfASearchButTwo) {
-  struct Case {
+  p.EXTRACT_SEQ_FORMAT = 1;
+  const ScoreMatrix& scores = matrix();
+  const struct {
     int32_t n, extract;
     const char* best;
-  };
-  p.MATRIX_FILE.name = "BLOSUM62";
-  p.EXTRACT_SEQ_FORMAT = 1;
-  const ScoreMatrix& matrix = *getmat(&p);
-  for (const Case& c : {Case{99, 5, "99 98 97 "},
-                        {99, 3, "99 "},
-                        {99, 2, ""},
-                        {99, 1, ""},
-                        {3, 4, "3 2 "},
-                        {3, 5, "3 2 1 "},
-                        {3, INT32_MAX, "3 2 1 "},
-                        {0, 5, ""},
-                        {0, INT32_MAX, ""}}) {
+  } cases[] = {{99, 5, "99 98 97 "}, {99, 3, "99 "},           {99, 2, ""}, {99, 1, ""},       {3, 4, "3 2 "},
+               {3, 5, "3 2 1 "},     {3, INT32_MAX, "3 2 1 "}, {0, 5, ""},  {0, INT32_MAX, ""}};
+  for (const auto& c : cases) {
     TextDatabase database;
     write_ladder(c.n);
     read_text_database(database, false, &p);
-    encode_sequences(database.seqs.data(), c.n, matrix);
+    encode_sequences(database.seqs.data(), c.n, scores);
     UTvector<int32_t> order = length_order(database.seqs);
     for (int32_t& number : order) --number;
     p.EXTRACT_SEQ = c.extract;
-    extract_seqs(database.seqs.data(), c.n, order.data() + 1, matrix, &p);
-    EXPECT_EQ(numbers_of(read_file(path(p.EXTRACT_FILE.name))), c.best) << c.n << " " << c.extract;
+    extract_seqs(database.seqs.data(), c.n, order.data() + 1, scores, &p);
+    EXPECT_EQ(numbers_of(file_content(work.at("extract"))), c.best) << c.n << " " << c.extract;
   }
-  std::filesystem::remove(path(p.EXTRACT_FILE.name));
+  p.EXTRACT_FILE.name = work.at("none");
   p.EXTRACT_SEQ = 0;
-  extract_seqs(nullptr, 0, nullptr, matrix, &p);
-  EXPECT_FALSE(std::filesystem::exists(path(p.EXTRACT_FILE.name)));
+  extract_seqs(nullptr, 0, nullptr, scores, &p);
+  EXPECT_FALSE(std::filesystem::exists(work.at("none")));
 }
 
 TEST_F(Extraction, SubsetsAreEvenByLength) {
-  struct Case {
-    int n;
-    int32_t subset;
+  const struct {
+    int32_t n, subset;
     const char* lengths;
-  };
-  for (const Case& c : {Case{10, 3, "10 7 4 "},
-                        {10, 1, "10 "},
-                        {10, 5, "10 8 6 4 2 "},
-                        {3, 3, "3 2 "},
-                        {1, 1, ""},
-                        {8, 8, "8 7 6 5 4 3 2 "}}) {
+  } cases[] = {{10, 3, "10 7 4 "}, {10, 1, "10 "}, {10, 5, "10 8 6 4 2 "},
+               {3, 3, "3 2 "},     {1, 1, ""},     {8, 8, "8 7 6 5 4 3 2 "}};
+  for (const auto& c : cases) {
     write_ladder(c.n);
     p.NSUBSET = c.subset;
     EXPECT_EQ(numbers_of(report([&] { subset_db(&p); })), c.lengths) << c.n << " " << c.subset;
@@ -121,7 +106,7 @@ TEST_F(Extraction, SubsetsAreEvenByLength) {
     EXPECT_EXIT(subset_db(&p), testing::ExitedWithCode(255), "NSUBSET is " + std::to_string(refused));
   }
   p.NSUBSET = 1;
-  write_file(path(p.DB_FILE.name), "");
+  work.file("text", "");
   EXPECT_EXIT(subset_db(&p), testing::ExitedWithCode(255), "has no sequence to choose from");
 }
 

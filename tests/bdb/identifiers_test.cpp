@@ -27,28 +27,31 @@ const std::string LINES = "   1 90 a    title\n   2 80 b    title\n   3 70 c\n  
 const std::string END = "# End_Scores: ----\n";
 
 TEST(Identifiers, TheLastOfTheListIsDropped) {
-  EXPECT_EQ(ids_of(BEGIN + LINES + END, 10), "a b c /3");
-  EXPECT_EQ(ids_of(BEGIN + LINES + END, 5), "a b c /3");
-  EXPECT_EQ(ids_of(BEGIN + LINES + END, 4), "a b c /4") << "the end marker is not reached";
-  EXPECT_EQ(ids_of(BEGIN + LINES + END, 2), "a /2");
-  EXPECT_EQ(ids_of(BEGIN + LINES + END, 1), "/1");
-  EXPECT_EQ(ids_of(BEGIN + "   1 90 a\n" + END, INT32_MAX), "/0");
-  EXPECT_EQ(ids_of(BEGIN + END, 10), "/-1");
-  EXPECT_EQ(ids_of(BEGIN + LINES + END + BEGIN + LINES + END, 100), "a b c /3") << "the first list counts";
-}
-
-TEST(Identifiers, FitLinesBeforeTheListMoveTheColumn) {
-  const std::string list = "   1   90 12.30  1e-10    a t\n   2   80 -1.2   0.5      b t\n";
-  EXPECT_EQ(ids_of("# FIT_A: 1 2 3\n" + BEGIN + list + END, 9), "a /1");
-  EXPECT_EQ(ids_of(BEGIN + list + "# FIT\n" + END, 2), "12.30 /2") << "but not within it";
-}
-
-TEST(Identifiers, AnUnusableListEndsTheRun) {
-  EXPECT_EXIT(ids_of("# nothing\n", 5), testing::ExitedWithCode(255), "^No # Start_Scores in file\n$");
-  EXPECT_EXIT(ids_of("", 5), testing::ExitedWithCode(255), "^No # Start_Scores in file\n$");
-  EXPECT_EXIT(ids_of(BEGIN + LINES, 5), testing::ExitedWithCode(255), "^No # End_Scores in file\n$");
-  EXPECT_EXIT(ids_of("# FIT\n" + BEGIN + "90 1.0 0.5 a\n" + END, 5), testing::ExitedWithCode(255),
-              "no word 5, the identifier:\n90 1.0 0.5 a\n");
+  const std::string fitted = "   1   90 12.30  1e-10    a t\n   2   80 -1.2   0.5      b t\n";
+  const struct {
+    std::string text;
+    int32_t wanted;
+    const char* ids;
+  } cases[] = {
+      {BEGIN + LINES + END, 10, "a b c /3"},
+      {BEGIN + LINES + END, 5, "a b c /3"},
+      {BEGIN + LINES + END, 4, "a b c /4"},  // the end marker is not reached
+      {BEGIN + LINES + END, 2, "a /2"},
+      {BEGIN + LINES + END, 1, "/1"},
+      {BEGIN + "   1 90 a\n" + END, INT32_MAX, "/0"},
+      {BEGIN + END, 10, "/-1"},
+      {BEGIN + LINES + END + BEGIN + LINES + END, 100, "a b c /3"},  // the first list counts
+      {"# FIT_A: 1 2 3\n" + BEGIN + fitted + END, 9, "a /1"},        // moves the column
+      {BEGIN + fitted + "# FIT\n" + END, 2, "12.30 /2"},             // but not within the list
+  };
+  for (const auto& c : cases) EXPECT_EQ(ids_of(c.text, c.wanted), c.ids) << c.text << c.wanted;
+  for (const auto& [text, sentence] : {std::pair(std::string("# nothing\n"), "^No # Start_Scores in file\n$"),
+                                       std::pair(std::string(), "^No # Start_Scores in file\n$"),
+                                       std::pair(BEGIN + LINES, "^No # End_Scores in file\n$"),
+                                       std::pair("# FIT\n" + BEGIN + "90 1.0 0.5 a\n" + END,
+                                                 "no word 5, the identifier:\n90 1.0 0.5 a\n")}) {
+    EXPECT_EXIT(ids_of(text, 5), testing::ExitedWithCode(255), sentence);
+  }
 }
 
 TEST(Identifiers, SortAndSearchAgreeWithALinearLook) {
