@@ -32,19 +32,14 @@ TEST(Alias, ReadsKeysWordsAndDescriptions) {
     EXPECT_TRUE(read_text(none, table, p));
     EXPECT_TRUE(table.empty());
   }
-}
-
-TEST(Alias, RejectsMalformedLines) {
-  for (const char* line :
+  for (const std::string line :
        {"NITER n", "NITER n #", "NITER # a # b", "# a comment", "   # no word", " \t", "NITER n #\nX # x"}) {
-    Params p;
-    AliasTable table;
-    const std::string message = reported(
-        [&] { EXPECT_FALSE(read_text(std::string("MODE m # fine\n") + line + "\n", table, p)) << line; });
+    const std::string message =
+        reported([&] { EXPECT_FALSE(read_text("MODE m # fine\n" + line + "\n", table, p)); });
     EXPECT_EQ(p.SUCCESS, -1);
     EXPECT_TRUE(table.empty());
-    EXPECT_EQ(message.rfind("Should have text or newline after # symbol in alias file: ", 0), 0U) << message;
-    EXPECT_NE(message.find("  Line: 2\n"), std::string::npos) << message;
+    EXPECT_TRUE(message.starts_with("Should have text or newline after # symbol in alias file: ")) << message;
+    EXPECT_TRUE(message.ends_with("  Line: 2\n")) << message;
   }
 }
 
@@ -57,7 +52,6 @@ TEST(Alias, MatchesWordsOfTheKeyOnly) {
     EXPECT_EQ(alias(word, "MODE", table), -1) << word;
   }
   EXPECT_EQ(alias("n", "NITE", table), -1);
-  EXPECT_EQ(alias("MODE", "MODE", {}), -1);
 }
 
 }  // namespace
