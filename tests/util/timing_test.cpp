@@ -1,7 +1,6 @@
 #include "util/timing.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
