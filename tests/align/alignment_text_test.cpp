@@ -4,9 +4,8 @@
 
 #include <cmath>
 
-#include "align/small_problem.h"
-#include "seq/alphabet.h"
-#include "util/streams.h"
+#include "support/capture.h"
+#include "support/small_alphabet.h"
 
 namespace {
 
@@ -18,12 +17,11 @@ struct Report {
   });
   Params p = small_params(202);
   LpfitData lpfit;
-  SeqStore store;
   SeqRec query;
   std::vector<SeqRec> hits;
   std::vector<int32_t> scores;
 
-  explicit Report(const std::string& letters) {
+  explicit Report(const std::string& letters) : query(sequence_of(matrix, letters, "query")) {
     p.PRECISION = 10;
     p.LD_PEN = 10;
     p.LI_PEN = 20;
@@ -39,18 +37,10 @@ struct Report {
     lpfit.EXPORLIN = 1;
     lpfit.paramA[0] = lpfit.paramA[1] = lpfit.paramB[0] = lpfit.paramB[1] = 0;
     lpfit.Bmin = lpfit.Bmax = 10;
-    query = stored("query", "the query", letters);
   }
 
-  SeqRec stored(const std::string& id, const std::string& title, const std::string& letters) {
-    SeqRec seq = store_sequence(store, id.c_str(), static_cast<int32_t>(id.size()), title.c_str(),
-                                static_cast<int32_t>(title.size()), letters.c_str(),
-                                static_cast<int32_t>(letters.size()));
-    seqtoi(seq.seq, seq.len, matrix);
-    return seq;
-  }
   void hit(const std::string& id, const std::string& title, const std::string& letters, int32_t score) {
-    hits.push_back(stored(id, title, letters));
+    hits.push_back(sequence_of(matrix, letters, id, title));
     scores.push_back(score);
   }
 
@@ -58,34 +48,31 @@ struct Report {
     const LookupTable table = mlookgap(query.seq, query.len, matrix, p.LD_PEN, p.LI_PEN, &p);
     std::vector<int32_t> order;
     for (std::size_t k = hits.size(); k > 0; --k) order.push_back(static_cast<int32_t>(k - 1));
-    return written([&](FILE* stream) {
-      std_out = stream;
+    return printed([&] {
       print_alignments_pp(query, hits.data(), scores.data(), order.data(), static_cast<int32_t>(order.size()),
                           matrix, table, lpfit, &p);
-      std_out = stdout;
     });
   }
+  // The numbers of alignments found, hit by hit, and the numbers of those shown.
+  std::string found() { return characters_after(print(), "Number_of_Alignments: "); }
+  std::string shown() { return characters_after(print(), "# N: "); }
+
+  static std::string characters_after(const std::string& text, const std::string& label) {
+    std::string characters;
+    for (std::size_t at = text.find(label); at != std::string::npos; at = text.find(label, at + 1)) {
+      characters += text[at + label.size()];
+    }
+    return characters;
+  }
 };
-
-Report gapped() {
-  Report report("AABAA");
-  report.hit("hit1", "a long title", "AABXAA", 230);
-  return report;
-}
-
-// The places of a text in another.
-int32_t count_of(const std::string& text, const std::string& part) {
-  int32_t count = 0;
-  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
-  return count;
-}
 
 }  // namespace
 
 // AAB-AA over AABXAA: five matches of 50 and one gap of 20. The last letters of the second hit score 10; the
-// third has no alignment.
+// third has no alignment. In the last alignment a block has no query residues: it ends before it starts.
 TEST(AlignmentText, SectionsByteForByte) {
-  Report report = gapped();
+  Report report("AABAA");
+  report.hit("hit1", "a long title", "AABXAA", 230);
   report.hit("hit2", "B", "AABAB", 210);
   report.hit("hit3", "", "XX", 0);
   EXPECT_EQ(report.print(),
@@ -122,25 +109,12 @@ TEST(AlignmentText, SectionsByteForByte) {
             "# Target_Title:       \n"
             "# End_Alignments_Rank: 3\n");
   EXPECT_EQ(report.p.MIN_SCORE, 77);
-}
-
-TEST(AlignmentText, ABlockWithoutQueryResiduesEndsBeforeItStarts) {
-  Report report("AABB");
-  report.p.OUTPUT_LENGTH = 2;
-  report.hit("hit", "t", "AAXXBB", 170);
-  EXPECT_NE(report.print().find("        **\n"
-                                "      1 AA       2\n"
-                                "      1 AA       2\n"
-                                "\n"
-                                "          \n"
-                                "      3          2\n"
-                                "      3 XX       4\n"
-                                "\n"
-                                "        **\n"
-                                "      3 BB       4\n"
-                                "      5 BB       6\n"
-                                "\n"
-                                "# End_N: 1\n"),
+  Report gap_block("AABB");
+  gap_block.p.OUTPUT_LENGTH = 2;
+  gap_block.hit("hit", "t", "AAXXBB", 170);
+  EXPECT_NE(gap_block.print().find("\n          \n"
+                                   "      3          2\n"
+                                   "      3 XX       4\n"),
             std::string::npos);
 }
 
@@ -156,8 +130,9 @@ TEST(AlignmentText, FiguresLineFollowsStatisticsAndLogScores) {
       {0, 0, 1, "Target_Length: 6 ln()_Score: 20\n        ***"},
       {2, 0, 2, "Target_Length: 6 Pvalue: 0.100259\n        ***"},
   };
+  Report report("AABAA");
+  report.hit("hit", "a long title", "AABXAA", 230);
   for (const auto& c : cases) {
-    Report report = gapped();
     report.p.DO_STATS = c.do_stats;
     report.p.PROB_TYPE = c.prob_type;
     report.p.LOG_SCORES = c.log_scores;
@@ -167,62 +142,52 @@ TEST(AlignmentText, FiguresLineFollowsStatisticsAndLogScores) {
 
 // AAA at the target's start aligns with either end of the query, 150 each; ABBA scores 120 in four columns.
 TEST(AlignmentText, LeftOutPathsKeepTheirNumbers) {
-  Report report("AAAA");
-  report.p.TOP_ONLY = 0;
-  report.p.MIN_ASCORE = 110;
-  report.hit("hit", "t", "AAAXXXXXXXXXABBA", 150);
-  std::string text = report.print();
-  EXPECT_NE(text.find("Number_of_Alignments: 3\n"), std::string::npos) << text;
-  EXPECT_EQ(count_of(text, "# N: "), 3);
-  report.p.MIN_LEN = 4;
-  text = report.print();
-  EXPECT_NE(text.find("Number_of_Alignments: 3\n"), std::string::npos);
-  EXPECT_EQ(count_of(text, "# N: "), 1);
-  EXPECT_EQ(count_of(text, "# N: 3 Raw_Score: 12 "), 1);
-  EXPECT_EQ(count_of(text, "# End_N: 3\n"), 1);
-  report.p.MIN_LEN = 1;
-  report.p.PROBCUT = static_cast<float>(std::exp(-1.3));  // passes 15, not 12
-  EXPECT_EQ(count_of(report.print(), "# N: "), 2);
-  report.p.PROBCUT = NAN;
-  EXPECT_EQ(count_of(report.print(), "# N: "), 0);
-  report.p.DO_STATS = 0;
-  EXPECT_EQ(count_of(report.print(), "# N: "), 3);
+  const struct {
+    int32_t min_len;
+    double probcut;
+    int32_t do_stats;
+    const char* shown;
+  } cases[] = {{1, 1, 2, "123"},
+               {4, 1, 2, "3"},
+               {1, std::exp(-1.3), 2, "12"},  // passes 15, not 12
+               {1, NAN, 2, ""},
+               {1, NAN, 0, "123"}};
+  for (const auto& c : cases) {
+    Report report("AAAA");
+    report.p.TOP_ONLY = 0;
+    report.p.MIN_ASCORE = 110;
+    report.hit("hit", "t", "AAAXXXXXXXXXABBA", 150);
+    report.p.MIN_LEN = c.min_len;
+    report.p.PROBCUT = static_cast<float>(c.probcut);
+    report.p.DO_STATS = c.do_stats;
+    EXPECT_EQ(report.shown(), c.shown);
+    EXPECT_EQ(report.found(), "3");
+  }
 }
 
-// The lowered threshold of DO_STATS 2 holds for the first hit alone.
 TEST(AlignmentText, ThresholdsOfTheHits) {
-  Report report("AAAA");
-  report.p.TOP_ONLY = 0;
-  report.p.MIN_ASCORE = 180;
-  for (const char* id : {"one", "two", "three"}) report.hit(id, "t", "AAA", 150);
-  const auto shown = [&] {
-    std::string kept;
-    const std::string text = report.print(), label = "Number_of_Alignments: ";
-    for (std::size_t at = text.find(label); at != std::string::npos; at = text.find(label, at + 1)) {
-      kept += text[at + label.size()];
-    }
-    return kept;
+  const struct {
+    int32_t do_stats, min_ascore, log_scores, top_only;
+    const char* found;
+  } cases[] = {
+      {2, 180, 0, 0, "200"},  // the lowered threshold of DO_STATS 2 holds for the first hit alone
+      {0, 180, 0, 0, "000"}, {0, 150, 0, 0, "222"},
+      {0, 190, 0, 0, "000"}, {0, 190, 2, 0, "222"},  // ln 4 / ln 3 divides the threshold: 190 becomes 150
+      {0, 190, 2, 1, "444"},                         // (150 - 50) / 1.26 = 79: the two shorter diagonals join
   };
-  EXPECT_EQ(shown(), "200");
-  report.p.DO_STATS = 0;
-  EXPECT_EQ(shown(), "000");
-  report.p.MIN_ASCORE = 150;
-  EXPECT_EQ(shown(), "222");
-  // ln 4 / ln 3 divides the threshold: 150 becomes 118, 190 becomes 150.
-  report.p.MIN_ASCORE = 190;
-  EXPECT_EQ(shown(), "000");
-  report.p.LOG_SCORES = 2;
-  EXPECT_EQ(shown(), "222");
-  report.p.TOP_ONLY = 1;  // (150 - 50) / 1.26 = 79: the two shorter diagonals join
-  EXPECT_EQ(shown(), "444");
-}
-
-TEST(AlignmentText, NumberOfHitsShown) {
   Report report("AAAA");
-  for (int32_t k = 0; k < 3; ++k) report.hit("hit", "t", "AAAA", 200);
-  for (const auto& [max_aout, shown] : {std::pair{2, 2}, {3, 3}, {INT32_MAX, 3}, {0, 0}, {-5, 0}}) {
+  for (const char* id : {"one", "two", "three"}) report.hit(id, "t", "AAA", 150);
+  for (const auto& c : cases) {
+    report.p.DO_STATS = c.do_stats;
+    report.p.MIN_ASCORE = c.min_ascore;
+    report.p.LOG_SCORES = c.log_scores;
+    report.p.TOP_ONLY = c.top_only;
+    EXPECT_EQ(report.found(), c.found);
+  }
+  const std::pair<int32_t, std::size_t> limits[] = {{2, 2}, {3, 3}, {INT32_MAX, 3}, {0, 0}, {-5, 0}};
+  for (const auto& [max_aout, sections] : limits) {
     report.p.MAX_AOUT = max_aout;
-    EXPECT_EQ(count_of(report.print(), "# Start_Alignments_Rank: "), shown) << max_aout;
+    EXPECT_EQ(report.found().size(), sections) << max_aout;
   }
 }
 
@@ -234,25 +199,20 @@ TEST(AlignmentText, LengthsWithoutALogarithm) {
         report.p.LOG_SCORES = 1;
         report.p.TOP_ONLY = top_only;
         report.hit("hit", "t", target, 50);
-        EXPECT_EQ(count_of(report.print(), "# End_Alignments_Rank: 1\n"), 1) << letters << " " << target;
+        EXPECT_EQ(report.found().size(), 1u) << letters << " " << target;
       }
     }
   }
 }
 
-TEST(AlignmentText, MarkersFollowTheQuerysRowOfTheMatrix) {
+TEST(AlignmentText, LinesOfOneBlock) {
   const ScoreMatrix matrix = small_matrix("ABX", [](int32_t a, int32_t b) {
     return a == 0 && b == 1 ? 1 : a == 1 && b == 0 ? -1 : 0;
   });
   const Codes query = encoded("ABAX", matrix), target = encoded("BAAA", matrix);
-  int32_t identical = -1;
+  int32_t identical = -1, end = 0;
   EXPECT_EQ(sdentq(query.data() + 1, target.data() + 1, 4, matrix.pairscore, '=', '+', identical), "+ = ");
   EXPECT_EQ(identical, 1);
-}
-
-TEST(AlignmentText, LinesOfOneBlock) {
-  EXPECT_EQ(written([](FILE* stream) { printbid(stream, UTstring("*. *"), 1, 4); }), "        . *\n");
-  int32_t end = 0;
   // "-" stands for a gap elsewhere but counts here; blank and "^" do not.
   EXPECT_EQ(written([&](FILE* stream) { printbit(stream, 1234567, end, "A^B -C", 1, 6); }),
             "1234567 ^B -C 1234569\n");
@@ -261,7 +221,8 @@ TEST(AlignmentText, LinesOfOneBlock) {
 
 TEST(AlignmentTextDeathTest, AWidthBelowOneIsRefused) {
   UTinitfile();
-  Report report = gapped();
+  Report report("A");
+  report.hit("hit", "t", "A", 50);
   report.p.OUTPUT_LENGTH = 0;
   EXPECT_EXIT(report.print(), testing::ExitedWithCode(255), "^OUTPUT_LENGTH is 0: set it to ");
   report.p.MAX_AOUT = 0;

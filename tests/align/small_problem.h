@@ -1,81 +1,32 @@
-// Small alphabets, random sequences and an independent model of the recurrence for the tests of this folder.
+// Pairs of small sequences and an independent model of the recurrence for the tests of this folder.
 #pragma once
 
 #include <algorithm>
-#include <cstdio>
-#include <cstring>
-#include <functional>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "align/lookup.h"
 #include "align/scan_reference.h"
-#include "driver/params.h"
-#include "seq/matrix.h"
+#include "support/small_alphabet.h"
 
-using Codes = std::vector<int8_t>;
-using Random = std::mt19937;
+constexpr int32_t MODES[] = {200, 202, 210, 212};
 
-inline int32_t uniform(Random& random, int32_t low, int32_t high) {
-  return std::uniform_int_distribution<int32_t>(low, high)(random);
-}
-
-inline Params small_params(int32_t mode) {
-  Params p;
-  p.GAP_CHARACTER = ' ';
-  p.FGAP_CHARACTER = '^';
-  p.IGAP_CHARACTER = ':';
-  p.STOP_CHARACTER = '!';
-  p.PRECISION = 1;
-  p.MODE = mode;
-  return p;
-}
-
-// The alphabet `letters` with score(query code, target code) between letters, 0 elsewhere.
-inline ScoreMatrix small_matrix(const std::string& letters,
-                                const std::function<int32_t(int32_t, int32_t)>& score) {
-  ScoreMatrix matrix;
-  matrix.indx = UTstring((letters + " ^:!").c_str());
-  matrix.inlen = static_cast<int32_t>(matrix.indx.size());
-  matrix.xindex.fill(static_cast<int8_t>(letters.find('X')));
-  for (std::size_t k = 0; k < matrix.indx.size(); ++k) {
-    matrix.xindex[static_cast<std::size_t>(matrix.indx[k])] = static_cast<int8_t>(k);
+inline int32_t reference_score(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
+                               const ScoreMatrix& matrix, const Params& p) {
+  switch (p.MODE) {
+    case 200:
+      return swl(qlen, target, dlen, table, p.LD_PEN);
+    case 202:
+      return swli(qlen, target, dlen, table, p.LD_PEN, p.LI_PEN);
+    case 210:
+      return swlv(qlen, target, dlen, table, matrix, &p);
+    default:
+      return swliv(qlen, target, dlen, table, matrix, &p);
   }
-  matrix.pairscore = make_table<int32_t>(matrix.inlen, matrix.inlen, 0);
-  const auto count = static_cast<int32_t>(letters.size());
-  for (int32_t a = 0; a < count; ++a) {
-    for (int32_t b = 0; b < count; ++b) matrix.pairscore[a][b] = score(a, b);
-  }
-  SetMinMaxMatrixValues(matrix);
-  return matrix;
 }
 
-inline ScoreMatrix random_matrix(Random& random) {
-  return small_matrix(
-      "ABCX", [&](int32_t a, int32_t b) { return a == b ? uniform(random, 2, 6) : uniform(random, -4, 2); });
-}
-
-// Letters as a stored sequence of codes: pad, residues, zero.
-inline Codes encoded(const std::string& letters, const ScoreMatrix& matrix) {
-  Codes codes = {residue_code(matrix, ' ')};
-  for (const char letter : letters) codes.push_back(residue_code(matrix, letter));
-  codes.push_back(0);
-  return codes;
-}
-
-inline std::string random_letters(Random& random, int32_t length) {
-  std::string letters;
-  for (int32_t k = 0; k < length; ++k) letters += "ABCX"[uniform(random, 0, 3)];
-  return letters;
-}
-
-inline int32_t stored_length(const Codes& codes) {
-  return static_cast<int32_t>(codes.size());
-}
-
-// One pair to align. Penalties are those of the table's gap rows; `uniform` ones equal LD_PEN and LI_PEN.
+// One pair to align. The modes 210 and 212 take their penalties from the table's gap rows.
 struct Problem {
   ScoreMatrix matrix;
   Params p;
@@ -85,10 +36,10 @@ struct Problem {
   int32_t qlen() const { return stored_length(query); }
   int32_t dlen() const { return stored_length(target); }
   bool flagged() const { return p.MODE == 202 || p.MODE == 212; }
-  bool from_table() const { return p.MODE == 210 || p.MODE == 212; }
   int32_t* extend_row() { return table[residue_code(matrix, ' ')]; }
   int32_t* open_row() { return table[residue_code(matrix, ':')]; }
   int32_t* gap_row(bool open) { return open && flagged() ? open_row() : extend_row(); }
+  int32_t scan_score() const { return reference_score(qlen(), target.data(), dlen(), table, matrix, p); }
 };
 
 inline Problem make_problem(int32_t mode, ScoreMatrix matrix, const std::string& query,
@@ -104,33 +55,22 @@ inline Problem make_problem(int32_t mode, ScoreMatrix matrix, const std::string&
   return problem;
 }
 
+// Scores are asymmetric, sequences have 1..longest residues.
 inline Problem random_problem(Random& random, int32_t mode, int32_t longest) {
+  const auto score = [&](int32_t a, int32_t b) {
+    return a == b ? uniform(random, 2, 6) : uniform(random, -4, 2);
+  };
+  const auto letters = [&] { return random_letters(random, "ABCX", uniform(random, 1, longest)); };
   const int32_t extend = uniform(random, 0, 3);
-  Problem problem = make_problem(
-      mode, random_matrix(random), random_letters(random, uniform(random, 1, longest)),
-      random_letters(random, uniform(random, 1, longest)), extend, extend + uniform(random, 0, 5));
-  if (problem.from_table()) {
+  Problem problem = make_problem(mode, small_matrix("ABCX", score), letters(), letters(), extend,
+                                 extend + uniform(random, 0, 5));
+  if (mode == 210 || mode == 212) {
     for (int32_t i = 0; i < problem.qlen(); ++i) {
       problem.extend_row()[i] = uniform(random, 0, 4);
       problem.open_row()[i] = uniform(random, 0, 8);
     }
   }
   return problem;
-}
-
-inline int32_t scan_score(const Problem& problem) {
-  const Params& p = problem.p;
-  const int8_t* target = problem.target.data();
-  switch (p.MODE) {
-    case 200:
-      return swl(problem.qlen(), target, problem.dlen(), problem.table, p.LD_PEN);
-    case 202:
-      return swli(problem.qlen(), target, problem.dlen(), problem.table, p.LD_PEN, p.LI_PEN);
-    case 210:
-      return swlv(problem.qlen(), target, problem.dlen(), problem.table, problem.matrix, &p);
-    default:
-      return swliv(problem.qlen(), target, problem.dlen(), problem.table, problem.matrix, &p);
-  }
 }
 
 // The whole matrix of cells, each worked out by itself from the definition.
@@ -175,14 +115,3 @@ struct CellModel {
     return best;
   }
 };
-
-// What a routine writes to a stream.
-inline std::string written(const std::function<void(FILE*)>& routine) {
-  FILE* stream = std::tmpfile();
-  routine(stream);
-  std::string text(static_cast<std::size_t>(std::ftell(stream)), '\0');
-  std::rewind(stream);
-  text.resize(std::fread(text.data(), 1, text.size(), stream));
-  std::fclose(stream);
-  return text;
-}

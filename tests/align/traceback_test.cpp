@@ -29,105 +29,28 @@ Aligned align(const Problem& problem, int32_t threshold) {
   return aligned;
 }
 
-UTvector<PathRec> paths_of(const Problem& problem, int32_t threshold) {
-  Aligned aligned = align(problem, threshold);
-  return dosort(aligned.store);
-}
-
-bool same_path(const PathRec& a, const PathRec& b) {
-  return a.start_i == b.start_i && a.start_j == b.start_j && a.end_i == b.end_i && a.end_j == b.end_j &&
-         a.best == b.best;
-}
-
-std::string text(const PathRec& path) {
-  return "(" + std::to_string(path.start_i) + "," + std::to_string(path.start_j) + ")-(" +
-         std::to_string(path.end_i) + "," + std::to_string(path.end_j) + ") " + std::to_string(path.best);
-}
-
 using Texts = std::vector<std::string>;
-Texts texts(const UTvector<PathRec>& paths) {
+template <class Paths>
+Texts texts(const Paths& paths) {
   Texts all;
-  for (const PathRec& path : paths) all.push_back(text(path));
+  for (const PathRec& path : paths) {
+    all.push_back("(" + std::to_string(path.start_i) + "," + std::to_string(path.start_j) + ")-(" +
+                  std::to_string(path.end_i) + "," + std::to_string(path.end_j) + ") " +
+                  std::to_string(path.best));
+  }
   return all;
 }
 
-template <class Slots>
-void expect_same_slots(const UTvector<UTvector<PathRec>>& slots, const Slots& expected) {
-  ASSERT_EQ(slots.size(), expected.size());
-  for (std::size_t s = 0; s < slots.size(); ++s) {
-    ASSERT_EQ(slots[s].size(), expected[s].size()) << "slot " << s;
-    for (std::size_t k = 0; k < slots[s].size(); ++k) EXPECT_EQ(text(slots[s][k]), text(expected[s][k]));
-  }
+Texts sorted_paths(const Problem& problem, int32_t threshold) {
+  Aligned aligned = align(problem, threshold);
+  return texts(dosort(aligned.store));
 }
 
-// The paths that should be kept, worked out from the finished matrix: every cell is followed back, by the move
-// that the aligner prefers, to where its path starts.
-class PathModel {
- public:
-  PathModel(Problem& problem, int32_t threshold)
-      : cells_(problem),
-        flagged_(problem.flagged()),
-        last_i_(problem.qlen() - 2),
-        last_j_(problem.dlen() - 2),
-        slots_(problem.query.size()) {
-    for (int32_t j = 1; j <= last_j_; ++j) {
-      for (int32_t i = 1; i <= last_i_; ++i) {
-        if (i == last_i_ || j == last_j_) {
-          close(i, j, threshold);
-        } else if (cells_.at(i, j).value == 0) {
-          close(i - 1, j - 1, threshold);
-        }
-      }
-    }
-  }
-  const std::vector<std::vector<PathRec>>& slots() const { return slots_; }
-
- private:
-  PathRec path_of(int32_t i, int32_t j) const {
-    const Cell& cell = cells_.at(i, j);
-    const bool diagonal = cell.flags & MOVE_DIAGONAL, up = cell.flags & MOVE_UP;
-    const bool left = cell.flags & MOVE_LEFT;
-    PathRec path;
-    bool takes_tie = true;
-    if (flagged_ ? diagonal && !up && !left : diagonal) {
-      if (cells_.at(i - 1, j - 1).value == 0) return {i, j, i, j, cell.value, 0};
-      path = path_of(i - 1, j - 1);
-    } else if (up) {
-      path = path_of(i, j - 1);
-    } else {
-      path = path_of(i - 1, j);
-      takes_tie = !flagged_;
-    }
-    if (cell.value > path.best || (takes_tie && cell.value == path.best)) {
-      path = {path.start_i, path.start_j, i, j, cell.value, 0};
-    }
-    return path;
-  }
-
-  void close(int32_t i, int32_t j, int32_t threshold) {
-    if (cells_.at(i, j).value == 0) return;
-    const PathRec path = path_of(i, j);
-    if (path.best < threshold || path.start_i == path.end_i || path.start_j == path.end_j) return;
-    std::vector<PathRec>& slot = slots_[static_cast<std::size_t>(path.start_i)];
-    for (PathRec& kept : slot) {
-      if (kept.start_j != path.start_j) continue;
-      if (path.best > kept.best) kept = path;
-      return;
-    }
-    slot.push_back(path);
-  }
-
-  CellModel cells_;
-  bool flagged_;
-  int32_t last_i_, last_j_;
-  std::vector<std::vector<PathRec>> slots_;
-};
-
-// The same from two rolling rows of records, which also holds where gaps add to the score and a path continues
-// whatever an earlier one left behind.
-PathStore rolling_rows(Problem& problem, int32_t threshold) {
-  const CellModel cells(problem);
+// The paths that should be kept, from the model's cells and two rolling rows of records. It holds, too, where
+// gaps add to the score and a path continues whatever an earlier one left behind.
+PathStore rolling_rows(const Problem& problem, const CellModel& cells, int32_t threshold) {
   const int32_t last_i = problem.qlen() - 2, last_j = problem.dlen() - 2;
+  const bool gap_first = problem.flagged();
   PathStore store;
   empty_store(store, problem.qlen());
   std::vector<PathRec> prev(problem.query.size()), cur;
@@ -143,21 +66,17 @@ PathStore rolling_rows(Problem& problem, int32_t threshold) {
   for (int32_t j = 1; j <= last_j; ++j) {
     for (int32_t i = 1; i <= last_i; ++i) {
       const Cell& cell = cells.at(i, j);
-      PathRec& record = cur[static_cast<std::size_t>(i)];
-      const PathRec &corner = prev[static_cast<std::size_t>(i - 1)],
-                    &above = prev[static_cast<std::size_t>(i)];
-      const PathRec& beside = cur[static_cast<std::size_t>(i - 1)];
-      const bool gap_first = problem.flagged();
-      const PathRec* from = nullptr;
+      const auto at = static_cast<std::size_t>(i);
+      PathRec& record = cur[at];
+      const PathRec& corner = prev[at - 1];
+      const PathRec* from = &cur[at - 1];
       if ((cell.flags & MOVE_DIAGONAL) && !(gap_first && (cell.flags & (MOVE_UP | MOVE_LEFT)))) {
         from = &corner;
       } else if (cell.flags & MOVE_UP) {
-        from = &above;
-      } else if (cell.flags & MOVE_LEFT) {
-        from = &beside;
+        from = &prev[at];
       }
       if (cell.value > 0) {
-        const bool takes_tie = from != &beside || !gap_first;
+        const bool takes_tie = from != &cur[at - 1] || !gap_first;
         const PathRec source = *from;
         if (from == &corner && corner.score == 0) {
           record = {i, j, i, j, cell.value, record.score};
@@ -184,9 +103,9 @@ PathStore rolling_rows(Problem& problem, int32_t threshold) {
   return store;
 }
 
+// Few of them, or hardly a cell falls to 0.
 void make_penalties_negative(Random& random, Problem& problem, int32_t positions) {
   for (int32_t i = 0; i < positions; ++i) {
-    // Few of them, or hardly a cell falls to 0.
     problem.extend_row()[i] = uniform(random, 0, 3) == 0 ? -1 : uniform(random, 0, 5);
     problem.open_row()[i] = uniform(random, 0, 3) == 0 ? -1 : uniform(random, 0, 8);
   }
@@ -199,88 +118,88 @@ int32_t replayed(Problem& problem, const CellModel& cells, const PathRec& path, 
   for (int32_t k = 0; k < rows.length; ++k) {
     const auto at = static_cast<std::size_t>(k);
     const uint8_t from = cells.at(i, j).flags;
-    if (rows.query[at] == gap) {
-      value -= problem.gap_row((from & MOVE_UP) == 0)[i - 1];
-      EXPECT_EQ(rows.target[at], problem.target[static_cast<std::size_t>(++j)]);
-    } else if (rows.target[at] == gap) {
-      value -= problem.gap_row((from & MOVE_LEFT) == 0)[i];
-      EXPECT_EQ(rows.query[at], problem.query[static_cast<std::size_t>(++i)]);
-    } else {
-      EXPECT_EQ(rows.query[at], problem.query[static_cast<std::size_t>(++i)]);
-      EXPECT_EQ(rows.target[at], problem.target[static_cast<std::size_t>(++j)]);
-      value += problem.matrix.pairscore[rows.query[at]][rows.target[at]];
-    }
+    const bool in_query = rows.query[at] != gap, in_target = rows.target[at] != gap;
+    if (!in_query) value -= problem.gap_row((from & MOVE_UP) == 0)[i - 1];
+    if (!in_target) value -= problem.gap_row((from & MOVE_LEFT) == 0)[i];
+    if (in_query && in_target) value += problem.matrix.pairscore[rows.query[at]][rows.target[at]];
+    i += in_query ? 1 : 0;
+    j += in_target ? 1 : 0;
+    EXPECT_TRUE(!in_query || rows.query[at] == problem.query[static_cast<std::size_t>(i)]);
+    EXPECT_TRUE(!in_target || rows.target[at] == problem.target[static_cast<std::size_t>(j)]);
   }
   EXPECT_EQ(i, path.end_i);
   EXPECT_EQ(j, path.end_j);
   return value;
 }
 
-constexpr int32_t MODES[] = {200, 202, 210, 212};
-
-}  // namespace
-
-TEST(Traceback, KeepsExactlyThePathsOfTheModel) {
-  Random random(5);
-  std::size_t kept = 0;
-  for (int32_t round = 0; round < 6000; ++round) {
-    Problem problem = random_problem(random, MODES[round % 4], round % 3 == 0 ? 40 : 14);
-    // Low thresholds keep many paths; those just below the best score leave out most rows.
-    const int32_t threshold =
-        round % 2 == 0 ? uniform(random, -1, 8) : scan_score(problem) - uniform(random, 0, 6);
-    const Aligned aligned = align(problem, threshold);
-    expect_same_slots(aligned.store.slots, PathModel(problem, threshold).slots());
-    kept += static_cast<std::size_t>(aligned.store.total);
-  }
-  EXPECT_GT(kept, 10000u);
-}
-
-TEST(Traceback, KeepsExactlyThePathsOfRollingRows) {
-  Random random(11);
-  for (int32_t round = 0; round < 8000; ++round) {
-    Problem problem = random_problem(random, MODES[2 + round % 2], 30);
-    make_penalties_negative(random, problem, problem.qlen());
-    const int32_t threshold = round % 4 < 2 ? uniform(random, -1, 8) : scan_score(problem) - 3;
-    expect_same_slots(align(problem, threshold).store.slots, rolling_rows(problem, threshold).slots);
-  }
-}
-
-TEST(Traceback, AgreesWithScanAndModelInScoreAndFlags) {
-  Random random(6);
-  for (int32_t round = 0; round < 2000; ++round) {
-    Problem problem = random_problem(random, MODES[round % 4], 20);
-    const Aligned aligned = align(problem, 1000);
-    EXPECT_EQ(aligned.best, scan_score(problem));
-    EXPECT_EQ(aligned.store.total, 0);
-    const CellModel cells(problem);
-    for (int32_t j = 0; j <= problem.dlen() - 2; ++j) {
-      for (int32_t i = 0; i <= problem.qlen() - 2; ++i) {
-        const Cell& cell = cells.at(i, j);
-        const int32_t zero = i > 0 && j > 0 && cell.value == 0 ? CELL_ZERO : 0;
-        ASSERT_EQ(aligned.flags[j][i], cell.flags | zero)
-            << "mode " << problem.p.MODE << " " << i << "," << j;
-      }
+void expect_flags(const MoveFlags& flags, const CellModel& cells) {
+  for (int32_t j = 0; j < flags.rows - 1; ++j) {
+    for (int32_t i = 0; i < flags.cols - 1; ++i) {
+      const Cell& cell = cells.at(i, j);
+      const int32_t zero = i > 0 && j > 0 && cell.value == 0 ? CELL_ZERO : 0;
+      ASSERT_EQ(flags[j][i], cell.flags | zero) << i << "," << j;
     }
   }
 }
 
-TEST(Traceback, TracesEveryPathToItsBest) {
-  Random random(7);
+}  // namespace
+
+// Low thresholds keep many paths; those just below the best score leave out most rows.
+TEST(Traceback, FindsAndTracesThePathsOfTheModel) {
+  Random random(5);
+  MoveFlags reused;
   AlignedRows rows;
-  for (int32_t round = 0; round < 1000; ++round) {
-    Problem problem = random_problem(random, MODES[round % 4], 20);
-    Aligned aligned = align(problem, 1);
+  int32_t kept = 0;
+  for (int32_t round = 0; round < 6000; ++round) {
+    SCOPED_TRACE(round);
+    Problem problem = random_problem(random, MODES[round % 4], round % 3 == 0 ? 40 : 14);
+    const int32_t score = problem.scan_score();
+    const int32_t threshold = round % 2 == 0 ? uniform(random, -1, 8) : score - uniform(random, 0, 6);
     const CellModel cells(problem);
-    int32_t previous = INT32_MAX;
-    for (const PathRec& path : dosort(aligned.store)) {
-      EXPECT_LE(path.best, previous);
-      previous = path.best;
+    Aligned aligned = align(problem, threshold);
+    ASSERT_EQ(aligned.best, score);
+    expect_flags(aligned.flags, cells);
+    const PathStore expected = rolling_rows(problem, cells, threshold);
+    for (std::size_t s = 0; s < problem.query.size(); ++s) {
+      ASSERT_EQ(texts(aligned.store.slots[s]), texts(expected.slots[s])) << "start " << s;
+    }
+    kept += aligned.store.total;
+
+    const UTvector<PathRec> paths = dosort(aligned.store);
+    for (const PathRec& path : paths) {
       trace_path(problem.query.data(), problem.target.data(), path, aligned.flags, rows, problem.matrix,
                  &problem.p);
       ASSERT_EQ(rows.query.size(), static_cast<std::size_t>(rows.length) + 1);
       EXPECT_EQ(rows.query.back(), 0);
       EXPECT_EQ(rows.target.back(), 0);
-      ASSERT_EQ(replayed(problem, cells, path, rows), path.best) << text(path);
+      ASSERT_EQ(replayed(problem, cells, path, rows), path.best);
+    }
+    const auto by_mode = [&] {
+      return align_pair(problem.query.data(), problem.qlen(), problem.target.data(), problem.dlen(),
+                        problem.table, reused, problem.matrix, &problem.p);
+    };
+    problem.p.MIN_SCORE = threshold;
+    ASSERT_EQ(texts(by_mode()), texts(paths));
+    problem.p.MODE = 77;
+    ASSERT_TRUE(by_mode().empty());
+  }
+  EXPECT_GT(kept, 10000);
+}
+
+// With negative penalties a gap raises the score; scan and traceback still agree where the last query position,
+// whose value the scan does not carry from row to row, pays for its gaps.
+TEST(Traceback, FindsThePathsUnderNegativePenalties) {
+  Random random(11);
+  for (int32_t round = 0; round < 8000; ++round) {
+    Problem problem = random_problem(random, MODES[2 + round % 2], 30);
+    const bool last_pays = round % 8 >= 6;
+    make_penalties_negative(random, problem, problem.qlen() - (last_pays ? 3 : 0));
+    const int32_t threshold = round % 4 < 2 ? uniform(random, -1, 8) : problem.scan_score() - 3;
+    const Aligned aligned = align(problem, threshold);
+    EXPECT_TRUE(!last_pays || aligned.best == problem.scan_score()) << round;
+    const PathStore expected = rolling_rows(problem, CellModel(problem), threshold);
+    for (std::size_t s = 0; s < problem.query.size(); ++s) {
+      ASSERT_EQ(texts(aligned.store.slots[s]), texts(expected.slots[s])) << round << " start " << s;
     }
   }
 }
@@ -293,7 +212,7 @@ TEST(MoveFlags, AreTheSameFromEveryInstructionSet) {
     for (int32_t round = 0; round < 1000; ++round) {
       Problem problem = random_problem(random, MODES[round % 4], 70);
       const GapRows gaps = {problem.extend_row(), problem.gap_row(true)};
-      const int32_t threshold = scan_score(problem) - 2;
+      const int32_t threshold = problem.scan_score() - 2;
       MoveFlags expected = uchararr(problem.dlen(), problem.qlen()), flags = expected;
       const auto sweep = [&](InstructionSet by, MoveFlags& out_flags) {
         return fill_flags(problem.qlen(), problem.target.data(), problem.dlen(), problem.table, gaps,
@@ -308,86 +227,70 @@ TEST(MoveFlags, AreTheSameFromEveryInstructionSet) {
   }
 }
 
-// With negative penalties a gap raises the score; scan and traceback still agree where the last query position,
-// whose value the scan does not carry from row to row, pays for its gaps.
-TEST(Traceback, AgreesWithScanUnderNegativePenalties) {
-  Random random(8);
-  for (int32_t round = 0; round < 1000; ++round) {
-    Problem problem = random_problem(random, round % 2 == 0 ? 210 : 212, 20);
-    make_penalties_negative(random, problem, problem.qlen() - 3);
-    EXPECT_EQ(align(problem, 1).best, scan_score(problem)) << round;
+TEST(Traceback, SmallCasesByHand) {
+  const struct {
+    const char *query, *target;
+    int32_t match, mismatch, penalty, threshold;
+    Texts linear, flagged;
+  } cases[] = {
+      {"ABXABBXAX", "ABXABBXAX", 5, -4, 3, 40, {"(1,1)-(9,9) 45"}, {"(1,1)-(9,9) 45"}},
+      // Gaps free of charge: (1,2) and (2,3) are reached by the diagonal and from above. The diagonal starts a
+      // second path at (1,2); from above both cells belong to the path of (1,1), whose first end stays.
+      {"AA", "AAA", 4, -4, 0, 8, {"(1,2)-(2,3) 8", "(1,1)-(2,2) 8"}, {"(1,1)-(2,2) 8"}},
+      // (3,2) repeats the best of (2,2) from the left, before the path first ends there.
+      {"AAB", "AAX", 4, -9, 0, 8, {"(1,1)-(3,2) 8"}, {"(1,1)-(2,2) 8"}},
+      // Paths within one position are not kept.
+      {"A", "BAB", 4, -4, 2, 0, {}, {}},
+      {"BAB", "A", 4, -4, 2, 0, {}, {}},
+      {"BAB", "XAX", 4, -4, 2, 0, {}, {}},
+      {"ABA", "", 4, -4, 2, 0, {}, {}},
+  };
+  for (const auto& c : cases) {
+    for (const int32_t mode : MODES) {
+      const ScoreMatrix matrix = match_or_not("ABX", c.match, c.mismatch);
+      const Problem problem = make_problem(mode, matrix, c.query, c.target, c.penalty, c.penalty);
+      EXPECT_EQ(sorted_paths(problem, c.threshold), problem.flagged() ? c.flagged : c.linear)
+          << c.query << " " << c.target << " " << mode;
+    }
   }
 }
 
-TEST(Traceback, IdenticalSequencesGiveOnePathFromEndToEnd) {
-  for (const int32_t mode : MODES) {
-    const ScoreMatrix matrix = small_matrix("ABCX", [](int32_t a, int32_t b) { return a == b ? 5 : -4; });
-    const Problem problem = make_problem(mode, matrix, "ABCABBCAX", "ABCABBCAX", 3, 6);
-    EXPECT_EQ(texts(paths_of(problem, 40)), (Texts{"(1,1)-(9,9) 45"}));
-  }
-}
-
-// AA against AAA, gaps free of charge: (1,2) and (2,3) are reached by the diagonal and from above. The diagonal
-// starts a second path at (1,2); from above both cells belong to the path of (1,1), whose first end stays.
-TEST(Traceback, PrefersByScheme) {
-  const ScoreMatrix matrix = small_matrix("ABX", [](int32_t a, int32_t b) { return a == b ? 4 : -4; });
-  EXPECT_EQ(texts(paths_of(make_problem(200, matrix, "AA", "AAA", 0, 0), 8)),
-            (Texts{"(1,2)-(2,3) 8", "(1,1)-(2,2) 8"}));
-  EXPECT_EQ(texts(paths_of(make_problem(202, matrix, "AA", "AAA", 0, 0), 8)), (Texts{"(1,1)-(2,2) 8"}));
-}
-
-TEST(Traceback, LeftJoinKeepsTheOldEndOnATieOnlyInTheFlaggedScheme) {
-  const ScoreMatrix matrix = small_matrix("ABX", [](int32_t a, int32_t b) { return a == b ? 4 : -9; });
-  // (3,2) repeats the best of (2,2) from the left, before the path first ends there.
-  EXPECT_EQ(texts(paths_of(make_problem(200, matrix, "AAB", "AAX", 0, 0), 8)), (Texts{"(1,1)-(3,2) 8"}));
-  EXPECT_EQ(texts(paths_of(make_problem(202, matrix, "AAB", "AAX", 0, 0), 8)), (Texts{"(1,1)-(2,2) 8"}));
-  // (2,3) repeats it from above; a gap at position 3 would cost too much.
+// (2,3) repeats the best of (2,2) from above; a gap at position 3 would cost too much.
+TEST(Traceback, UpwardJoinsTakeTheNewEndOnATie) {
   for (const int32_t mode : {210, 212}) {
-    Problem problem = make_problem(mode, matrix, "AAB", "AAX", 0, 0);
+    Problem problem = make_problem(mode, match_or_not("ABX", 4, -9), "AAB", "AAX", 0, 0);
     problem.extend_row()[2] = problem.open_row()[2] = 9;
-    EXPECT_EQ(texts(paths_of(problem, 8)), (Texts{"(1,1)-(2,3) 8"}));
+    EXPECT_EQ(sorted_paths(problem, 8), (Texts{"(1,1)-(2,3) 8"}));
   }
 }
 
-TEST(Traceback, PathsWithinOnePositionAreNotKept) {
-  const ScoreMatrix matrix = small_matrix("ABX", [](int32_t a, int32_t b) { return a == b ? 4 : -4; });
-  for (const int32_t mode : {200, 202}) {
-    EXPECT_TRUE(paths_of(make_problem(mode, matrix, "A", "BAB", 2, 2), 0).empty());
-    EXPECT_TRUE(paths_of(make_problem(mode, matrix, "BAB", "A", 2, 2), 0).empty());
-    EXPECT_TRUE(paths_of(make_problem(mode, matrix, "BAB", "XAX", 2, 2), 0).empty());
-    EXPECT_TRUE(paths_of(make_problem(mode, matrix, "ABA", "", 2, 2), 0).empty());
-    EXPECT_EQ(align(make_problem(mode, matrix, "ABA", "", 2, 2), 0).best, -1);
-  }
-}
-
-TEST(Traceback, StoreKeepsOnePathPerStart) {
+TEST(PathStore, KeepsOnePathPerStart) {
   PathStore store;
   store.slots.resize(4);
-  const auto record = [&](int32_t start_i, int32_t start_j, int32_t end, int32_t best) {
-    const PathRec path = {start_i, start_j, end, end, best, best};
-    UTvector<PathRec>& slot = store.slots[static_cast<std::size_t>(start_i)];
-    const int32_t found = present(path, slot);
+  const struct {
+    int32_t start_i, start_j, end, best, found;
+  } paths[] = {{2, 7, 10, 50, 0},
+               {2, 8, 11, 50, 0},
+               {1, 7, 12, 40, 0},
+               {2, 7, 13, 50, 1},   // no better: the first stays
+               {2, 8, 14, 51, 1}};  // better: replaces
+  for (const auto& c : paths) {
+    const PathRec path = {c.start_i, c.start_j, c.end, c.end, c.best, c.best};
+    const int32_t found = present(path, store.slots[static_cast<std::size_t>(c.start_i)]);
+    EXPECT_EQ(found, c.found);
     if (found == 0) addsco(path, store);
-    return found;
-  };
-  EXPECT_EQ(record(2, 7, 10, 50), 0);
-  EXPECT_EQ(record(2, 8, 11, 50), 0);
-  EXPECT_EQ(record(1, 7, 12, 40), 0);
-  EXPECT_EQ(record(2, 7, 13, 50), 1);  // no better: the first stays
-  EXPECT_EQ(record(2, 8, 14, 51), 1);  // better: replaces
+  }
   EXPECT_EQ(store.total, 3);
   EXPECT_EQ(texts(dosort(store)), (Texts{"(2,8)-(14,14) 51", "(2,7)-(10,10) 50", "(1,7)-(12,12) 40"}));
 }
 
 // The order of equals was worked out by hand from the heap procedure.
-TEST(Traceback, OrderOfEqualPathsIsThatOfTheHeapSort) {
+TEST(PathStore, OrdersEqualPathsAsTheHeapSortLeavesThem) {
   const struct {
     std::vector<int32_t> bests;
     std::vector<int32_t> order;  // of the places before the sort
   } cases[] = {{{}, {}},
                {{5}, {0}},
-               {{5, 5}, {1, 0}},
-               {{5, 5, 5}, {1, 2, 0}},
                {{5, 5, 5, 5}, {1, 2, 3, 0}},
                {{5, 7, 5}, {1, 2, 0}},
                {{5, 5, 7}, {2, 1, 0}},
@@ -410,8 +313,7 @@ TEST(TracebackDeathTest, FaultsEndTheRun) {
   store.slots.resize(2);
   store.total = 1;
   EXPECT_EXIT(dosort(store), testing::ExitedWithCode(0), "k != total in dosort: ");
-  const Problem problem =
-      make_problem(200, small_matrix("ABX", [](int32_t, int32_t) { return 1; }), "AB", "AB", 1, 1);
+  const Problem problem = make_problem(200, match_or_not("ABX", 1, 1), "AB", "AB", 1, 1);
   const MoveFlags flags = uchararr(problem.dlen(), problem.qlen());
   AlignedRows rows;
   for (auto* tracer : {aliseq, ialiseq}) {
@@ -419,30 +321,4 @@ TEST(TracebackDeathTest, FaultsEndTheRun) {
                        problem.matrix, &problem.p),
                 testing::ExitedWithCode(255), "^Disaster in aliseq\n$");
   }
-}
-
-TEST(Traceback, PairIsAlignedByModeAndFlagsAreReused) {
-  Random random(10);
-  MoveFlags flags;
-  for (int32_t round = 0; round < 300; ++round) {
-    Problem problem = random_problem(random, MODES[round % 4], 25);
-    problem.p.MIN_SCORE = 3;
-    Aligned fresh = align(problem, 3);
-    const UTvector<PathRec> expected = dosort(fresh.store);
-    const UTvector<PathRec> paths =
-        align_pair(problem.query.data(), problem.qlen(), problem.target.data(), problem.dlen(), problem.table,
-                   flags, problem.matrix, &problem.p);
-    ASSERT_EQ(paths.size(), expected.size());
-    for (std::size_t k = 0; k < paths.size(); ++k) ASSERT_TRUE(same_path(paths[k], expected[k]));
-    problem.p.MODE = 77;
-    EXPECT_TRUE(align_pair(problem.query.data(), problem.qlen(), problem.target.data(), problem.dlen(),
-                           problem.table, flags, problem.matrix, &problem.p)
-                    .empty());
-  }
-}
-
-TEST(Traceback, RevalReversesTheNamedPart) {
-  int8_t buffer[] = {1, 2, 3, 4, 5};
-  reval(buffer, 1, 3);
-  EXPECT_EQ(std::vector<int8_t>(buffer, buffer + 5), (std::vector<int8_t>{1, 4, 3, 2, 5}));
 }

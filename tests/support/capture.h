@@ -36,6 +36,18 @@ std::string reported(Run run) {
   return result;
 }
 
+// printed - everything that `run` writes to the report stream.
+template <class Run>
+std::string printed(Run run) {
+  FILE* kept = std_out;
+  const std::string result = written([&](FILE* stream) {
+    std_out = stream;
+    run();
+    std_out = kept;
+  });
+  return result;
+}
+
 // A directory that lives as long as the object.
 struct TemporaryDirectory {
   std::filesystem::path path;
