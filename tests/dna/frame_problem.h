@@ -1,69 +1,70 @@
-// Random problems for the frame-shift kernels: codes, a table of scores, penalties.
+// Small problems for the frame-shift kernels: codes, a table of scores, penalties.
 #pragma once
 
-#include <algorithm>
-#include <cstdint>
 #include <ostream>
-#include <random>
-#include <vector>
 
 #include "align/lookup.h"
-#include "util/table.h"
-
-using Random = std::mt19937;
-using Codes = std::vector<int8_t>;
-constexpr int32_t NCODES = 4;
-
-inline int32_t uniform(Random& random, int32_t low, int32_t high) {
-  return std::uniform_int_distribution<int32_t>(low, high)(random);
-}
+#include "dna/frame_shift_reference.h"
+#include "support/small_alphabet.h"
 
 // A stored sequence: pad, codes, terminator.
-inline Codes stored(const Codes& residues) {
-  Codes codes = residues;
-  codes.insert(codes.begin(), 0);
-  codes.push_back(0);
-  return codes;
-}
-
-inline Codes random_codes(Random& random, int32_t residues) {
-  Codes codes(static_cast<std::size_t>(residues));
-  for (int8_t& code : codes) code = static_cast<int8_t>(uniform(random, 0, NCODES - 1));
-  return stored(codes);
-}
-
-inline int32_t length(const Codes& codes) {
-  return static_cast<int32_t>(codes.size());
-}
-
-// What a column code scores against a row code.
-using Scores = Table<int32_t>;
-
-inline Scores random_scores(Random& random) {
-  Scores scores = make_table<int32_t>(NCODES, NCODES, 0);
-  for (int32_t a = 0; a < NCODES; ++a) {
-    for (int32_t b = 0; b < NCODES; ++b)
-      scores[a][b] = a == b ? uniform(random, 3, 9) : uniform(random, -5, 1);
-  }
-  return scores;
-}
-
-inline LookupTable table_of(const Codes& columns, const Scores& scores) {
-  LookupTable table = make_table<int32_t>(NCODES, length(columns), 0);
-  for (int32_t c = 0; c < NCODES; ++c) {
-    for (std::size_t j = 1; j + 1 < columns.size(); ++j) table[c][j] = scores[columns[j]][c];
-  }
-  return table;
+inline Codes stored(Codes residues) {
+  residues.insert(residues.begin(), 0);
+  residues.push_back(0);
+  return residues;
 }
 
 struct Penalties {
   int32_t ld, li, fs;
 };
 
-inline Penalties random_penalties(Random& random, int32_t lowest) {
-  return {uniform(random, lowest, 6), uniform(random, lowest, 9), uniform(random, lowest, 12)};
+// Columns are the side of the table; either they or the rows are the translated sequence.
+struct FrameProblem {
+  Codes columns, rows;
+  LookupTable table;
+  Penalties pen;
+
+  // scores[a][b]: what column code a scores against row code b.
+  FrameProblem(Codes column_codes, Codes row_codes, const Table<int32_t>& scores, const Penalties& penalties)
+      : columns(stored(std::move(column_codes))), rows(stored(std::move(row_codes))), pen(penalties) {
+    table = make_table<int32_t>(scores.cols, m(), 0);
+    for (int32_t c = 0; c < scores.cols; ++c) {
+      for (int32_t j = 1; j <= m() - 2; ++j) table[c][j] = scores[columns[static_cast<std::size_t>(j)]][c];
+    }
+  }
+  int32_t m() const { return stored_length(columns); }
+  int32_t n() const { return stored_length(rows); }
+  int32_t rows_translated() const { return nswli(m(), rows.data(), n(), table, pen.ld, pen.li, pen.fs); }
+  int32_t affine() const { return npswli2(m(), rows.data(), n(), table, pen.ld, pen.li, pen.fs); }
+  int32_t linear() const { return npswl(m(), rows.data(), n(), table, pen.ld, pen.fs); }
+};
+
+inline std::ostream& operator<<(std::ostream& out, const FrameProblem& problem) {
+  return out << problem.m() << " x " << problem.n() << ", ld " << problem.pen.ld << " li " << problem.pen.li
+             << " fs " << problem.pen.fs;
 }
 
-inline std::ostream& operator<<(std::ostream& out, const Penalties& pen) {
-  return out << "ld " << pen.ld << " li " << pen.li << " fs " << pen.fs;
+inline FrameProblem random_frame_problem(Random& random, int32_t ncolumns, int32_t nrows,
+                                         int32_t lowest_penalty) {
+  constexpr int32_t ncodes = 4;
+  Table<int32_t> scores = make_table<int32_t>(ncodes, ncodes, 0);
+  for (int32_t& score : scores.cells) score = uniform(random, -5, 1);
+  for (int32_t c = 0; c < ncodes; ++c) scores[c][c] = uniform(random, 3, 9);
+  const auto codes = [&](int32_t residues) {
+    Codes drawn(static_cast<std::size_t>(residues));
+    for (int8_t& code : drawn) code = static_cast<int8_t>(uniform(random, 0, ncodes - 1));
+    return drawn;
+  };
+  const Codes columns = codes(ncolumns), rows = codes(nrows);
+  const Penalties pen = {uniform(random, lowest_penalty, 6), uniform(random, lowest_penalty, 9),
+                         uniform(random, lowest_penalty, 12)};
+  return {columns, rows, scores, pen};
+}
+
+// Codes match themselves, but NOTHING matches nothing.
+constexpr int8_t NOTHING = 10;
+inline Table<int32_t> match_scores(int32_t match, int32_t mismatch) {
+  Table<int32_t> scores = make_table<int32_t>(NOTHING + 1, NOTHING + 1, mismatch);
+  for (int32_t c = 0; c < NOTHING; ++c) scores[c][c] = match;
+  return scores;
 }

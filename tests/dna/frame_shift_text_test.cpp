@@ -2,33 +2,26 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "dna/frame_scan.h"
-#include "seq/alphabet.h"
 #include "seq/codon.h"
 #include "support/capture.h"
+#include "support/small_alphabet.h"
 
 namespace {
 
 // One DNA query against proteins, with the shipped matrix and code.
 class FrameText : public testing::Test {
  protected:
-  Params p;
-  SeqStore store;
+  Params p = small_params(22);
   std::vector<std::pair<const char*, std::string>> proteins;
   UTvector<double> significance;
 
   FrameText() {
     p.PRECISION = 100;
-    p.MODE = 22;
-    p.GAP_CHARACTER = ' ';
-    p.FGAP_CHARACTER = '^';
-    p.IGAP_CHARACTER = ':';
-    p.STOP_CHARACTER = '!';
     p.STOP_WEIGHT = -3000;
     p.MATRIX_DIR = ZELVAN_SOURCE_DIR "/data/matrices";
     p.MATRIX_FILE.name = "BLOSUM62";
@@ -44,12 +37,6 @@ class FrameText : public testing::Test {
     p.PROBCUT = 10;
   }
 
-  SeqRec record(const char* id, const char* title, const std::string& letters) {
-    return store_sequence(store, id, static_cast<int32_t>(std::strlen(id)), title,
-                          static_cast<int32_t>(std::strlen(title)), letters.data(),
-                          static_cast<int32_t>(letters.size()));
-  }
-
   void add(const char* id, const std::string& protein) { proteins.emplace_back(id, protein); }
 
   // The sections of all proteins, in the order in which they were added.
@@ -57,12 +44,12 @@ class FrameText : public testing::Test {
     const ScoreMatrix& matrix = *getmat(&p);
     p.MATRIX_FILE.name = "BLOSUM62";
     UTvector<SeqRec> seqs;
-    for (const auto& [id, protein] : proteins) seqs.push_back(record(id, "a title", protein));
-    SeqRec query = record("dna", "", dna);
+    for (const auto& [id, protein] : proteins) seqs.push_back(sequence_of(matrix, protein, id, "a title"));
+    SeqStore store;
+    SeqRec query = store_sequence(store, "dna", 3, "", 0, dna.data(), static_cast<int32_t>(dna.size()));
     UTvector<int8_t> letters;
     setup_dnaseq(letters, query, getcodon(&p), p.COMPLEMENT_QUERY);
     seqtoi(query.seq, query.len, matrix);
-    encode_sequences(seqs.data(), static_cast<int32_t>(seqs.size()), matrix);
     const LookupTable table = mlook(query.seq, query.len, matrix);
     UTvector<int32_t> scores(seqs.size());
     UTvector<int32_t> order;
@@ -74,11 +61,7 @@ class FrameText : public testing::Test {
     results.scores = scores.data();
     results.order = order.data();
     results.significance = significance.empty() ? nullptr : significance.data();
-    return written([&](FILE* stream) {
-      std_out = stream;
-      print_frame_alignments(query, letters, results, matrix, table, &p);
-      std_out = nullptr;
-    });
+    return printed([&] { print_frame_alignments(query, letters, results, matrix, table, &p); });
   }
 };
 
@@ -147,34 +130,35 @@ TEST_F(FrameText, LastColumnsShowTheBasesThatAreLeft) {
 }
 
 TEST_F(FrameText, LeavesOutWhatIsTooShortTooWeakOrInsignificant) {
-  const auto count = [](const std::string& text, const char* mark) {
-    int32_t found = 0;
-    for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + 1)) ++found;
-    return found;
-  };
   add("one", "MKWVTFISLLWCH");
   add("two", "MKWVTF");
   add("three", "MKWV");
-  const auto alignments = [&](const char* counted) {
-    const std::string text = sections(GENE);
-    EXPECT_EQ(count(text, "# Start_Alignments_Rank: "), 3);
-    EXPECT_EQ(count(text, "# End_Alignments_Rank: "), 3);
-    return count(text, counted);
+  const UTvector<double> e_values = {1e-7, 3, 11};
+  const struct {
+    int32_t min_len, min_ascore, fit_type;
+    const UTvector<double>& values;
+    const char* mark;
+    int32_t expected;
+  } cases[] = {
+      {1, 0, 0, {}, "# End_N: 1", 3},
+      {6, 0, 0, {}, "# End_N: 1", 2},
+      {6, 0, 0, {}, "Number_of_Alignments: 1", 3},
+      {1, 3600, 0, {}, "# End_N: 1", 2},
+      {1, 3600, 0, {}, "Number_of_Alignments: 0", 1},
+      {1, 0, 0, e_values, "# End_N: 1", 2},
+      {1, 0, 0, e_values, " Evalue: 1e-07\n# Residues", 1},
+      {1, 0, 1, e_values, " Pvalue: 3\n# Residues", 1},
   };
-  EXPECT_EQ(alignments("# End_N: 1"), 3);
-  p.MIN_LEN = 6;
-  EXPECT_EQ(alignments("# End_N: 1"), 2);
-  EXPECT_EQ(alignments("Number_of_Alignments: 1"), 3);
-  p.MIN_LEN = 1;
-  p.MIN_ASCORE = 3600;
-  EXPECT_EQ(alignments("# End_N: 1"), 2);
-  EXPECT_EQ(alignments("Number_of_Alignments: 0"), 1);
-  p.MIN_ASCORE = 0;
-  significance = {1e-7, 3, 11};
-  EXPECT_EQ(alignments("# End_N: 1"), 2);
-  EXPECT_EQ(alignments(" Evalue: 1e-07\n# Residues"), 1);
-  p.FIT_TYPE = 1;
-  EXPECT_EQ(alignments(" Pvalue: 3\n# Residues"), 1);
+  for (const auto& c : cases) {
+    p.MIN_LEN = c.min_len;
+    p.MIN_ASCORE = c.min_ascore;
+    p.FIT_TYPE = c.fit_type;
+    significance = c.values;
+    const std::string text = sections(GENE);
+    EXPECT_EQ(count_of(text, "# Start_Alignments_Rank: "), 3);
+    EXPECT_EQ(count_of(text, "# End_Alignments_Rank: "), 3);
+    EXPECT_EQ(count_of(text, c.mark), c.expected) << c.mark;
+  }
 }
 
 TEST_F(FrameText, RefusesLinesWithoutColumns) {

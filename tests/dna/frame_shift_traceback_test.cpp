@@ -5,7 +5,6 @@
 #include <string>
 
 #include "dna/frame_problem.h"
-#include "dna/frame_shift_reference.h"
 
 namespace {
 
@@ -15,14 +14,14 @@ struct Walk {
   int32_t row, base;  // the next ones
 };
 
-Walk walk(const FramePath& path, const Codes& rows, const LookupTable& table, const Penalties& pen) {
+Walk walk(const FramePath& path, const FrameProblem& problem) {
   Walk at = {0, path.first_row, path.first_base};
   FrameStep before = FrameStep::MATCH;
   for (const FrameStep step : path.steps) {
-    const int32_t gap = step == before ? pen.ld : pen.li;
+    const int32_t gap = step == before ? problem.pen.ld : problem.pen.li;
     switch (step) {
       case FrameStep::MATCH:
-        at.score += table[rows[static_cast<std::size_t>(at.row++)]][at.base];
+        at.score += problem.table[problem.rows[static_cast<std::size_t>(at.row++)]][at.base];
         at.base += 3;
         break;
       case FrameStep::NO_CODON:
@@ -34,12 +33,18 @@ Walk walk(const FramePath& path, const Codes& rows, const LookupTable& table, co
         at.base += 3;
         break;
       case FrameStep::FRAME_SHIFT:
-        at.score -= pen.fs;
+        at.score -= problem.pen.fs;
         ++at.base;
     }
     before = step;
   }
   return at;
+}
+
+FramePath traced(const FrameProblem& problem, int32_t fse_pen) {
+  static MoveFlags flags;  // reused from call to call
+  return trace_frames(problem.m(), problem.rows.data(), problem.n(), problem.table, problem.pen.ld,
+                      problem.pen.li, problem.pen.fs, fse_pen, flags);
 }
 
 std::string letters(const FramePath& path) {
@@ -50,84 +55,54 @@ std::string letters(const FramePath& path) {
 
 TEST(FrameShiftTraceback, EveryPathHasTheScoreOfTheKernel) {
   Random random(1);
-  MoveFlags flags;
   int32_t with_shift = 0;
   for (int32_t round = 0; round < 4000; ++round) {
-    const Codes columns = random_codes(random, uniform(random, 0, 40));
-    const Codes rows = random_codes(random, uniform(random, 0, 15));
-    const LookupTable table = table_of(columns, random_scores(random));
-    Penalties pen = random_penalties(random, round % 4 == 0 ? -2 : 0);
+    FrameProblem problem =
+        random_frame_problem(random, uniform(random, 0, 40), uniform(random, 0, 15), round % 4 == 0 ? -2 : 0);
     const bool linear = round % 2 == 0;
-    if (linear) pen.li = pen.ld;
-    const int32_t m = length(columns);
-    const FramePath path = trace_frames(m, rows.data(), length(rows), table, pen.ld, pen.li, pen.fs,
-                                        uniform(random, -1, 12), flags);
-    const int32_t expected = linear ? npswl(m, rows.data(), length(rows), table, pen.ld, pen.fs)
-                                    : npswli2(m, rows.data(), length(rows), table, pen.ld, pen.li, pen.fs);
-    ASSERT_EQ(path.score, expected) << round << " " << pen;
+    if (linear) problem.pen.li = problem.pen.ld;
+    const FramePath path = traced(problem, uniform(random, -1, 12));
+    const int32_t expected = linear ? problem.linear() : problem.affine();
+    ASSERT_EQ(path.score, expected) << problem;
     ASSERT_EQ(path.steps.empty(), expected <= 0);
     if (path.steps.empty()) continue;
-    const Walk end = walk(path, rows, table, pen);
-    ASSERT_EQ(end.score, expected) << round << " " << pen << " " << letters(path);
+    const Walk end = walk(path, problem);
+    ASSERT_EQ(end.score, expected) << problem << " " << letters(path);
     ASSERT_GE(path.first_row, 1);
     ASSERT_GE(path.first_base, 1);
-    ASSERT_LE(end.row, length(rows) - 1);
-    ASSERT_LE(end.base, m - 1 + 2);  // the last two columns begin codons without all their bases
+    ASSERT_LE(end.row, problem.n() - 1);
+    ASSERT_LE(end.base, problem.m() - 1 + 2);  // the last two columns begin codons without all their bases
     with_shift += letters(path).find('f') != std::string::npos ? 1 : 0;
   }
   EXPECT_GT(with_shift, 500);
 }
 
-// Residues 0 1 2 3 in frame, then one base too many, then 4 5 6 7 (codes 0..7; 8 matches nothing).
-struct Gene {
-  Codes dna;
-  LookupTable table;
-};
-
-Gene gene(const Codes& spelled) {
-  Gene made = {stored(spelled), {}};
-  made.table = make_table<int32_t>(9, length(made.dna), -50);
-  for (int32_t j = 1; j <= length(made.dna) - 2; ++j) {
-    const int8_t code = made.dna[static_cast<std::size_t>(j)];
-    if (code != 8) made.table[code][j] = 20;
-  }
-  return made;
-}
-
-TEST(FrameShiftTraceback, ShowsThePlantedShift) {
-  const Gene made = gene({8, 0, 8, 8, 1, 8, 8, 2, 8, 8, 3, 8, 8, 8, 4, 8, 8, 5, 8, 8});
-  const Codes protein = stored({0, 1, 2, 3, 4, 5});
-  MoveFlags flags;
-  const FramePath path =
-      trace_frames(length(made.dna), protein.data(), length(protein), made.table, 1, 12, 15, 15, flags);
-  EXPECT_EQ(path.score, 6 * 20 - 15);
-  EXPECT_EQ(letters(path), "MMMMfMM");
-  EXPECT_EQ(path.first_row, 1);
-  EXPECT_EQ(path.first_base, 2);
-}
-
-// A lost base: residue 2 has two bases only. Two shifts and a gap have the same score in any order.
-TEST(FrameShiftTraceback, ShiftsStayTogetherUnlessExtensionIsDearer) {
-  const Gene made = gene({0, 8, 8, 1, 8, 8, 8, 8, 3, 8, 8, 4, 8, 8, 5, 8, 8});
-  const Codes protein = stored({0, 1, 2, 3, 4, 5});
-  MoveFlags flags;
-  const auto path = [&](int32_t fse) {
-    return trace_frames(length(made.dna), protein.data(), length(protein), made.table, 1, 4, 5, fse, flags);
+TEST(FrameShiftTraceback, PlantedErrorsAreShown) {
+  constexpr int8_t N = NOTHING;
+  const Codes one_base_more = {N, 0, N, N, 1, N, N, 2, N, N, 3, N, N, N, 4, N, N, 5, N, N};
+  // Residue 2 has two bases only. Two shifts and a gap have the same score in any order.
+  const Codes one_base_less = {0, N, N, 1, N, N, N, N, 3, N, N, 4, N, N, 5, N, N};
+  const Codes two_alike = {0, N, N, N, N, N, N, 0, N, N};
+  const Codes protein = {0, 1, 2, 3, 4, 5};
+  const struct {
+    const Codes &dna, &protein;
+    Penalties pen;
+    int32_t fse, score;
+    const char* steps;
+    int32_t first_base;
+  } cases[] = {
+      {one_base_more, protein, {1, 12, 15}, 15, 6 * 20 - 15, "MMMMfMM", 2},
+      {one_base_less, protein, {1, 4, 5}, 5, 5 * 20 - 4 - 2 * 5, "MM-ffMMM", 1},
+      {one_base_less, protein, {1, 4, 5}, 6, 5 * 20 - 4 - 2 * 5, "MMf-fMMM", 1},
+      {two_alike, {0, N, N, 0}, {9, 9, 99}, 99, 20, "M", 1},  // of equals the first is taken
   };
-  EXPECT_EQ(letters(path(5)), "MM-ffMMM");
-  EXPECT_EQ(letters(path(6)), "MMf-fMMM");
-  EXPECT_EQ(path(5).score, path(6).score);
-}
-
-TEST(FrameShiftTraceback, OfEqualsTheFirstIsTaken) {
-  const Gene made = gene({0, 8, 8, 8, 8, 8, 8, 0, 8, 8});
-  const Codes protein = stored({0, 8, 8, 0});
-  MoveFlags flags;
-  const FramePath path =
-      trace_frames(length(made.dna), protein.data(), length(protein), made.table, 9, 9, 99, 99, flags);
-  EXPECT_EQ(letters(path), "M");
-  EXPECT_EQ(path.first_row, 1);
-  EXPECT_EQ(path.first_base, 1);
+  for (const auto& c : cases) {
+    const FramePath path = traced(FrameProblem(c.dna, c.protein, match_scores(20, -50), c.pen), c.fse);
+    EXPECT_EQ(path.score, c.score);
+    EXPECT_EQ(letters(path), c.steps);
+    EXPECT_EQ(path.first_row, 1);
+    EXPECT_EQ(path.first_base, c.first_base);
+  }
 }
 
 }  // namespace

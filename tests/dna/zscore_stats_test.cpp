@@ -3,27 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <numbers>
 
-#include "dna/frame_problem.h"
 #include "dna/zscore_log.h"
 #include "support/capture.h"
+#include "support/small_alphabet.h"
 
 namespace {
 
-Params settings() {
-  Params p;
-  p.PRECISION = 100;
-  p.MODE = 22;
-  return p;
-}
-
 // Scores of a database as chance and kinship would give them; only lengths and scores matter.
 struct Scan {
+  Params p = small_params(22);
   UTvector<SeqRec> seqs;
   UTvector<int32_t> scores;
 
+  Scan() { p.PRECISION = 100; }
   void add(double score, int32_t residues) {
     SeqRec seq;
     seq.len = residues + 2;
@@ -31,15 +25,16 @@ struct Scan {
     scores.push_back(static_cast<int32_t>(score) * 100);
   }
   int32_t n() const { return static_cast<int32_t>(seqs.size()); }
+  ZStats stats() const { return do_stats(scores.data(), seqs.data(), n(), &p); }
+  UTvector<int32_t> zscores(const ZStats& stats) const {
+    return get_zscores(stats, scores.data(), seqs.data(), n(), &p);
+  }
+  UTvector<double> e_values() const { return get_e(zscores(stats()).data(), n(), &p); }
 };
 
 constexpr double SLOPE = 3.5;
 constexpr double INTERCEPT = 12;
 constexpr double SD = 4;
-
-double mean_score(int32_t residues) {
-  return INTERCEPT + SLOPE * std::log(residues);
-}
 
 void add_unrelated(Scan& scan, int32_t count, Random& random) {
   std::lognormal_distribution<double> lengths(5.6, 0.8);
@@ -47,22 +42,16 @@ void add_unrelated(Scan& scan, int32_t count, Random& random) {
   std::extreme_value_distribution<double> deviation(-scale * std::numbers::egamma, scale);
   for (int32_t k = 0; k < count; ++k) {
     const int32_t residues = 20 + static_cast<int32_t>(lengths(random));
-    scan.add(std::max(0.0, mean_score(residues) + deviation(random) + 0.5), residues);
+    const double mean = INTERCEPT + SLOPE * std::log(residues);
+    scan.add(std::max(0.0, mean + deviation(random) + 0.5), residues);
   }
 }
 
-UTvector<double> e_values(const Scan& scan, const Params& p) {
-  const ZStats stats = do_stats(scan.scores.data(), scan.seqs.data(), scan.n(), &p);
-  const UTvector<int32_t> z = get_zscores(stats, scan.scores.data(), scan.seqs.data(), scan.n(), &p);
-  return get_e(z.data(), scan.n(), &p);
-}
-
 TEST(ZscoreStats, FindTheLineAndTheVarianceOfTheBackground) {
-  const Params p = settings();
   Random random(1);
   Scan scan;
   add_unrelated(scan, 20000, random);
-  const ZStats stats = do_stats(scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  const ZStats stats = scan.stats();
   EXPECT_NEAR(stats.line.slope, SLOPE, 0.1);
   EXPECT_NEAR(stats.line.intercept, INTERCEPT, 0.5);
   EXPECT_NEAR(std::sqrt(stats.line.variance), SD, 0.1);
@@ -80,14 +69,13 @@ TEST(ZscoreStats, FindTheLineAndTheVarianceOfTheBackground) {
 }
 
 TEST(ZscoreStats, ExpectAsManyAsChanceGives) {
-  const Params p = settings();
   Random random(2);
   double below_one = 0, below_ten = 0;
   constexpr int32_t SCANS = 60;
   for (int32_t k = 0; k < SCANS; ++k) {
     Scan scan;
     add_unrelated(scan, 2000, random);
-    for (const double e : e_values(scan, p)) {
+    for (const double e : scan.e_values()) {
       below_one += e < 1;
       below_ten += e < 10;
     }
@@ -97,18 +85,17 @@ TEST(ZscoreStats, ExpectAsManyAsChanceGives) {
 }
 
 TEST(ZscoreStats, RelatedSequencesNeitherLiftNorWidenTheBackground) {
-  const Params p = settings();
   Random random(3);
   Scan alone;
   add_unrelated(alone, 2000, random);
-  const ZStats expected = do_stats(alone.scores.data(), alone.seqs.data(), alone.n(), &p);
+  const ZStats expected = alone.stats();
   Scan mixed = alone;
   for (int32_t k = 0; k < 200; ++k) mixed.add(uniform(random, 150, 900), uniform(random, 200, 600));
-  const ZStats stats = do_stats(mixed.scores.data(), mixed.seqs.data(), mixed.n(), &p);
+  const ZStats stats = mixed.stats();
   EXPECT_NEAR(stats.line.slope, expected.line.slope, 0.05);
   EXPECT_NEAR(stats.line.intercept, expected.line.intercept, 0.2);
   EXPECT_NEAR(stats.line.variance, expected.line.variance, 0.3);
-  const UTvector<double> e = e_values(mixed, p);
+  const UTvector<double> e = mixed.e_values();
   for (std::size_t k = 2000; k < 2200; ++k) {
     EXPECT_EQ(stats.related[k], 1);
     EXPECT_LT(e[k], 1e-6);
@@ -117,7 +104,6 @@ TEST(ZscoreStats, RelatedSequencesNeitherLiftNorWidenTheBackground) {
 
 // z = 50 + 10 deviations; an extreme-value distribution of mean 50 and standard deviation 10.
 TEST(ZscoreStats, ConvertScoresToZscoresAndThoseToChances) {
-  Params p = settings();
   ZStats stats;
   stats.line = {2, 10, 25, 3};
   Scan scan;
@@ -125,69 +111,61 @@ TEST(ZscoreStats, ConvertScoresToZscoresAndThoseToChances) {
   scan.add(20, 1);     // two standard deviations above
   scan.add(23, 1000);  // 0.816 units below 10 + 2 ln 1000, 0.163 deviations
   scan.add(-1, 0);
-  scan.scores.back() = -1;
-  const UTvector<int32_t> z = get_zscores(stats, scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  const UTvector<int32_t> z = scan.zscores(stats);
   EXPECT_EQ(z, (UTvector<int32_t>{5000, 7000, 4837, 0}));
-  const UTvector<double> chances = get_p(z.data(), scan.n(), &p);
+  const UTvector<double> chances = get_p(z.data(), scan.n(), &scan.p);
   EXPECT_NEAR(chances[0], 1 - std::exp(-std::exp(-std::numbers::egamma)), 1e-12);
   EXPECT_NEAR(chances[1], 0.0422627, 1e-6);  // 1 - exp(-exp(-1.2825498 x 2 - 0.5772157))
   EXPECT_NEAR(chances[3], 1, 1e-12);
-  const UTvector<double> expectations = get_e(z.data(), scan.n(), &p);
+  const UTvector<double> expectations = get_e(z.data(), scan.n(), &scan.p);
   EXPECT_DOUBLE_EQ(expectations[1], 4 * chances[1]);
   const int32_t far = 100 * 1000;
-  EXPECT_GT(get_p(&far, 1, &p)[0], 0);
-  EXPECT_LT(get_p(&far, 1, &p)[0], 1e-50);
+  EXPECT_GT(get_p(&far, 1, &scan.p)[0], 0);
+  EXPECT_LT(get_p(&far, 1, &scan.p)[0], 1e-50);
 }
 
 TEST(ZscoreStats, CopeWithFewAndEqualScores) {
-  const Params p = settings();
   Scan scan;
-  EXPECT_EQ(do_stats(nullptr, nullptr, 0, &p).line.nval, 0);
-  EXPECT_TRUE(e_values(scan, p).empty());
+  EXPECT_EQ(scan.stats().line.nval, 0);
+  EXPECT_TRUE(scan.e_values().empty());
   scan.add(-1, 0);
-  scan.scores[0] = -1;
-  EXPECT_EQ(do_stats(scan.scores.data(), scan.seqs.data(), 1, &p).line.nval, 0);
+  EXPECT_EQ(scan.stats().line.nval, 0);
   for (int32_t k = 0; k < 3; ++k) scan.add(30, 100);
-  const ZStats stats = do_stats(scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  const ZStats stats = scan.stats();
   EXPECT_EQ(stats.line.slope, 0);
   EXPECT_EQ(stats.line.intercept, 30);
   EXPECT_EQ(stats.line.variance, 0);
-  EXPECT_EQ(get_zscores(stats, scan.scores.data(), scan.seqs.data(), scan.n(), &p),
-            (UTvector<int32_t>{0, 5000, 5000, 5000}));
+  EXPECT_EQ(scan.zscores(stats), (UTvector<int32_t>{0, 5000, 5000, 5000}));
 }
 
 // A histogram that is right at either precision; at the second one z-scores above 107 leave 32 bits.
 class ZscoreLog : public ::testing::TestWithParam<int32_t> {};
 
 TEST_P(ZscoreLog, ShowsObservedBesideExpected) {
-  Params p = settings();
-  p.PRECISION = GetParam();
   Random random(5);
   Scan scan;
+  scan.p.PRECISION = GetParam();
   add_unrelated(scan, 5000, random);
   scan.add(500, 300);
-  const ZStats stats = do_stats(scan.scores.data(), scan.seqs.data(), scan.n(), &p);
-  const UTvector<int32_t> z = get_zscores(stats, scan.scores.data(), scan.seqs.data(), scan.n(), &p);
+  const ZStats stats = scan.stats();
+  const UTvector<int32_t> z = scan.zscores(stats);
   SeqRec query;
   query.id = "a_query";
   query.len = 302;
   const TemporaryDirectory directory;
-  const auto home = std::filesystem::current_path();
-  std::filesystem::current_path(directory.path);
-  dump_stats(stats, z.data(), query, &p);
-  std::filesystem::current_path(home);
+  directory.inside([&] { dump_stats(stats, z.data(), query, &scan.p); });
 
-  std::istringstream log(file_content(directory.at("zelvan_dump_stats.log")));
+  const std::string log = file_content(directory.at("zelvan_dump_stats.log"));
+  EXPECT_NE(log.find("\n# Query: a_query Length: 300 Mode: 22\n"
+                     "# Sequences: 5001, left out of the fit as related: 1\n"),
+            std::string::npos);
+  std::istringstream lines(log.substr(log.find("\n#    z ") + 1));
   std::string line;
-  std::vector<std::string> head;
-  while (std::getline(log, line) && head.size() < 3) head.push_back(line);
-  EXPECT_EQ(head[1], "# Query: a_query Length: 300 Mode: 22");
-  EXPECT_EQ(head[2], "# Sequences: 5001, left out of the fit as related: 1");
-  while (line.rfind("#    z ", 0) != 0) ASSERT_TRUE(std::getline(log, line));
+  std::getline(lines, line);
   int32_t total = 0;
   double expected_total = 0;
   int32_t highest = 0;
-  while (std::getline(log, line)) {
+  while (std::getline(lines, line)) {
     int32_t at = 0, observed = 0;
     double expected = 0;
     ASSERT_EQ(std::sscanf(line.c_str(), "%d %d %lf", &at, &observed, &expected), 3) << line;
@@ -198,7 +176,7 @@ TEST_P(ZscoreLog, ShowsObservedBesideExpected) {
   }
   EXPECT_EQ(total, 5001);
   EXPECT_NEAR(expected_total, 5001, 0.5);
-  EXPECT_EQ(highest, p.PRECISION == 100 ? 120 : 106);  // what lies beyond joins the last bar
+  EXPECT_EQ(highest, GetParam() == 100 ? 120 : 106);  // what lies beyond joins the last bar
 }
 
 INSTANTIATE_TEST_SUITE_P(Precisions, ZscoreLog, ::testing::Values(100, 20000000));

@@ -48,6 +48,13 @@ std::string printed(Run run) {
   return result;
 }
 
+// The places of a text in another.
+inline int32_t count_of(const std::string& text, const std::string& part) {
+  int32_t count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
 // A directory that lives as long as the object.
 struct TemporaryDirectory {
   std::filesystem::path path;
@@ -66,6 +73,15 @@ struct TemporaryDirectory {
     return (path / name).string();
   }
   std::string at(const char* name) const { return (path / name).string(); }
+
+  // Runs `run` with this as the current directory.
+  template <class Run>
+  void inside(Run run) const {
+    const std::filesystem::path kept = std::filesystem::current_path();
+    std::filesystem::current_path(path);
+    run();
+    std::filesystem::current_path(kept);
+  }
 };
 
 inline std::string file_content(const std::string& path) {
