@@ -9,28 +9,22 @@
 
 namespace {
 
-// Runs `write` in a directory of its own with all four traces open.
+// Runs `write` with the four traces, which are open if `wanted`, in the directory.
 template <class Write>
-void traced(const TemporaryDirectory& directory, Write write) {
+void traced(const TemporaryDirectory& directory, int32_t wanted, Write write) {
   std_err = stderr;
-  const auto kept = std::filesystem::current_path();
-  std::filesystem::current_path(directory.path);
-  LpfitData lpfit;
-  lpfit.trace_processing = lpfit.trace_hists = lpfit.trace_freqtab = lpfit.trace_stat = 1;
-  FitTrace trace = open_fit_trace(lpfit);
-  write(trace);
-  close_fit_trace(trace);
-  std::filesystem::current_path(kept);
+  directory.inside([&] {
+    LpfitData lpfit;
+    lpfit.trace_processing = lpfit.trace_hists = lpfit.trace_freqtab = lpfit.trace_stat = wanted;
+    FitTrace trace = open_fit_trace(lpfit);
+    write(trace);
+    close_fit_trace(trace);
+  });
 }
 
 TEST(FitTrace, WritesNothingUnlessAsked) {
   const TemporaryDirectory directory;
-  const auto kept = std::filesystem::current_path();
-  std::filesystem::current_path(directory.path);
-  FitTrace trace = open_fit_trace(LpfitData());
-  trace_summary(trace, ScoreSummary(), 3);
-  close_fit_trace(trace);
-  std::filesystem::current_path(kept);
+  traced(directory, 0, [](const FitTrace& trace) { trace_summary(trace, ScoreSummary(), 3); });
   EXPECT_TRUE(std::filesystem::is_empty(directory.path));
 }
 
@@ -51,17 +45,16 @@ TEST(FitTrace, TellsTheCourseOfAFit) {
   result.paramB[1] = 0;
 
   const TemporaryDirectory directory;
-  traced(directory, [&](const FitTrace& trace) {
+  traced(directory, 1, [&](const FitTrace& trace) {
     trace_summary(trace, {5, 20, 22, 20.4, 0.5, 102, 2082}, 5);
     trace_width(trace, RangeChoice{1, {}});
     trace_width(trace, choice);
     trace_choice(trace, table, choice);
     trace_range(trace, table, choice.ranges[0], 1, frequencies, fit);
-    trace_result(trace, result);
-    result.EXPORLIN = 1;
-    trace_result(trace, result);
-    result.EXPORLIN = 5;
-    trace_result(trace, result);
+    for (const int32_t form : {0, 1, 5}) {
+      result.EXPORLIN = form;
+      trace_result(trace, result);
+    }
   });
   EXPECT_EQ(file_content(directory.at("PROCESSING")),
             "count = 5, num_scores = 5, numpts = 5 i = 5\n"
@@ -92,7 +85,7 @@ TEST(FitTrace, TellsTheCourseOfAFit) {
 TEST(FitTrace, AFileThatCannotBeMadeEndsTheRun) {
   const TemporaryDirectory directory;
   std::filesystem::create_directory(directory.at("PROCESSING"));
-  EXPECT_EXIT(traced(directory, [](const FitTrace&) {}), testing::ExitedWithCode(255), "PROCESSING");
+  EXPECT_EXIT(traced(directory, 1, [](const FitTrace&) {}), testing::ExitedWithCode(255), "PROCESSING");
 }
 
 }  // namespace

@@ -37,6 +37,7 @@ constexpr Draw DRAWS[] = {
     {"negative penalties only", -9, 12, 1, -5, 0, false},
     {"mostly positive scores", -1, 5, 100, 0, 12, true},
     {"never positive", -9, 0, 10, 0, 12, true},
+    {"dear gaps", -8, 11, 1, 100, 40000, true},
 };
 
 // A query, targets and penalties. The folder under test says what is compared.
@@ -83,15 +84,15 @@ struct ScanTrial {
     const int32_t kinds = draw.few_rows ? uniform(random, 1, 20) : qlen;
     auto kind_scores = make_table<int32_t>(kinds, CODES, 0);
     std::generate(kind_scores.cells.begin(), kind_scores.cells.end(), score);
-    const bool steady = uniform(random, 0, 1) == 0;
+    const bool steady_extension = uniform(random, 0, 1) == 0, steady_opening = uniform(random, 0, 1) == 0;
     params.LD_PEN = penalty();
     params.LI_PEN = penalty();
     params.FS_PEN = penalty();
     for (int32_t i = 0; i <= qlen - 2; ++i) {
       const int32_t kind = draw.few_rows ? uniform(random, 0, kinds - 1) : i;
       for (int32_t c = 0; c < CODES; ++c) table[c][i] = kind_scores[kind][c];
-      table[GAP_CODE][i] = steady ? params.LD_PEN : penalty();
-      table[IGAP_CODE][i] = steady ? params.LI_PEN : penalty();
+      table[GAP_CODE][i] = steady_extension ? params.LD_PEN : penalty();
+      table[IGAP_CODE][i] = steady_opening ? params.LI_PEN : penalty();
     }
   }
   // Scans in every mode with lanes from `first` on; returns the sequences that each lane width finished.
