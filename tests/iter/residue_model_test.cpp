@@ -4,19 +4,15 @@
 
 #include <cmath>
 
-#include "alignment_fixture.h"
+#include "support/small_alphabet.h"
 
 namespace {
 
-using namespace fixture;
-
 double sum_of_targets(const ResidueModel& model) {
+  const auto background = [&](int32_t code) { return model.background[static_cast<std::size_t>(code)]; };
   double sum = 0;
   for (const int32_t b : model.residues) {
-    for (const int32_t c : model.residues) {
-      sum += model.background[static_cast<std::size_t>(b)] * model.background[static_cast<std::size_t>(c)] *
-             model.odds[b][c];
-    }
+    for (const int32_t c : model.residues) sum += background(b) * background(c) * model.odds[b][c];
   }
   return sum;
 }
@@ -24,8 +20,7 @@ double sum_of_targets(const ResidueModel& model) {
 // Four equally frequent residues, +1 and -1: e^lambda / 4 + 3 e^-lambda / 4 = 1 has the root ln 3.
 TEST(ResidueModel, SolvesTheScaleOfAKnownMatrix) {
   for (const int32_t precision : {1, 100}) {
-    const ScoreMatrix matrix = identity_matrix("ACDEX", precision, -precision);
-    const ResidueModel model = make_residue_model(matrix, precision);
+    const ResidueModel model = make_residue_model(match_or_not("ACDEX", precision, -precision), precision);
     EXPECT_EQ(model.residues, (UTvector<int32_t>{0, 1, 2, 3}));
     EXPECT_NEAR(model.lambda, std::log(3.0), 1e-10);
     EXPECT_NEAR(sum_of_targets(model), 1.0, 1e-10);
@@ -35,24 +30,24 @@ TEST(ResidueModel, SolvesTheScaleOfAKnownMatrix) {
 }
 
 TEST(ResidueModel, TakesTheBackgroundFromTheDatabase) {
-  ScoreMatrix matrix = identity_matrix("ACDEX", 500, -900);
+  ScoreMatrix matrix = match_or_not("ACDEX", 500, -900);
   matrix.dbcount = {699, 199, 99, 0, 5000, 0, 0, 0, 0};  // X does not count
   const ResidueModel model = make_residue_model(matrix, 100);
-  const double expected[] = {700.0 / 1001, 200.0 / 1001, 100.0 / 1001, 1.0 / 1001, 0, 0, 0, 0, 0};
-  for (std::size_t c = 0; c < 9; ++c) EXPECT_NEAR(model.background[c], expected[c], 1e-12);
+  const double expected[] = {700, 200, 100, 1, 0, 0, 0, 0, 0};
+  for (std::size_t c = 0; c < 9; ++c) EXPECT_NEAR(model.background[c], expected[c] / 1001, 1e-12);
   EXPECT_NEAR(sum_of_targets(model), 1.0, 1e-9);
 }
 
 TEST(ResidueModel, FallsBackToHalfBits) {
   const std::pair<int32_t, int32_t> scores[] = {{500, 100}, {-100, -100}, {300, -100}};
   for (const auto& [match, mismatch] : scores) {
-    const ResidueModel model = make_residue_model(identity_matrix("ACDEX", match, mismatch), 100);
+    const ResidueModel model = make_residue_model(match_or_not("ACDEX", match, mismatch), 100);
     EXPECT_NEAR(model.lambda, std::log(2.0) / 2, 1e-12) << match << " " << mismatch;
   }
 }
 
 TEST(ResidueModel, KnowsAmbiguousLetters) {
-  const ResidueModel model = make_residue_model(identity_matrix("DNEBZJX", 500, -400), 100);
+  const ResidueModel model = make_residue_model(match_or_not("DNEBZJX", 500, -400), 100);
   ASSERT_EQ(model.ambiguous.size(), 2U);  // J has neither I nor L here
   EXPECT_EQ(model.ambiguous[0].code, 3);
   EXPECT_EQ(model.ambiguous[0].members, (UTvector<int32_t>{0, 1}));

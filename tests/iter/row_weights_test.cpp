@@ -4,20 +4,19 @@
 
 #include <map>
 
-#include "alignment_fixture.h"
+#include "iter/family.h"
 #include "util/streams.h"
 
 namespace {
 
-using namespace fixture;
-
-const ScoreMatrix MATRIX = identity_matrix("ACDEX", 500, -200);
+const ScoreMatrix MATRIX = match_or_not("ACDEX", 500, -200);
 
 // The definition, written without any memory of the position before.
 struct Direct {
   double query = 0;
   std::vector<double> row;
   int32_t nactive = 0;
+  double mean_distinct = 0;
 };
 
 bool resembles(const int8_t* a, const int8_t* b, int32_t first, int32_t last, double threshold) {
@@ -56,6 +55,8 @@ Direct directly(const AlignData& aldat, int32_t i, double threshold) {
     for (std::size_t r = 0; r < active.size(); ++r) {
       if (active[r]) ++count[aldat.rows[r].aligned[static_cast<std::size_t>(k)]];
     }
+    const int32_t gaps = count.count(residue_code(MATRIX, ' ')) > 0 ? 1 : 0;
+    d.mean_distinct += (static_cast<double>(count.size()) - gaps) / (last - first + 1);
     const auto share = [&](int8_t code) {
       return 1.0 / (static_cast<double>(count[code]) * static_cast<double>(count.size()));
     };
@@ -77,6 +78,7 @@ void expect_direct(const RowWeights& weights, const AlignData& aldat, int32_t i,
   ASSERT_EQ(weights.nactive, d.nactive) << "position " << i;
   if (d.nactive == 0) return;
   EXPECT_NEAR(weights.query, d.query, 1e-12) << "position " << i;
+  EXPECT_NEAR(weights.mean_distinct, d.mean_distinct, 1e-12) << "position " << i;
   double sum = weights.query;
   for (std::size_t r = 0; r < d.row.size(); ++r) {
     EXPECT_NEAR(weights.row[r], d.row[r], 1e-12) << "position " << i << " row " << r;
@@ -86,41 +88,34 @@ void expect_direct(const RowWeights& weights, const AlignData& aldat, int32_t i,
 }
 
 TEST(RowWeights, EqualTheDefinitionOnRandomAlignments) {
-  std::mt19937 random(7);
+  Random random(7);
   for (int32_t round = 0; round < 60; ++round) {
-    const std::size_t length = 1 + random() % 30;
-    const Sequence query(MATRIX, random_text(random, "ACDE", length));
-    AlignData aldat;
-    aldat.query = &query.record;
-    for (std::size_t r = random() % 12; r > 0; --r) {
-      const std::size_t first = random() % length;
-      add_row(aldat, MATRIX, random_text(random, "ACDEX-", 1 + random() % (length - first)),
-              static_cast<int32_t>(first) + 1);
+    const int32_t length = uniform(random, 1, 30);
+    Family family(MATRIX, random_letters(random, "ACDE", length));
+    for (int32_t r = uniform(random, 0, 11); r > 0; --r) {
+      const int32_t first = uniform(random, 1, length);
+      family.add_row(random_letters(random, "ACDEX-", uniform(random, 1, length - first + 1)), first);
     }
     // With a threshold that rows rarely reach, the filter is at work without emptying a position.
-    Params p = params();
+    Params p = profile_params();
     p.PIDTHRESH = round % 2 == 0 ? 1.0 : 0.95;
-    RowWeights weights = start_row_weights(aldat, MATRIX);
-    for (int32_t i = 0; i <= query.record.len - 2; ++i) {
-      if (p.PIDTHRESH < 1.0 && directly(aldat, i, 1.0).nactive > 0 && directly(aldat, i, 0.95).nactive == 0) {
-        break;
-      }
-      move_row_weights(weights, i, aldat, MATRIX, &p);
-      expect_direct(weights, aldat, i, p.PIDTHRESH);
+    RowWeights weights = start_row_weights(family.aldat, MATRIX);
+    for (int32_t i = 0; i <= length; ++i) {
+      const bool emptied =
+          directly(family.aldat, i, 1.0).nactive > 0 && directly(family.aldat, i, p.PIDTHRESH).nactive == 0;
+      if (emptied) break;
+      move_row_weights(weights, i, family.aldat, MATRIX, &p);
+      expect_direct(weights, family.aldat, i, p.PIDTHRESH);
     }
   }
 }
 
 // Three sequences, two columns: A A C over A A A. Column 1 has two codes, column 2 one.
 TEST(RowWeights, FollowTheWorkedExample) {
-  const Sequence query(MATRIX, "AA");
-  AlignData aldat;
-  aldat.query = &query.record;
-  add_row(aldat, MATRIX, "AA");
-  add_row(aldat, MATRIX, "CA");
-  const Params p = params();
-  RowWeights weights = start_row_weights(aldat, MATRIX);
-  move_row_weights(weights, 1, aldat, MATRIX, &p);
+  const Family family(MATRIX, "AA", {"AA", "CA"});
+  const Params p = profile_params();
+  RowWeights weights = start_row_weights(family.aldat, MATRIX);
+  move_row_weights(weights, 1, family.aldat, MATRIX, &p);
   EXPECT_NEAR(weights.query, (1.0 / 4 + 1.0 / 3) / 2, 1e-12);
   EXPECT_NEAR(weights.row[0], (1.0 / 4 + 1.0 / 3) / 2, 1e-12);
   EXPECT_NEAR(weights.row[1], (1.0 / 2 + 1.0 / 3) / 2, 1e-12);
@@ -130,65 +125,36 @@ TEST(RowWeights, FollowTheWorkedExample) {
   EXPECT_EQ(weights.range_end, 2);
 }
 
+// Row 0 is the reference, row 1 comes before the first that is examined, row 2 is inactive.
 TEST(PidFilter, SwitchesRowsOffAtTheThreshold) {
-  const Sequence query(MATRIX, "ACDEACDEAC");
-  struct Case {
-    const char* row;
+  const struct {
+    const char *reference, *row;
     double threshold;
     bool stays;
+  } cases[] = {
+      {"ACDEACDEAC", "ACDEACDEAC", 1.0, false}, {"ACDEACDEAC", "ACDEACDEAA", 0.95, true},
+      {"ACDEACDEAC", "ACDEACDEAA", 0.9, false}, {"ACDEACDEAC", "-CDEACDEAC", 0.95, true},
+      {"ACDEACDEAC", "-CDEACDEAC", 0.9, false}, {"ACDEACDEAC", "CDEACDEACD", 0.1, true},
+      {"A--E------", "A--E------", 0.3, true},  // shared gaps are no identities
   };
-  const Case cases[] = {
-      {"ACDEACDEAC", 1.0, false}, {"ACDEACDEAA", 0.95, true}, {"ACDEACDEAA", 0.9, false},
-      {"-CDEACDEAC", 0.95, true}, {"-CDEACDEAC", 0.9, false}, {"CDEACDEACD", 0.1, true},
-  };
-  for (const Case& c : cases) {
-    AlignData aldat;
-    aldat.query = &query.record;
-    add_row(aldat, MATRIX, c.row);
-    add_row(aldat, MATRIX, "XXXXXXXXXX");
-    UTvector<char> active = {1, 1};
-    int32_t nactive = 2;
-    pidfilter(query.codes.data(), aldat, 0, active, 1, 10, nactive, residue_code(MATRIX, ' '), c.threshold);
-    EXPECT_EQ(active[0] != 0, c.stays) << c.row << " at " << c.threshold;
-    EXPECT_EQ(nactive, c.stays ? 2 : 1);
+  for (const auto& c : cases) {
+    const Family family(MATRIX, "AAAAAAAAAA", {c.reference, c.row, c.row, c.row});
+    UTvector<char> active = {1, 1, 0, 1};
+    int32_t nactive = 3;
+    pidfilter(family.aldat.rows[0].aligned.data(), family.aldat, 2, active, 1, 10, nactive,
+              residue_code(MATRIX, ' '), c.threshold);
+    EXPECT_EQ(active, (UTvector<char>{1, 1, 0, c.stays})) << c.row << " at " << c.threshold;
+    EXPECT_EQ(nactive, c.stays ? 3 : 2);
   }
-}
-
-TEST(PidFilter, LeavesInactiveAndEarlierRowsAlone) {
-  const Sequence query(MATRIX, "ACDE");
-  AlignData aldat;
-  aldat.query = &query.record;
-  for (int32_t r = 0; r < 3; ++r) add_row(aldat, MATRIX, "ACDE");
-  UTvector<char> active = {1, 0, 1};
-  int32_t nactive = 2;
-  pidfilter(query.codes.data(), aldat, 1, active, 1, 4, nactive, residue_code(MATRIX, ' '), 0.5);
-  EXPECT_EQ(active, (UTvector<char>{1, 0, 0}));
-  EXPECT_EQ(nactive, 1);
-}
-
-// A gap of the reference is no identity, even where the row has one, too.
-TEST(PidFilter, DoesNotCountSharedGaps) {
-  const Sequence query(MATRIX, "ACDE");
-  AlignData aldat;
-  aldat.query = &query.record;
-  add_row(aldat, MATRIX, "A--E");
-  add_row(aldat, MATRIX, "A--E");
-  UTvector<char> active = {1, 1};
-  int32_t nactive = 2;
-  pidfilter(aldat.rows[0].aligned.data(), aldat, 1, active, 1, 4, nactive, residue_code(MATRIX, ' '), 0.6);
-  EXPECT_EQ(nactive, 2);
 }
 
 TEST(PidFilterDeath, EndsTheRunWhenNoRowIsLeft) {
   UTinitfile();
-  const Sequence query(MATRIX, "ACDE");
-  AlignData aldat;
-  aldat.query = &query.record;
-  add_row(aldat, MATRIX, "ACDE");
-  Params p = params();
+  const Family family(MATRIX, "ACDE", {"ACDE"});
+  Params p = profile_params();
   p.PIDTHRESH = 0.5;
-  RowWeights weights = start_row_weights(aldat, MATRIX);
-  EXPECT_EXIT(move_row_weights(weights, 1, aldat, MATRIX, &p), testing::ExitedWithCode(1),
+  RowWeights weights = start_row_weights(family.aldat, MATRIX);
+  EXPECT_EXIT(move_row_weights(weights, 1, family.aldat, MATRIX, &p), testing::ExitedWithCode(1),
               "Error in pidfilter: \\*nactive = 0");
 }
 
