@@ -5,9 +5,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <numeric>
-#include <random>
 
-#include "report_data.h"
+#include "report/report_data.h"
 
 namespace {
 
@@ -22,28 +21,13 @@ Params settings() {
 
 // Records the hits of one iteration, best first.
 void record(IterHistory& history, const UTvector<int32_t>& best_first, int32_t iteration, const Params* p) {
-  const int32_t n = 5;
-  const int32_t scores[n] = {1000, 2050, -150, 400, 99};
-  const double x[n] = {10.5, 20.25, -1, 4, 0.125};
-  const double significance[n] = {1e-5, 2e-10, 0.5, 0.001, 7};
-  UTvector<int32_t> order(best_first.rbegin(), best_first.rend());
-  for (int32_t k = 0; k < n; ++k) {
-    if (std::find(best_first.begin(), best_first.end(), k) == best_first.end())
-      order.insert(order.begin(), k);
-  }
-  const ResultRec results{nullptr, scores, x, significance, nullptr, order.data(), n};
-  iter_hist(history, results, iteration, static_cast<int32_t>(best_first.size()), p);
+  const int32_t scores[] = {1000, 2050, -150, 400, 99};
+  const double x[] = {10.5, 20.25, -1, 4, 0.125};
+  const double significance[] = {1e-5, 2e-10, 0.5, 0.001, 7};
+  const UTvector<int32_t> order(best_first.rbegin(), best_first.rend());
+  const auto n = static_cast<int32_t>(order.size());
+  iter_hist(history, {nullptr, scores, x, significance, nullptr, order.data(), n}, iteration, n, p);
 }
-
-Sequences database() {
-  Sequences db;
-  db.add("A1", "alpha", "").add("IDENTB", "beta title", "").add("C3", "gamma", "");
-  db.add("IDENTD", "delta title", "").add("E5", "", "");
-  return db;
-}
-
-const std::string LEFT = "#\n# Reported in iteration 0 but below the threshold in this iteration (1)\n#\n";
-const std::string ENTERED = "# Reported in this iteration (1) but not in the previous iteration (0)\n#\n";
 
 TEST(IterHist, EndsBeyondTheLastIteration) {
   Params p = settings();
@@ -74,54 +58,48 @@ TEST(PrintChanges, WritesWhatLeftAndWhatEntered) {
        "   3   -1 -1.00  0.5      C3   gamma \n",
        "   1    4 4.00   0.001    IDENTD delta title                                       \n"},
   };
-  const Sequences db = database();
+  const SeqRec db[] = {reported_sequence("A1", "alpha", ""), reported_sequence("IDENTB", "beta title", ""),
+                       reported_sequence("C3", "gamma", ""), reported_sequence("IDENTD", "delta title", ""),
+                       reported_sequence("E5", "", "")};
   for (const auto& c : cases) {
     Params p = settings();
     p.SHOW_TITLES = c.show_titles;
     IterHistory history;
-    record(history, c.previous, 0, &p);
-    record(history, c.current, 1, &p);
     int32_t lines = 0;
-    const std::string report =
-        written([&](FILE* stream) { lines = print_changes(history, db.records.data(), 1, stream, &p); });
-    EXPECT_EQ(report, LEFT + c.left + ENTERED + c.entered);
+    const auto changes = [&](int32_t iteration, const UTvector<int32_t>& hits) {
+      record(history, hits, iteration, &p);
+      return written([&](FILE* stream) { lines = print_changes(history, db, iteration, stream, &p); });
+    };
+    EXPECT_EQ(changes(0, c.previous), "");
+    EXPECT_EQ(lines, -1);
+    EXPECT_EQ(changes(1, c.current),
+              "#\n# Reported in iteration 0 but below the threshold in this iteration (1)\n#\n" + c.left +
+                  "# Reported in this iteration (1) but not in the previous iteration (0)\n#\n" + c.entered);
     EXPECT_EQ(lines, c.lines);
   }
 }
 
-TEST(PrintChanges, IsSilentInIteration0) {
-  const Params p = settings();
-  IterHistory history;
-  record(history, {1}, 0, &p);
-  int32_t lines = 0;
-  EXPECT_EQ(written([&](FILE* stream) { lines = print_changes(history, nullptr, 0, stream, &p); }), "");
-  EXPECT_EQ(lines, -1);
-}
-
 // Matches found in one iteration must not leak into the comparison with the next one, and long lists are quick.
 TEST(PrintChanges, PairsLongListsOverThreeIterations) {
-  const int32_t n = 60000;
-  const Sequences db = database();
-  const UTvector<SeqRec> seqs(n, db.records[0]);
+  const std::size_t n = 60000;
+  const UTvector<SeqRec> seqs(n, reported_sequence("A1", "alpha", ""));
   const UTvector<int32_t> scores(n, 100);
   const UTvector<double> x(n, 1.0);
   UTvector<int32_t> order(n);
   std::iota(order.begin(), order.end(), 0);
-  std::mt19937 random(3);
-  Params p = settings();
-  p.SHOW_IDENT_WIDTH = 0;
+  Random random(3);
+  const Params p = settings();
   IterHistory history;
   UTvector<bool> before(n);
   const int32_t counts[] = {50000, 40000, 45000};
   for (int32_t i = 0; i < 3; ++i) {
     std::shuffle(order.begin(), order.end(), random);
     UTvector<bool> now(n);
-    for (int32_t k = n - counts[i]; k < n; ++k) {
-      now[static_cast<std::size_t>(order[static_cast<std::size_t>(k)])] = true;
-    }
+    for (int32_t k = 0; k < counts[i]; ++k) now[static_cast<std::size_t>(order.rbegin()[k])] = true;
     int32_t changed = i == 0 ? -1 : 0;
     for (std::size_t k = 0; i > 0 && k < n; ++k) changed += now[k] != before[k];
-    const ResultRec results{nullptr, scores.data(), x.data(), x.data(), nullptr, order.data(), n};
+    const ResultRec results{nullptr,      scores.data(),          x.data(), x.data(), nullptr,
+                            order.data(), static_cast<int32_t>(n)};
     iter_hist(history, results, i, counts[i], &p);
     written([&](FILE* stream) { EXPECT_EQ(print_changes(history, seqs.data(), i, stream, &p), changed); });
     before = now;

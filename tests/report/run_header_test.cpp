@@ -2,22 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include "report_data.h"
+#include <algorithm>
+
+#include "report/report_data.h"
 #include "seq/database_info.h"
 #include "stats/lpfit.h"
 
 namespace {
 
 struct Settings {
-  Sequences queries;
-  ScoreMatrix matrix = small_matrix();
+  SeqRec query = reported_sequence("QUERY1", "a query", "ARNDCARNDC");
   BdbInfo info;
-  LpfitData lpfit;
-  LineFit line;
   Params p;
 
   Settings() {
-    queries.add("QUERY1", "a query", "ARNDCARNDC");
     p.VERSION = "9.9 (today)\n";
     p.PRECISION = 100;
     p.QSEQ_FILE.name = "q.fasta";
@@ -36,7 +34,7 @@ struct Settings {
     p.binfo = &info;
   }
   std::string header(const LineFit* fit = nullptr) {
-    return written([&](FILE* stream) { dump_info(stream, queries.records[0], matrix, fit, &p); });
+    return written([&](FILE* stream) { dump_info(stream, query, report_matrix(), fit, &p); });
   }
 };
 
@@ -45,8 +43,6 @@ std::string without_date(std::string report, const std::string& label) {
   const std::size_t date = report.find(label) + label.size();
   return report.erase(date, report.find('\n', date) - date);
 }
-
-const std::string START = "# Start_Scores: " + std::string(52, '-') + "\n";
 
 TEST(DumpInfo, WritesAnIterativeRunInOrder) {
   Settings run;
@@ -62,12 +58,11 @@ TEST(DumpInfo, WritesAnIterativeRunInOrder) {
   run.p.VERBOSE = 1;
   run.p.SUCCESS = 1;
   run.p.TIME = 4;
-  run.lpfit.paramA[0] = 1.5;
-  run.lpfit.paramA[1] = 2;
-  run.lpfit.paramA[2] = -3;
-  run.lpfit.paramB[0] = 0;
-  run.lpfit.paramB[1] = 0.25;
-  run.p.lpfit = &run.lpfit;
+  LpfitData lpfit;
+  const double a[] = {1.5, 2, -3}, b[] = {0, 0.25};
+  std::copy_n(a, 3, lpfit.paramA);
+  std::copy_n(b, 2, lpfit.paramB);
+  run.p.lpfit = &lpfit;
   EXPECT_EQ(without_date(run.header(), "# ZELVAN Scan:    "),
             "# ZELVAN Scan:    \n"
             "# ZELVAN Version: 9.9 (today)\n"
@@ -96,7 +91,7 @@ TEST(DumpInfo, WritesAnIterativeRunInOrder) {
             "# FULL parameter dump\n"
             "MODE : 202\nSUCCESS : 1\nVERBOSE : 1\nTIME : 4\n"
             "# Iteration: 2\n" +
-                START);
+                START_SCORES);
 }
 
 TEST(DumpInfo, ChoosesThePenaltyLinesByMode) {
@@ -129,34 +124,36 @@ TEST(DumpInfo, ChoosesThePenaltyLinesByMode) {
     EXPECT_EQ(report.substr(from, report.find(after) - from), c.lines) << c.mode;
     EXPECT_EQ(report.find("# Iteration: ") != std::string::npos, c.iteration) << c.mode;
     EXPECT_EQ(report.find("Penalty Factor") != std::string::npos, c.mode == 210 || c.mode == 212) << c.mode;
-    EXPECT_EQ(report.substr(report.size() - START.size()), START) << c.mode;
+    EXPECT_EQ(report.substr(report.size() - START_SCORES.size()), START_SCORES) << c.mode;
   }
 }
 
 TEST(DumpInfo, TellsTheStatisticsThatExist) {
-  Settings run;
-  run.p.BDB_GIVEN = 1;
-  run.line = {1.5, -2, 0.25, 7};
-  const auto after_matrix = [&](const LineFit* fit) {
-    const std::string report = run.header(fit);
-    return report.substr(report.find("# Database"));
-  };
+  const LineFit line = {1.5, -2, 0.25, 7};
   const std::string database =
       "# Database name:                   small.fa\n"
       "# Created on:                      Wed Jul 17 14:02:27 2002\n"
       "# Number of sequences:             40\n"
       "# Number of residues/bases in database: 12000\n";
-  run.p.DO_STATS = 1;
-  run.p.MODE = 20;
   const std::string probcut = "# PROBCUT:                         0.010000\n";
-  EXPECT_EQ(after_matrix(&run.line),
-            database + "# FIT: m: 1.500000 c: -2.000000 var: 0.250000 nval: 7\n" + probcut + START);
-  EXPECT_EQ(after_matrix(nullptr),
-            database + "# FIT: m: 0.000000 c: 0.000000 var: 0.000000 nval: 0\n" + probcut + START);
-  run.p.DO_STATS = 2;  // without a length-dependent fit
-  EXPECT_EQ(after_matrix(nullptr), database + "# Pval Cutoff:                     0.01\n" + START);
-  run.p.DO_STATS = 0;
-  EXPECT_EQ(after_matrix(&run.line), database + START);
+  const struct {
+    int32_t do_stats;
+    const LineFit* fit;
+    std::string lines;
+  } cases[] = {
+      {1, &line, "# FIT: m: 1.500000 c: -2.000000 var: 0.250000 nval: 7\n" + probcut},
+      {1, nullptr, "# FIT: m: 0.000000 c: 0.000000 var: 0.000000 nval: 0\n" + probcut},
+      {2, nullptr, "# Pval Cutoff:                     0.01\n"},  // without a length-dependent fit
+      {0, &line, ""},
+  };
+  for (const auto& c : cases) {
+    Settings run;
+    run.p.BDB_GIVEN = 1;
+    run.p.MODE = 20;
+    run.p.DO_STATS = c.do_stats;
+    const std::string report = run.header(c.fit);
+    EXPECT_EQ(report.substr(report.find("# Database")), database + c.lines + START_SCORES);
+  }
 }
 
 TEST(PrintTimes2, ShowsTheSlotsAndTheRates) {
