@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "support/capture.h"
+#include "support/settings.h"
 #include "support/small_alphabet.h"
 
 namespace {
@@ -22,17 +21,10 @@ struct Report {
   std::vector<int32_t> scores;
 
   explicit Report(const std::string& letters) : query(sequence_of(matrix, letters, "query")) {
-    p.PRECISION = 10;
-    p.LD_PEN = 10;
-    p.LI_PEN = 20;
-    p.TOP_ONLY = 1;
-    p.DO_STATS = 2;
-    p.PROBCUT = 1;
-    p.MIN_LEN = 1;
-    p.MAX_AOUT = 10;
-    p.OUTPUT_LENGTH = 4;
-    p.SHOW_TITLES_WIDTH = 6;
-    p.MIN_SCORE = 77;
+    set_keys(
+        p,
+        "PRECISION 10 LD_PEN 1 LI_PEN 2 TOP_ONLY 1 DO_STATS 2 PROB_TYPE 0 PROBCUT 1 MIN_LEN 1 MAX_AOUT 10 "
+        "OUTPUT_LENGTH 4 SHOW_TITLES_WIDTH 6 MIN_SCORE 7");
     p.DB_QUERY_RATIO = 2;
     lpfit.EXPORLIN = 1;
     lpfit.paramA[0] = lpfit.paramA[1] = lpfit.paramB[0] = lpfit.paramB[1] = 0;
@@ -108,86 +100,75 @@ TEST(AlignmentText, SectionsByteForByte) {
             "# Query: query Target: hit3 Number_of_Alignments: 0\n"
             "# Target_Title:       \n"
             "# End_Alignments_Rank: 3\n");
-  EXPECT_EQ(report.p.MIN_SCORE, 77);
+  EXPECT_EQ(report.p.MIN_SCORE, 70);
   Report gap_block("AABB");
   gap_block.p.OUTPUT_LENGTH = 2;
   gap_block.hit("hit", "t", "AAXXBB", 170);
-  EXPECT_NE(gap_block.print().find("\n          \n"
-                                   "      3          2\n"
-                                   "      3 XX       4\n"),
-            std::string::npos);
+  EXPECT_EQ(count_of(gap_block.print(),
+                     "\n          \n"
+                     "      3          2\n"
+                     "      3 XX       4\n"),
+            1);
 }
 
 TEST(AlignmentText, FiguresLineFollowsStatisticsAndLogScores) {
-  const struct {
-    int32_t do_stats, prob_type, log_scores;
-    const char* line;
-  } cases[] = {
-      {2, 0, 0, "Target_Length: 6 Pvalue: 0.100259\n        ***"},
-      {2, 1, 0, "Target_Length: 6 Evalue: 0.200518\n        ***"},
-      {0, 0, 0, "Target_Length: 6         ***"},
-      {2, 0, 1, "Target_Length: 6 ln()_Score: 20\n        ***"},  // 23 x 1.609 / 1.792 = 20.7
-      {0, 0, 1, "Target_Length: 6 ln()_Score: 20\n        ***"},
-      {2, 0, 2, "Target_Length: 6 Pvalue: 0.100259\n        ***"},
+  const std::pair<const char*, const char*> cases[] = {
+      {"DO_STATS 2 PROB_TYPE 0 LOG_SCORES 0", "Target_Length: 6 Pvalue: 0.100259\n        ***"},
+      {"DO_STATS 2 PROB_TYPE 1 LOG_SCORES 0", "Target_Length: 6 Evalue: 0.200518\n        ***"},
+      {"DO_STATS 0 PROB_TYPE 0 LOG_SCORES 0", "Target_Length: 6         ***"},
+      // 23 x 1.609 / 1.792 = 20.7
+      {"DO_STATS 2 PROB_TYPE 0 LOG_SCORES 1", "Target_Length: 6 ln()_Score: 20\n        ***"},
+      {"DO_STATS 0 PROB_TYPE 0 LOG_SCORES 1", "Target_Length: 6 ln()_Score: 20\n        ***"},
+      {"DO_STATS 2 PROB_TYPE 0 LOG_SCORES 2", "Target_Length: 6 Pvalue: 0.100259\n        ***"},
   };
   Report report("AABAA");
   report.hit("hit", "a long title", "AABXAA", 230);
-  for (const auto& c : cases) {
-    report.p.DO_STATS = c.do_stats;
-    report.p.PROB_TYPE = c.prob_type;
-    report.p.LOG_SCORES = c.log_scores;
-    EXPECT_NE(report.print().find(c.line), std::string::npos) << report.print();
+  for (const auto& [settings, line] : cases) {
+    set_keys(report.p, settings);
+    EXPECT_EQ(count_of(report.print(), line), 1) << settings << report.print();
   }
 }
 
-// AAA at the target's start aligns with either end of the query, 150 each; ABBA scores 120 in four columns.
+// AAA at the target's start aligns with either end of the query, 150 each; ABBA scores 120 in four columns, its
+// significance is exp(-12) and that of the others exp(-15).
 TEST(AlignmentText, LeftOutPathsKeepTheirNumbers) {
-  const struct {
-    int32_t min_len;
-    double probcut;
-    int32_t do_stats;
-    const char* shown;
-  } cases[] = {{1, 1, 2, "123"},
-               {4, 1, 2, "3"},
-               {1, std::exp(-1.3), 2, "12"},  // passes 15, not 12
-               {1, NAN, 2, ""},
-               {1, NAN, 0, "123"}};
-  for (const auto& c : cases) {
-    Report report("AAAA");
-    report.p.TOP_ONLY = 0;
-    report.p.MIN_ASCORE = 110;
-    report.hit("hit", "t", "AAAXXXXXXXXXABBA", 150);
-    report.p.MIN_LEN = c.min_len;
-    report.p.PROBCUT = static_cast<float>(c.probcut);
-    report.p.DO_STATS = c.do_stats;
-    EXPECT_EQ(report.shown(), c.shown);
+  const std::pair<const char*, const char*> cases[] = {
+      {"MIN_LEN 1 PROBCUT 1 DO_STATS 2", "123"},   {"MIN_LEN 4 PROBCUT 1 DO_STATS 2", "3"},
+      {"MIN_LEN 1 PROBCUT 1e-6 DO_STATS 2", "12"}, {"MIN_LEN 1 PROBCUT nan DO_STATS 2", ""},
+      {"MIN_LEN 1 PROBCUT nan DO_STATS 0", "123"},
+  };
+  Report report("AAAA");
+  report.lpfit.Bmin = report.lpfit.Bmax = 1;
+  report.hit("hit", "t", "AAAXXXXXXXXXABBA", 150);
+  for (const auto& [settings, shown] : cases) {
+    set_keys(report.p, "TOP_ONLY 0 MIN_ASCORE 11");
+    set_keys(report.p, settings);
+    EXPECT_EQ(report.shown(), shown) << settings;
     EXPECT_EQ(report.found(), "3");
   }
 }
 
 TEST(AlignmentText, ThresholdsOfTheHits) {
-  const struct {
-    int32_t do_stats, min_ascore, log_scores, top_only;
-    const char* found;
-  } cases[] = {
-      {2, 180, 0, 0, "200"},  // the lowered threshold of DO_STATS 2 holds for the first hit alone
-      {0, 180, 0, 0, "000"}, {0, 150, 0, 0, "222"},
-      {0, 190, 0, 0, "000"}, {0, 190, 2, 0, "222"},  // ln 4 / ln 3 divides the threshold: 190 becomes 150
-      {0, 190, 2, 1, "444"},                         // (150 - 50) / 1.26 = 79: the two shorter diagonals join
+  const std::pair<const char*, const char*> cases[] = {
+      // The lowered threshold of DO_STATS 2 holds for the first hit alone.
+      {"DO_STATS 2 MIN_ASCORE 18 LOG_SCORES 0 TOP_ONLY 0", "200"},
+      {"DO_STATS 0 MIN_ASCORE 18 LOG_SCORES 0 TOP_ONLY 0", "000"},
+      {"DO_STATS 0 MIN_ASCORE 15 LOG_SCORES 0 TOP_ONLY 0", "222"},
+      {"DO_STATS 0 MIN_ASCORE 19 LOG_SCORES 0 TOP_ONLY 0", "000"},
+      // ln 4 / ln 3 divides the threshold: 190 becomes 150; (150 - 50) / 1.26 = 79 lets shorter diagonals join.
+      {"DO_STATS 0 MIN_ASCORE 19 LOG_SCORES 2 TOP_ONLY 0", "222"},
+      {"DO_STATS 0 MIN_ASCORE 19 LOG_SCORES 2 TOP_ONLY 1", "444"},
+      {"MAX_AOUT 2", "44"},
+      {"MAX_AOUT 3", "444"},
+      {"MAX_AOUT 2147483647", "444"},
+      {"MAX_AOUT 0", ""},
+      {"MAX_AOUT -5", ""},
   };
   Report report("AAAA");
   for (const char* id : {"one", "two", "three"}) report.hit(id, "t", "AAA", 150);
-  for (const auto& c : cases) {
-    report.p.DO_STATS = c.do_stats;
-    report.p.MIN_ASCORE = c.min_ascore;
-    report.p.LOG_SCORES = c.log_scores;
-    report.p.TOP_ONLY = c.top_only;
-    EXPECT_EQ(report.found(), c.found);
-  }
-  const std::pair<int32_t, std::size_t> limits[] = {{2, 2}, {3, 3}, {INT32_MAX, 3}, {0, 0}, {-5, 0}};
-  for (const auto& [max_aout, sections] : limits) {
-    report.p.MAX_AOUT = max_aout;
-    EXPECT_EQ(report.found().size(), sections) << max_aout;
+  for (const auto& [settings, found] : cases) {
+    set_keys(report.p, settings);
+    EXPECT_EQ(report.found(), found) << settings;
   }
 }
 

@@ -9,6 +9,7 @@
 #include "dna/frame_scan.h"
 #include "seq/codon.h"
 #include "support/capture.h"
+#include "support/settings.h"
 #include "support/small_alphabet.h"
 
 namespace {
@@ -21,20 +22,12 @@ class FrameText : public testing::Test {
   UTvector<double> significance;
 
   FrameText() {
-    p.PRECISION = 100;
-    p.STOP_WEIGHT = -3000;
+    set_keys(
+        p,
+        "PRECISION 100 STOP_WEIGHT -30 MATRIX_FILE BLOSUM62 MATRIX_FORMAT 1 CODON_FILE codo.tst LD_PEN 1 "
+        "LI_PEN 12 FS_PEN 15 FSE_PEN 15 OUTPUT_LENGTH 60 MAX_AOUT 20 SHOW_TITLES_WIDTH 10 PROBCUT 10");
     p.MATRIX_DIR = ZELVAN_SOURCE_DIR "/data/matrices";
-    p.MATRIX_FILE.name = "BLOSUM62";
-    p.MATRIX_FORMAT = 1;
     p.GENERAL_DIR = ZELVAN_SOURCE_DIR "/data/codons";
-    p.CODON_FILE.name = "codo.tst";
-    p.LD_PEN = 100;
-    p.LI_PEN = 1200;
-    p.FS_PEN = p.FSE_PEN = 1500;
-    p.OUTPUT_LENGTH = 60;
-    p.MAX_AOUT = 20;
-    p.SHOW_TITLES_WIDTH = 10;
-    p.PROBCUT = 10;
   }
 
   void add(const char* id, const std::string& protein) { proteins.emplace_back(id, protein); }
@@ -97,63 +90,60 @@ TEST_F(FrameText, ShowsResiduesCodonsAndShift) {
             "# End_Alignments_Rank: 1\n");
 }
 
-// The other strand: nucleotides are numbered as in the file, downwards.
-TEST_F(FrameText, NumbersAComplementedQueryAsInItsFile) {
-  add("prot", "MKWVTFISLLWCH");
-  p.COMPLEMENT_QUERY = 1;
-  const std::string text = sections("GATGACACCACAGAAGAGAGATGGAAGGTAACCCATTTCATGG");
-  EXPECT_NE(text.find("# Residues: 1-13 Nucleotides: 41-2 Identical: 13 Frame_Shifts: 1\n"),
-            std::string::npos);
-  EXPECT_NE(text.find("     41 MKWVTF^ISLLWCH       2\n        AATGATCATCCTTC\n"), std::string::npos) << text;
-}
-
-// A residue without a codon (D) and a codon without a residue (the first L); W and F only score above 0.
-TEST_F(FrameText, ShowsGapsAndLikeness) {
-  p.LI_PEN = 300;
-  add("prot", "MKWVTWDFISLWCHWW");
-  p.MODE = 20;
-  p.LD_PEN = 300;
-  const std::string text = sections("ATGAAATGGGTTACCTTCTTCATCTCTCTTCTGTGGTGTCATTGGTGG");
-  EXPECT_NE(text.find("      1 MKWVTWDFIS LWCHWW      16\n"
-                      "        *****. *** ******\n"
-                      "      1 MKWVTF FISLLWCHWW      48\n"),
-            std::string::npos)
-      << text;
-}
-
-TEST_F(FrameText, LastColumnsShowTheBasesThatAreLeft) {
-  add("prot", "WWWWAC");
-  // The last two positions spell the residues of their letters: A, with the two bases AC behind it.
-  const std::string text = sections("TGGTGGTGGTGGAC");
-  EXPECT_NE(text.find("Residues: 1-5 Nucleotides: 1-14"), std::string::npos) << text;
-  EXPECT_NE(text.find("        TTTTA\n        GGGGC\n        GGGG \n"), std::string::npos) << text;
+TEST_F(FrameText, ShowsWhatIsSpecial) {
+  const struct {
+    const char *dna, *protein;
+    const char* settings;
+    const char* shown;
+  } cases[] = {
+      // The other strand: nucleotides are numbered as in the file, downwards.
+      {"GATGACACCACAGAAGAGAGATGGAAGGTAACCCATTTCATGG", "MKWVTFISLLWCH", "COMPLEMENT_QUERY 1",
+       "# Residues: 1-13 Nucleotides: 41-2 Identical: 13 Frame_Shifts: 1\n"},
+      {"GATGACACCACAGAAGAGAGATGGAAGGTAACCCATTTCATGG", "MKWVTFISLLWCH", "COMPLEMENT_QUERY 1",
+       "     41 MKWVTF^ISLLWCH       2\n        AATGATCATCCTTC\n"},
+      // Two bases too many are one shift.
+      {"ATGAAATGGGTTACCTTCTTATCTCTCTTCTGTGGTGTCAT", "MKWVTFISLLWCH", "COMPLEMENT_QUERY 0",
+       " Frame_Shifts: 1\n"},
+      // A residue without a codon (D) and a codon without a residue (the first L); W and F only score above 0.
+      {"ATGAAATGGGTTACCTTCTTCATCTCTCTTCTGTGGTGTCATTGGTGG", "MKWVTWDFISLWCHWW", "MODE 20 LD_PEN 3",
+       "      1 MKWVTWDFIS LWCHWW      16\n"
+       "        *****. *** ******\n"
+       "      1 MKWVTF FISLLWCHWW      48\n"},
+      // The last two positions spell the residues of their letters: A, with the two bases AC behind it.
+      {"TGGTGGTGGTGGAC", "WWWWAC", "COMPLEMENT_QUERY 0", "Residues: 1-5 Nucleotides: 1-14"},
+      {"TGGTGGTGGTGGAC", "WWWWAC", "COMPLEMENT_QUERY 0", "        TTTTA\n        GGGGC\n        GGGG \n"},
+  };
+  for (const auto& c : cases) {
+    proteins = {{"prot", c.protein}};
+    set_keys(p, "MODE 22 LD_PEN 1");
+    set_keys(p, c.settings);
+    const std::string text = sections(c.dna);
+    EXPECT_EQ(count_of(text, c.shown), 1) << c.shown << text;
+  }
 }
 
 TEST_F(FrameText, LeavesOutWhatIsTooShortTooWeakOrInsignificant) {
   add("one", "MKWVTFISLLWCH");
   add("two", "MKWVTF");
   add("three", "MKWV");
-  const UTvector<double> e_values = {1e-7, 3, 11};
   const struct {
-    int32_t min_len, min_ascore, fit_type;
-    const UTvector<double>& values;
+    const char* settings;
+    UTvector<double> significance;
     const char* mark;
     int32_t expected;
   } cases[] = {
-      {1, 0, 0, {}, "# End_N: 1", 3},
-      {6, 0, 0, {}, "# End_N: 1", 2},
-      {6, 0, 0, {}, "Number_of_Alignments: 1", 3},
-      {1, 3600, 0, {}, "# End_N: 1", 2},
-      {1, 3600, 0, {}, "Number_of_Alignments: 0", 1},
-      {1, 0, 0, e_values, "# End_N: 1", 2},
-      {1, 0, 0, e_values, " Evalue: 1e-07\n# Residues", 1},
-      {1, 0, 1, e_values, " Pvalue: 3\n# Residues", 1},
+      {"MIN_LEN 1 MIN_ASCORE 0", {}, "# End_N: 1", 3},
+      {"MIN_LEN 6 MIN_ASCORE 0", {}, "# End_N: 1", 2},
+      {"MIN_LEN 6 MIN_ASCORE 0", {}, "Number_of_Alignments: 1", 3},
+      {"MIN_LEN 1 MIN_ASCORE 36", {}, "# End_N: 1", 2},
+      {"MIN_LEN 1 MIN_ASCORE 36", {}, "Number_of_Alignments: 0", 1},
+      {"MIN_LEN 1 MIN_ASCORE 0", {1e-7, 3, 11}, "# End_N: 1", 2},
+      {"MIN_LEN 1 MIN_ASCORE 0", {1e-7, 3, 11}, " Evalue: 1e-07\n# Residues", 1},
+      {"FIT_TYPE 1", {1e-7, 3, 11}, " Pvalue: 3\n# Residues", 1},
   };
   for (const auto& c : cases) {
-    p.MIN_LEN = c.min_len;
-    p.MIN_ASCORE = c.min_ascore;
-    p.FIT_TYPE = c.fit_type;
-    significance = c.values;
+    set_keys(p, c.settings);
+    significance = c.significance;
     const std::string text = sections(GENE);
     EXPECT_EQ(count_of(text, "# Start_Alignments_Rank: "), 3);
     EXPECT_EQ(count_of(text, "# End_Alignments_Rank: "), 3);

@@ -4,18 +4,14 @@
 #include <string>
 
 #include "report/multiple_alignment.h"
+#include "support/settings.h"
 #include "support/small_alphabet.h"
 
 // The shipped settings, as far as profiles read them.
 inline Params profile_params(int32_t mode = 202) {
   Params p = small_params(mode);
-  p.PRECISION = 100;
-  p.LD_PEN = 100;
-  p.LI_PEN = 1100;
-  p.PIDTHRESH = 1.0;
-  p.POSWGTFAC = 1.0;
-  p.PEN_FACTOR = 1.0;
-  p.PROFILE_WEIGHT_METHOD = 2;
+  set_keys(p,
+           "PRECISION 100 LD_PEN 1 LI_PEN 11 PIDTHRESH 1 POSWGTFAC 1 PEN_FACTOR 1 PROFILE_WEIGHT_METHOD 2");
   return p;
 }
 

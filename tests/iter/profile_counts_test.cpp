@@ -54,17 +54,6 @@ TEST(CalcProfile, AveragesAndStretchesToTheLastInteger) {
   }
 }
 
-// Only the query counted: the matrix column of each residue, read pairscore[c][query]; 407 becomes 900, and the
-// extreme -1000 of the stop row is the matrix's own.
-TEST(CalcProfile, WithoutHitsIsTheMatrixColumnStretched) {
-  const Profile profile(asymmetric(), "AAA", {});
-  for (int32_t i = 1; i <= 3; ++i) {
-    EXPECT_EQ(profile.table[0][i], 900);
-    EXPECT_EQ(profile.table[1][i], -233);
-    EXPECT_EQ(profile.table[2][i], -101);
-  }
-}
-
 // The quotient is truncated before it is stretched, and both roundings go toward zero.
 TEST(CalcProfile, TruncatesTwiceTowardZero) {
   constexpr int32_t scores[2][2] = {{1000, 0}, {-7, -2}};

@@ -118,19 +118,19 @@ TEST(CalcProfile2, LeavesFiniteBoundedEntriesInExtremeCases) {
   matrix.dbcount[0] = 2000000000;
   const Family family(matrix, RESIDUES, {"WWWWWWWWWWWWWWWWWWWW"});
   Params p = profile_params(212);
-  p.POSWGTFAC = 1e9;
-  p.PEN_FACTOR = 1e9;
+  set_keys(p, "POSWGTFAC 1e9 PEN_FACTOR 1e9");
   LookupTable table;
   calc_profile2(matrix, table, family.aldat, &p);
   for (const int32_t x : table.cells) EXPECT_LE(std::abs(x), 2147483647 / 16000);
 }
 
-Built gap_rows(int32_t mode, double pen_factor) {
+Built gap_rows(int32_t mode, double pen_factor, double weight_factor = 1) {
   const Family family(MATRIX, "ARNDCQEGHI", {"ARN--QEGHI", "VRN--QEGHL", "ARNDCKEGHI", "A"});
   Params p = profile_params(mode);
   p.LD_PEN = mode == 210 ? 800 : 200;
   p.LI_PEN = 1000;
   p.PEN_FACTOR = pen_factor;
+  p.POSWGTFAC = weight_factor;
   Built built = build(family, p);
   const UTvector<int32_t> first = built.table.cells;
   calc_profile2(MATRIX, built.table, family.aldat, &p);
@@ -161,6 +161,12 @@ TEST(GapRows, ScaleOpeningAndExtensionAlike) {
     EXPECT_EQ(none.at(':', i), 1000);
     EXPECT_EQ(none.at(' ', i), 200);
   }
+}
+
+// However clear the gaps are, a penalty changes by seven tenths of itself at most.
+TEST(GapRows, StayWithinTheirLimits) {
+  const Built rows = gap_rows(212, 1.0, 1000.0);
+  for (int32_t i = 0; i < 10; ++i) EXPECT_EQ(rows.at(':', i), i == 3 || i == 4 ? 300 : 1700) << i;
 }
 
 TEST(CalcProfile2, TracesWeights) {

@@ -24,12 +24,8 @@ struct Search {
   Search(const std::string& query, const Texts& hit_texts, int32_t mode = 202)
       : family(MATRIX, query), p(profile_params(mode)) {
     for (const std::string& text : hit_texts) hits.push_back(sequence_of(MATRIX, text));
+    set_keys(p, "LI_PEN 6 PROBCUT2 0.001 MIN_LEN 1 TOP_ONLY 1 PROFILE_WEIGHT_METHOD 0");
     p.LD_PEN = mode % 10 == 0 ? 400 : 100;
-    p.LI_PEN = 600;
-    p.PROBCUT2 = 0.001F;
-    p.MIN_LEN = 1;
-    p.TOP_ONLY = 1;
-    p.PROFILE_WEIGHT_METHOD = 0;
     lpfit.EXPORLIN = 1;
     lpfit.paramA[0] = lpfit.paramA[1] = lpfit.paramB[0] = lpfit.paramB[1] = 0.0;
     lpfit.Bmin = lpfit.Bmax = 1.0;
@@ -83,28 +79,25 @@ TEST(BuildProfile, TakesLongSignificantPathsOfTheBestHits) {
   const struct {
     Texts hits;
     UTvector<int32_t> scores;
-    int32_t nsel, min_len, top_only;
-    double least_exponent;
+    int32_t nsel;
+    const char* settings;
     Texts rows;
   } cases[] = {
-      {three, {5000, 4500, 4500}, 2, 1, 1, 7, {whole, "ACDEFGHIK "}},
-      {pair, {5000, 3500}, 7, 1, 1, 7, {whole, " CDEFGHI  "}},
-      {pair, {5000, 3500}, 2, 1, 1, 40, {whole}},
-      {pair, {5000, 3500}, 2, 8, 1, 7, {whole}},
-      {pair, {5000, 3500}, 0, 1, 1, 7, {}},
-      {repeats, {5000}, 1, 1, 1, 7, {whole}},
-      {repeats, {5000}, 1, 1, 0, 7, {whole, "ACDEFGHI  "}},
+      {three, {5000, 4500, 4500}, 2, "", {whole, "ACDEFGHIK "}},
+      {pair, {5000, 3500}, 7, "", {whole, " CDEFGHI  "}},
+      {pair, {5000, 3500}, 2, "PROBCUT2 4e-18", {whole}},  // exp(-40)
+      {pair, {5000, 3500}, 2, "MIN_LEN 8", {whole}},
+      {pair, {5000, 3500}, 0, "", {}},
+      {repeats, {5000}, 1, "", {whole}},
+      {repeats, {5000}, 1, "TOP_ONLY 0", {whole, "ACDEFGHI  "}},
   };
   for (const auto& c : cases) {
     Search search(whole, c.hits);
-    search.p.MIN_SCORE = 1234;
-    search.p.MIN_ASCORE = 3000;
-    search.p.MIN_LEN = c.min_len;
-    search.p.TOP_ONLY = c.top_only;
-    search.p.PROBCUT2 = static_cast<float>(std::exp(-c.least_exponent));
+    set_keys(search.p, "MIN_SCORE 12 MIN_ASCORE 30");
+    set_keys(search.p, c.settings);
     search.run(c.scores, c.nsel);
     EXPECT_EQ(search.rows(), c.rows);
-    EXPECT_EQ(search.p.MIN_SCORE, 1234);
+    EXPECT_EQ(search.p.MIN_SCORE, 1200);
     EXPECT_EQ(search.p.MIN_ASCORE, 3000);
   }
 }

@@ -18,10 +18,7 @@ struct Family {
 
   explicit Family(const std::string& residues)
       : query(reported_sequence("QUERY", "the query", residues)), aldat(initialise_aldat(query)) {
-    p.PRECISION = 100;
-    p.SHOW_IDENT_WIDTH = 6;
-    p.OUTPUT_LENGTH = 50;
-    p.MULTIPLE_OUTPUT_LENGTH = 4;
+    set_keys(p, "PRECISION 100 SHOW_IDENT_WIDTH 6 OUTPUT_LENGTH 50 MULTIPLE_OUTPUT_LENGTH 4");
     p.ITERATION = 2;
     p.matrix = &matrix;
   }

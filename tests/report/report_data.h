@@ -2,6 +2,7 @@
 #pragma once
 
 #include "support/capture.h"
+#include "support/settings.h"
 #include "support/small_alphabet.h"
 
 // Codes are positions in "ARNDCX ^:!".

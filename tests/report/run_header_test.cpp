@@ -17,16 +17,10 @@ struct Settings {
 
   Settings() {
     p.VERSION = "9.9 (today)\n";
-    p.PRECISION = 100;
-    p.QSEQ_FILE.name = "q.fasta";
-    p.MATRIX_FILE.name = "mats/md.mat";
-    p.LD_PEN = 150;
-    p.LI_PEN = 1225;
-    p.FS_PEN = 2000;
-    p.FSE_PEN = 300;
-    p.MM_LD_PEN = 675;
-    p.PROBCUT = 0.01F;
-    p.PROBCUT2 = 0.0005F;
+    set_keys(p,
+             "PRECISION 100 LD_PEN 1.5 LI_PEN 12.25 FS_PEN 20 FSE_PEN 3 MM_LD_PEN 6.75 PROBCUT 0.01 PROBCUT2 "
+             "0.0005 "
+             "QSEQ_FILE q.fasta MATRIX_FILE mats/md.mat");
     info.nseq = 40;
     info.nres = 12000;
     info.name = "small.fa";
@@ -46,18 +40,11 @@ std::string without_date(std::string report, const std::string& label) {
 
 TEST(DumpInfo, WritesAnIterativeRunInOrder) {
   Settings run;
-  run.p.MODE = 202;
-  run.p.MIXED_MODE = 1;
-  run.p.DO_STATS = 2;
-  run.p.PROB_TYPE = 2;
-  run.p.NITER = 3;
-  run.p.PROFILE_WEIGHT_METHOD = 1;
-  run.p.POSWGTFAC = 0.5;
-  run.p.PIDTHRESH = 0.75;
+  set_keys(run.p,
+           "MODE 202 MIXED_MODE 1 DO_STATS 2 PROB_TYPE 2 NITER 3 PROFILE_WEIGHT_METHOD 1 POSWGTFAC 0.5 "
+           "PIDTHRESH 0.75 VERBOSE 1 TIME 4");
   run.p.ITERATION = 2;
-  run.p.VERBOSE = 1;
   run.p.SUCCESS = 1;
-  run.p.TIME = 4;
   LpfitData lpfit;
   const double a[] = {1.5, 2, -3}, b[] = {0, 0.25};
   std::copy_n(a, 3, lpfit.paramA);

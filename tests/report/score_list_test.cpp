@@ -25,12 +25,9 @@ struct Hits {
   int32_t lines = 0;
 
   Hits() {
-    p.PRECISION = 100;
-    p.MAX_NOUT = 4;
-    p.SHOW_IDENT_WIDTH = 6;
-    p.SHOW_TITLES_WIDTH = 8;
-    p.PROBCUT = 0.01F;
-    p.PROBCUT2 = 0.0001F;
+    set_keys(p,
+             "PRECISION 100 MAX_NOUT 4 SHOW_IDENT_WIDTH 6 SHOW_TITLES_WIDTH 8 SHOW_TITLES 0 SHOW_LEN 0 "
+             "SHOW_BLURB 0 PROBCUT 0.01 PROBCUT2 0.0001");
     p.binfo = &info;
   }
   Hits(const Hits&) = delete;

@@ -10,6 +10,7 @@
 #include "seq/database_info.h"
 #include "stats/score_table.h"
 #include "support/capture.h"
+#include "support/settings.h"
 
 namespace {
 
@@ -29,11 +30,9 @@ struct Search {
   Search() {
     std_out = stdout;
     std_err = stderr;
-    p.PRECISION = 100;
-    p.PROB_TYPE = 2;
-    p.LPFIT_MINBUCK = 300;
-    p.LPFIT_MINRANGE = 7;
-    p.LPFIT_LPLBUCKETWIDTH = 0.3;
+    set_keys(p,
+             "PRECISION 100 PROB_TYPE 2 LPFIT_MINBUCK 300 LPFIT_MINRANGE 7 LPFIT_LPLBUCKETWIDTH 0.3 "
+             "LPFIT_PRINT 0");
     p.binfo = &info;
   }
   // Unrelated sequences: scores extreme-value distributed, location ln(K m n) / lambda, scale 1 / lambda, lengths

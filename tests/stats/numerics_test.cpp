@@ -45,22 +45,6 @@ Vector product(const Vector& row, const SmallMatrix& b) {
   return sums;
 }
 
-TEST(Allocators, ElementsAreAddressedFromTheLowerBound) {
-  int* iv = nullptr;
-  double* v = nullptr;
-  double** m = nullptr;
-  ASSERT_EQ(ivector(1, 3, &iv), 0);
-  ASSERT_EQ(vector(1, 0, &v), 0);  // empty, yet an object
-  ASSERT_EQ(dmatrix(1, 3, 1, 4, &m), 0);
-  EXPECT_NE(v, nullptr);
-  iv[1] = iv[3] = 7;
-  for (int k = 0; k < 12; ++k) m[k / 4 + 1][k % 4 + 1] = k;
-  for (int k = 0; k < 12; ++k) EXPECT_EQ((&m[1][1])[k], k) << "one block in row order";
-  free_dmatrix(m, 1, 3, 1, 4);
-  free_vector(v, 1, 0);
-  free_ivector(iv, 1, 3);
-}
-
 TEST(Allocators, WhatCannotBeHadIsToldByCode) {
   int* iv = nullptr;
   double* v = nullptr;
@@ -157,18 +141,6 @@ TEST(Gaussj, InvertsAndSolvesRandomSystems) {
     for (std::size_t i = 1; i <= 2; ++i) a.handles[i] = a.elements[i].data();
     EXPECT_EQ(gaussj(a.get(), 2, b.get(), 1), 33) << "no inverse";
   }
-}
-
-TEST(Covsrt, HeldParametersGetZeros) {
-  SmallMatrix covar(4, 4);
-  const int ia[5] = {0, 0, 1, 0, 1};
-  covar.get()[1][1] = 1;
-  covar.get()[1][2] = covar.get()[2][1] = 2;
-  covar.get()[2][2] = 3;
-  covar.get()[3][1] = covar.get()[4][4] = 99;  // left over from before
-  covsrt(covar.get(), 4, ia, 2);
-  const Vector zeros(5), second{0, 0, 1, 0, 2}, fourth{0, 0, 2, 0, 3};
-  EXPECT_EQ(covar.elements, (std::vector<Vector>{zeros, zeros, second, zeros, fourth}));
 }
 
 // Slope 0.8 and intercept 0.6 by hand; with the intercept held at 10, a slope of 2; one abscissa only: singular.
