@@ -108,39 +108,21 @@ void compare_scans(const Targets& targets, const LookupTable& table, const Score
 
 // ---- Whole searches of random databases with random keys: their reports must not depend on the kernels.
 
-constexpr const char* INTEGERS[] = {"0", "1", "-1", "2", "3", "7", "20", "1000"};
-constexpr const char* REALS[] = {"0",   "1",      "-1",   "0.01",  "0.29",   "3",   "12.5",     "50",
-                                 "100", "1e-300", "1e30", "1e300", "-1e300", "nan", "99999999", "-99999999"};
-constexpr const char* CHARACTERS[] = {"-", "A", "X"};
-constexpr const char* PRECISIONS[] = {"1", "10", "1000", "0", "-10", "100000"};
-constexpr const char* MATRICES[] = {"PAM30", "BLOSUM45", "PAM250"};
+constexpr const char* COUNTS[] = {"0", "1", "-1", "2", "3", "7", "20", "1000"};
+constexpr const char* NUMBERS[] = {"0",     "1",      "-1",   "10",       "0.29",     "3",
+                                   "12.5",  "50",     "1000", "0.01",     "1e-300",   "1e30",
+                                   "1e300", "-1e300", "nan",  "99999999", "-99999999"};
 
-std::span<const char* const> values_of(const KeyEntry& key) {
-  switch (key.type) {
-    case KeyType::INT:
-      return INTEGERS;
-    case KeyType::INT_SCALED:
-    case KeyType::REAL_SCALED:
-    case KeyType::REAL_TRUNCATED:
-    case KeyType::FLOAT:
-    case KeyType::DOUBLE:
-      return REALS;
-    case KeyType::CHAR:
-      return CHARACTERS;
-    case KeyType::PRECISION:
-      return PRECISIONS;
-    default:  // files and texts
-      return key.field == KeyField(&Params::MATRIX_FILE) ? MATRICES : std::span<const char* const>();
-  }
-}
-
-// Up to a dozen keys of the table, with any of the values above.
+// Up to a dozen keys of the table, but for files and streams, with any of the values above.
 void choose_settings(Choices& choices, Params& p) {
   const Params before = p;
   for (int32_t left = choices.number(0, 12); left > 0; --left) {
     const KeyEntry& key = choose(choices, parameter_keys());
-    const auto values = values_of(key);
-    if (!values.empty()) store_value(key, choose(choices, values), "getcmd", &p);
+    if (key.type == KeyType::INT) {
+      store_value(key, choose(choices, COUNTS), "getcmd", &p);
+    } else if (key.type < KeyType::FILE_NAME) {
+      store_value(key, choose(choices, NUMBERS), "getcmd", &p);
+    }
   }
   p.MODE = before.MODE;  // to which the data have to fit
   p.QSEQ_FORMAT = before.QSEQ_FORMAT;
@@ -241,7 +223,7 @@ void search(FuzzInput input) {
   p.LPFIT_MINBUCK = p.LPFIT_MINRANGE = 3;
   p.MIN_NSTATS = 10;
   p.PROBCUT = 10;
-  choose_settings(choices, p);
+  if (!came_back([&] { choose_settings(choices, p); })) return;  // a refused PRECISION
   const bool dna_query = p.MODE == 20 || p.MODE == 22;
   const bool dna_database = p.MODE == 10 || p.MODE == 12;
   const std::string query = draw_letters(numbers, choices.number(0, 90), dna_query);
