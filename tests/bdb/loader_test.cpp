@@ -109,8 +109,7 @@ TEST_F(Loader, CodesBelongToOneAlphabet) {
   EXPECT_TRUE(accepted(field(1) + field(26) + index.substr(8, 24) + "^:" + index.substr(32), sequences));
 }
 
-TEST_F(Loader, TruncatedAndDamagedFilesEndWithAMessage) {
-  std::mt19937 random(3);
+TEST_F(Loader, TruncatedFilesEndWithAMessage) {
   for (const int32_t codes : {0, 1}) {
     build_small(codes);
     EXPECT_TRUE(accepted(index + "more", sequences + "more")) << "what follows is not read";
@@ -119,16 +118,6 @@ TEST_F(Loader, TruncatedAndDamagedFilesEndWithAMessage) {
     }
     for (std::size_t k = 0; k < sequences.size(); ++k)
       EXPECT_FALSE(accepted(index, sequences.substr(0, k))) << k;
-    for (int round = 0; round < 60; ++round) {
-      std::string damaged[] = {index, sequences};
-      std::string& bytes = damaged[round % 2];
-      for (int k = round % 3; k >= 0; --k) bytes[random() % bytes.size()] = static_cast<char>(random());
-      work.file("db.bix", damaged[0]);
-      work.file("db.bsq", damaged[1]);
-      const auto load = [&] { std::exit(contents().empty() ? 7 : 0); };  // other letters may be legal
-      const auto ended = [](int status) { return ExitedWithCode(0)(status) || ExitedWithCode(255)(status); };
-      EXPECT_EXIT(load(), ended, "") << "codes " << codes << " round " << round;
-    }
   }
 }
 

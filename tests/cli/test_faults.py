@@ -110,7 +110,8 @@ class Files(Faults):
             path = self.config / f"zelvan_{name}.dat"
             path.unlink()
             path.symlink_to(FAILS_TO_READ)
-            self.refuse(f".*{path.name}.*", *self.search)
+            self.refuse(f"Error reading configuration file: Input/output error\nFile: {path}\n"
+                        "(Error processing alias file: .*)?Error decoding (parameter|gap defaults) file\n", *self.search)
             path.unlink()
             self.configure(defaults=None)
 

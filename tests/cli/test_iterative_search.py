@@ -96,14 +96,15 @@ class IterativeSearch(zelvan_cli.TestCase):
 
     def test_iteration_limit(self):
         extracted = self.work / "zelvan_extract.seq"
-        extract = ("-EXTRACT_SEQ", 5, "-EXTRACT_SEQ_FORMAT", 1)
+        extract = ("-EXTRACT_SEQ", 5, "-EXTRACT_SEQ_FORMAT", 0)
         none = self.succeed(*self.search, "-NITER", 0, *extract)
         self.assertNotIn("# Start_Scores", none.stdout)
         self.assertEqual(extracted.read_text(), "")
         one = self.succeed(*self.search, "-NITER", 1, *extract)
         (hits,) = iterations(one.stdout)
         self.assertNotRegex(one.stdout, "Have converged|# Reported in")
-        self.assertEqual(list(zelvan_cli.fasta(extracted)), [name for name, _ in hits[:3]])
+        records = extracted.read_text().split("*\n")
+        self.assertEqual([record.partition("\n")[0] for record in records], [*(f">{name}" for name, _ in hits[:3]), ""])
 
     def test_mixed_mode_goes_on_with_simple_gaps(self):
         run = self.succeed(*self.search, "-MIXED_MODE", 1, "-MM_LD_PEN", 7.5, "-NITER", 2)
@@ -126,16 +127,6 @@ class IterativeSearch(zelvan_cli.TestCase):
         length = len(self.query_text)
         self.assertEqual(fragments.count(f">query(1-{length}:{length}) the query\n{self.query_text}\n"), 2)
         self.assertGreaterEqual(fragments.count(">"), 2 * 10)
-
-    def test_binary_databases_give_the_same_lists(self):
-        # A binary database has an order of its own, which shows among equal hits.
-        expected = [sorted(part) for part in self.lists("-NITER", 3)]
-        self.succeed(*self.search, "-MODE", 99, "-DB_DIR", self.work, "-BDB_ROOT", "db", "-APPLY_INDEX", 1)
-        for time in (0, 6):
-            run = self.succeed(*self.search, "-NITER", 3, "-DB_DIR", self.work, "-BDB_ROOT", "db", "-TIME", time)
-            self.assertEqual([sorted(part) for part in iterations(run.stdout)], expected)
-            self.assertEqual("Load database" in run.stderr, time > 5)
-            self.assertRegex(run.stdout, r"\n# Created on:                      \w{3} \w{3} .*\n# Number of sequences:")
 
     def test_empty_sequences_disturb_nothing(self):
         expected = self.lists("-NITER", 3)

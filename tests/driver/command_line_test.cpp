@@ -24,17 +24,6 @@ TEST(CommandLine, AppliesPairsInOrder) {
   EXPECT_EQ(p->QSEQ_FILE.name, "");
 }
 
-TEST(CommandLine, StopsAtAnUnknownKeyButGoesOn) {
-  Params* p = configured("");
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(apply(p, {"-niter", "5", "-unknown", "x", "-max_nout", "7"}), p);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Unrecognised Parameter Command\nArgument:3 Type: -unknown \n");
-  EXPECT_EQ(p->SUCCESS, -1);
-  EXPECT_EQ(p->NITER, 5);
-  EXPECT_EQ(p->MAX_NOUT, 20);
-}
-
 TEST(CommandLine, HelpIsWrittenOnRequestOnly) {
   EXPECT_EQ(written([](FILE* stream) { ZELVAN_BriefHelp(stream, 1); }), "");
 }

@@ -72,22 +72,4 @@ TEST(ShippedGapDefaults, SuitEveryMatrixAndMode) {
   EXPECT_GT(entries, 0);
 }
 
-TEST(ShippedDefaults, ServeANewcomer) {
-  std::string text = file_content(CONFIG_DIR + "zelvan_defaults.dat.in");
-  for (const std::string mark = "@ZELVAN_DATA_DIR@"; text.find(mark) != std::string::npos;) {
-    text.replace(text.find(mark), mark.size(), DATA_DIR.string());
-  }
-  const Params* p = configured(text);
-  ASSERT_EQ(p->SUCCESS, 1);
-  EXPECT_TRUE(std::filesystem::is_regular_file(UTcat({p->MATRIX_DIR, "/", p->MATRIX_FILE.name}).c_str()));
-  EXPECT_TRUE(std::filesystem::is_regular_file(UTcat({p->GENERAL_DIR, "/", p->CODON_FILE.name}).c_str()));
-  EXPECT_EQ(p->QSEQ_FORMAT, 1);
-  EXPECT_EQ(p->DB_FORMAT, 1);
-  EXPECT_EQ(p->DO_STATS, 2);
-  EXPECT_GE(p->PROBCUT, p->PROBCUT2);
-  EXPECT_EQ(p->BDB_GIVEN, 0) << "-d must work";
-  EXPECT_GT(p->MAX_SEQ_LEN, 36000) << "the longest human protein";
-  EXPECT_EQ(p->PRINT_BLOCK_FILE + p->PRINT_FRAG_FILE, 0) << "no files that nobody asked for";
-}
-
 }  // namespace

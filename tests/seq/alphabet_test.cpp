@@ -3,25 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "seq_data.h"
-#include "support/capture.h"
 
 namespace {
 
 // An alphabet with a gap in it: no B, and a lower-case letter that stands for itself.
-ScoreMatrix small_matrix() {
-  ScoreMatrix matrix;
-  matrix.title = "small";
-  matrix.indx = "ACXa ^:!";
-  matrix.inlen = 8;
-  matrix.xindex.fill(2);
-  for (std::size_t code = 0; code < 8; ++code) {
-    matrix.xindex[static_cast<unsigned char>(matrix.indx[code])] = static_cast<int8_t>(code);
-  }
-  matrix.pairscore = make_table<int32_t>(8, 8, 0);
-  for (int32_t i = 0; i < 8; ++i) {
-    for (int32_t j = 0; j < 8; ++j) matrix.pairscore[i][j] = 10 * i - j;
-  }
-  return matrix;
+const ScoreMatrix& small_matrix() {
+  return matrix_of("small\nACXa\n1 2 3 4\n5 6 7 8\n9 10 11 12\n13 14 15 16\n");
 }
 
 TEST(Alphabet, EncodesAndDecodesAllButTheTerminator) {
@@ -60,7 +47,7 @@ TEST(Alphabet, PrintedMatrixLeavesOutTheFirstRowAndColumn) {
   ScoreMatrix matrix = small_matrix();
   matrix.inlen = 3;
   EXPECT_EQ(written([&](FILE* stream) { PrintMatrix(matrix, stream); }),
-            "TITLE:small\nINDEX:ACXa ^:!\nINLEN:3\n  9  8\n 19 18\n");
+            "TITLE:small\nINDEX:ACXa ^:!\nINLEN:3\n600700\n10001100\n");
 }
 
 }  // namespace

@@ -5,7 +5,9 @@
 #include <vector>
 
 #include "driver/params.h"
+#include "seq/matrix.h"
 #include "seq/sequence.h"
+#include "support/capture.h"
 #include "util/streams.h"
 
 struct Record {
@@ -49,4 +51,16 @@ inline Params settings() {
   p.STOP_WEIGHT = -3000;
   p.STDERR = std_err;
   return p;
+}
+
+// The matrix of a file in the plain layout.
+inline const ScoreMatrix& matrix_of(const char* text) {
+  const TemporaryDirectory directory;
+  directory.file("m", text);
+  Params p = settings();
+  p.MATRIX_DIR = directory.path.c_str();
+  p.MATRIX_FILE.name = "m";
+  p.MATRIX_FORMAT = 0;
+  p.LINE_BUFFER_LEN = 1000;
+  return *getmat(&p);
 }

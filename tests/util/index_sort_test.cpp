@@ -38,6 +38,7 @@ TEST(IndexSort, LeavesTiesAsTheHeapDoes) {
                                                           {{5, 4}, {2, 1}},
                                                           {{4, 5}, {1, 2}},
                                                           {{5, 5, 5}, {2, 3, 1}},
+                                                          {{5, 5, 5, 4}, {4, 3, 2, 1}},
                                                           {{5, 5, 5, 5}, {2, 3, 4, 1}},
                                                           {{1, 2, 1, 2}, {1, 3, 4, 2}}};
   for (const auto& [keys, order] : cases) EXPECT_EQ(sorted(keys), order);
