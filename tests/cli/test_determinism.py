@@ -32,7 +32,8 @@ class Determinism(zelvan_cli.TestCase):
         for mode in (200, 202, 210, 212):
             yield mode, self.database, ("-mode", mode, "-s", QUERY, "-d", self.database, "-niter", 2,
                                         "-lpfit_minbuck", 20, "-probcut2", 0.01, "-print_profiles", 1,
-                                        "-print_frq_tabs", 1, "-print_block_file", 1, "-print_frag_file", 1, "-extract_seq", 9)  # fmt: skip
+                                        "-print_frq_tabs", 1, "-print_block_file", 1, "-print_frag_file", 1,
+                                        "-extract_seq", 9)  # fmt: skip
         for mode in (10, 12, 20, 22):
             query, database = (QUERY, self.dna) if mode < 20 else (EXAMPLES / "engb_dna.fasta", self.database)
             yield mode, database, ("-mode", mode, "-s", query, "-d", database, "-do_stats", 1, "-min_nstats", 20,

@@ -50,9 +50,10 @@ class ReportTest(zelvan_cli.TestCase):
 
     def check_changes(self, section, before, now):
         """The two reports against the two sets of hits; exactly the difference is told."""
-        told = re.fullmatch("#\n# Reported in iteration 0 but below the threshold in this iteration \\(1\\)\n#\n([^#]*)"
-                            "# Reported in this iteration \\(1\\) but not in the previous iteration \\(0\\)\n#\n([^#]*)",
-                            section)  # fmt: skip
+        told = re.fullmatch(
+            "#\n# Reported in iteration 0 but below the threshold in this iteration \\(1\\)\n#\n([^#]*)"
+            "# Reported in this iteration \\(1\\) but not in the previous iteration \\(0\\)\n#\n([^#]*)", section
+        )
         for text, expected in ((told[1], before - now), (told[2], now - before)):
             self.assertEqual(sorted(HIT.fullmatch(line)[5] for line in text.splitlines()), sorted(expected))
 

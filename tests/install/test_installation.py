@@ -39,10 +39,11 @@ class InstallationTest(unittest.TestCase):
             self.assertEqual(out.splitlines()[0], "1\ttr|B2V7P2|B2V7P2_SULSY")
         status, out, _ = self.user(f"{SEARCH} | zelvan2html | tail -n 1")
         self.assertEqual((status, out.endswith("</main></body></html>\n")), (0, True))
-        _, out, errors = self.user(f"zelvan -mode 12 -do_stats 1 -s {SOURCE}/examples/engb.fasta "
+        _, out, errors = self.user(f"zelvan -mode 12 -do_stats 1 -m PAM100 -s {SOURCE}/examples/engb.fasta "
                                    f"-d {SOURCE}/examples/dna_sample.fasta")  # fmt: skip
         self.assertEqual(errors, "")
         self.assertIn("ENGB_THEP1", out)
+        self.assertIn(f"# Matrix file:    {self.prefix}/share/zelvan/matrices/PAM100\n", out)
 
     def test_manual_and_workflow_are_there(self):
         share = self.prefix / "share"
@@ -53,27 +54,29 @@ class InstallationTest(unittest.TestCase):
         if shutil.which("man"):
             self.assertEqual(self.user("man -w zelvan_manual")[1], f"{share}/man/man7/zelvan_manual.7\n")
 
-    def complete(self, *words, before=""):
-        quoted = " ".join(f"'{word}'" for word in words)
-        status, out, errors = self.user(f'{before}\nCOMP_WORDS=({quoted}); COMP_CWORD={len(words) - 1}; _zelvan; '
-                                        'printf "%s\\n" "${COMPREPLY[@]}"')  # fmt: skip
+    def test_completion(self):
+        self.user("mkdir -p dbs; touch dbs/one.bix dbs/two.bix query.fasta")
+        flags = ("-npt", "-show_titles", "-qseq_format", "USE_GAPDEFS", "-fit_type", "-comp", "-apply_index")
+        for words, expected in (
+            ("-qseq_f", "-qseq_file -qseq_format"),
+            ("-m BLOSUM6", "BLOSUM62"),
+            ("-codon v", "vertebrate_mitochondrial.tst"),
+            ("-e ''", ""),
+            ("-dd dbs -bdb ''", "one two"),
+            ("-s que", "query.fasta"),
+            ("-dd db", "dbs"),
+            *((f"{flag} ''", "0 1") for flag in flags),
+        ):
+            self.assertEqual(self.complete(words), expected.split(), words)
+        self.assertIn("-MAX_NSEQ", self.complete("-MAX"))
+        self.assertNotIn("-nproc", self.complete("-n"))
+        self.assertIn("212", self.complete("-s x -mode 2"))
+
+    def complete(self, words):
+        status, out, errors = self.user(f"COMP_WORDS=(zelvan {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); _zelvan; "
+                                        'printf "%s\n" "${COMPREPLY[@]}"')  # fmt: skip
         self.assertEqual((status, errors), (0, ""))
         return out.split()
-
-    def test_completion(self):
-        self.assertEqual(self.complete("zelvan", "-qseq_f"), ["-qseq_file", "-qseq_format"])
-        self.assertIn("-MAX_NSEQ", self.complete("zelvan", "-MAX"))
-        self.assertNotIn("-nproc", self.complete("zelvan", "-n"))
-        self.assertEqual(self.complete("zelvan", "-m", "BLOSUM6"), ["BLOSUM62"])
-        self.assertEqual(self.complete("zelvan", "-codon", "v"), ["vertebrate_mitochondrial.tst"])
-        self.assertIn("212", self.complete("zelvan", "-s", "x", "-mode", "2"))
-        for key in ("-npt", "-show_titles", "-qseq_format", "USE_GAPDEFS", "-fit_type", "-comp", "-apply_index"):
-            self.assertEqual(self.complete("zelvan", key, ""), ["0", "1"], key)
-        self.assertEqual(self.complete("zelvan", "-e", ""), [])
-        make = "mkdir -p dbs; touch dbs/one.bix dbs/two.bix query.fasta"
-        self.assertEqual(self.complete("zelvan", "-dd", "dbs", "-bdb", "", before=make), ["one", "two"])
-        self.assertEqual(self.complete("zelvan", "-s", "que", before=make), ["query.fasta"])
-        self.assertEqual(self.complete("zelvan", "-dd", "db", before=make), ["dbs"])
 
 
 @unittest.skipUnless(shutil.which("dpkg-deb"), "dpkg is not installed")
