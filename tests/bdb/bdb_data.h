@@ -9,10 +9,10 @@
 
 #include "bdb/builder.h"
 #include "bdb/database.h"
-#include "driver/params.h"
 #include "seq/alphabet.h"
 #include "seq/matrix.h"
 #include "support/capture.h"
+#include "support/settings.h"
 #include "util/streams.h"
 
 // A 32-bit field as the files hold it.
@@ -25,21 +25,13 @@ inline std::string field(int32_t value) {
 class BinaryDatabaseTest : public testing::Test {
  protected:
   BinaryDatabaseTest() {
-    p.MATRIX_DIR = ZELVAN_SOURCE_DIR "/data/matrices";
-    p.MATRIX_FORMAT = 1;
-    p.GAP_CHARACTER = ' ';
-    p.FGAP_CHARACTER = '^';
-    p.IGAP_CHARACTER = ':';
-    p.STOP_CHARACTER = '!';
-    p.PRECISION = 100;
-    p.DB_FORMAT = 1;
-    p.MAX_NSEQ = 1000;
-    p.MAX_SEQ_LEN = 10000000;
+    set_defaults(&p);
+    set_keys(p, "MATRIX_DIR " ZELVAN_SOURCE_DIR
+                "/data/matrices MAX_NSEQ 1000 MAX_SEQ_LEN 10000000 TIME 0 DO_SORT 0");
     p.DB_FILE.name = work.at("text");
     p.BDB_INDEX_FILE.name = work.at("db.bix");
     p.BDB_SEQ_FILE.name = work.at("db.bsq");
     p.EXTRACT_FILE.name = work.at("extract");
-    p.STDERR = stderr;
   }
 
   const ScoreMatrix& matrix(const char* name = "BLOSUM62") {

@@ -11,7 +11,7 @@ import unittest
 
 import zelvan_cli
 
-COPIES = 1 if os.environ.get("ZELVAN_SANITIZED") == "1" else 3  # slow by itself
+COPIES = 1 if zelvan_cli.SANITIZED else 3  # slow by itself
 
 
 def read_to_the_end(terminal):
@@ -30,25 +30,22 @@ class Progress(zelvan_cli.TestCase):
     def setUp(self):
         super().setUp()
         self.configure(defaults=None)
-        sample = (zelvan_cli.EXAMPLES / "uniprot_sample.fasta").read_bytes()
-        self.database = self.file("db.fasta", sample * COPIES)
+        self.database = self.file("db.fasta", zelvan_cli.SAMPLE.read_bytes() * COPIES)
 
     def search(self, stderr):
         """The running search; its report goes to a file, so that it never waits for a reader."""
         with open(self.work / "report", "wb") as report:
-            return subprocess.Popen(
-                [os.environ["ZELVAN_FORCED"], "-s", zelvan_cli.EXAMPLES / "mvk.fasta", "-d", self.database,
-                 "-niter", "1", "-verbose", "1"],
-                env=dict(os.environ, ZELVANDIR=str(self.config), ZELVAN_TEST_SET="reference"),
-                stdout=report, stderr=stderr)
+            return self.start("-s", zelvan_cli.EXAMPLES / "mvk.fasta", "-d", self.database, "-niter", 1, "-verbose", 1,
+                              program=os.environ["ZELVAN_FORCED"], env={"ZELVAN_TEST_SET": "reference"}, stdout=report,
+                              stderr=stderr)  # fmt: skip
 
     def test_line_on_a_terminal(self):
         ours, theirs = pty.openpty()
-        with self.search(theirs) as run:
-            os.close(theirs)
-            shown = read_to_the_end(ours).decode()
+        run = self.search(theirs)
+        os.close(theirs)
+        shown = read_to_the_end(ours).decode()
         os.close(ours)
-        self.assertEqual(run.returncode, 0)
+        self.assertEqual(run.wait(), 0)
         self.assertRegex(shown, r"\rScanning: +\d+ %  \d+\.\d GCUPS  \d+ s left")
         self.assertRegex(shown, r"\r *\rAbout to call setup_lpfit")  # wiped before what follows
         parts = [int(part) for part in re.findall(r"Scanning: +(\d+) %", shown)]
@@ -56,8 +53,8 @@ class Progress(zelvan_cli.TestCase):
         self.assertNotIn("GCUPS", (self.work / "report").read_text())
 
     def test_nothing_in_a_pipe(self):
-        with self.search(subprocess.PIPE) as run:
-            told = run.stderr.read()
+        run = self.search(subprocess.PIPE)
+        _, told = run.communicate()
         self.assertEqual(run.returncode, 0)
         self.assertIn(b"About to call setup_lpfit", told)
         self.assertNotIn(b"GCUPS", told)

@@ -3,16 +3,18 @@
 #include <gtest/gtest.h>
 
 #include "seq_data.h"
+#include "support/capture.h"
+#include "support/small_alphabet.h"
 
 namespace {
 
 // An alphabet with a gap in it: no B, and a lower-case letter that stands for itself.
-const ScoreMatrix& small_matrix() {
-  return matrix_of("small\nACXa\n1 2 3 4\n5 6 7 8\n9 10 11 12\n13 14 15 16\n");
+ScoreMatrix gapped_alphabet() {
+  return small_matrix("ACXa", [](int32_t a, int32_t b) { return 10 * a - b; });
 }
 
 TEST(Alphabet, EncodesAndDecodesAllButTheTerminator) {
-  const ScoreMatrix matrix = small_matrix();
+  const ScoreMatrix matrix = gapped_alphabet();
   UTvector<int8_t> every_byte(258, 'A');
   for (int i = 0; i < 256; ++i) every_byte[static_cast<std::size_t>(i)] = static_cast<int8_t>(i);
   for (const int32_t len : {-1, 0, 1, 2, 3, 256, 257}) {
@@ -37,17 +39,17 @@ TEST(Alphabet, EncodesEachRecord) {
   SeqStore store;
   SeqRec records[] = {stored(store, {"a", "-", "CA"}), stored(store, {"b", "-", ""}),
                       stored(store, {"c", "-", "Z"})};
-  encode_sequences(records, 2, small_matrix());
+  encode_sequences(records, 2, gapped_alphabet());
   EXPECT_EQ(std::string(reinterpret_cast<char*>(records[0].seq), 4), std::string("\4\1\0\0", 4));
   EXPECT_EQ(records[1].seq[0], 4);
   EXPECT_EQ(texts_of(records[2]).residues, "Z") << "beyond n";
 }
 
 TEST(Alphabet, PrintedMatrixLeavesOutTheFirstRowAndColumn) {
-  ScoreMatrix matrix = small_matrix();
+  ScoreMatrix matrix = gapped_alphabet();
   matrix.inlen = 3;
   EXPECT_EQ(written([&](FILE* stream) { PrintMatrix(matrix, stream); }),
-            "TITLE:small\nINDEX:ACXa ^:!\nINLEN:3\n600700\n10001100\n");
+            "TITLE:a small matrix\nINDEX:ACXa ^:!\nINLEN:3\n  9  8\n 19 18\n");
 }
 
 }  // namespace

@@ -20,10 +20,7 @@ struct MatrixTest : testing::Test {
   TemporaryDirectory directory;
   Params p = settings();
 
-  MatrixTest() {
-    p.MATRIX_DIR = directory.path.c_str();
-    p.LINE_BUFFER_LEN = 100000;
-  }
+  MatrixTest() { p.MATRIX_DIR = directory.path.c_str(); }
   ScoreMatrix& load(const std::string& text, int32_t format) {
     directory.file("m", text);
     p.MATRIX_FILE.name = "m";

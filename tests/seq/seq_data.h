@@ -4,11 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "driver/params.h"
-#include "seq/matrix.h"
 #include "seq/sequence.h"
-#include "support/capture.h"
-#include "util/streams.h"
+#include "support/settings.h"
 
 struct Record {
   std::string id;
@@ -39,28 +36,7 @@ inline SeqRec stored(SeqStore& store, const Record& r) {
 
 inline Params settings() {
   Params p;
-  p.MAX_NSEQ = 1000;
-  p.MAX_SEQ_LEN = 10'000'000;
-  p.QSEQ_FORMAT = 1;
-  p.DB_FORMAT = 1;
-  p.PRECISION = 100;
-  p.GAP_CHARACTER = ' ';
-  p.FGAP_CHARACTER = '^';
-  p.IGAP_CHARACTER = ':';
-  p.STOP_CHARACTER = '!';
-  p.STOP_WEIGHT = -3000;
-  p.STDERR = std_err;
+  set_defaults(&p);
+  set_keys(p, "MAX_NSEQ 1000 MAX_SEQ_LEN 10000000 QSEQ_FORMAT 1");
   return p;
-}
-
-// The matrix of a file in the plain layout.
-inline const ScoreMatrix& matrix_of(const char* text) {
-  const TemporaryDirectory directory;
-  directory.file("m", text);
-  Params p = settings();
-  p.MATRIX_DIR = directory.path.c_str();
-  p.MATRIX_FILE.name = "m";
-  p.MATRIX_FORMAT = 0;
-  p.LINE_BUFFER_LEN = 1000;
-  return *getmat(&p);
 }
