@@ -71,7 +71,7 @@ void print_blocks(const PathRec& path, const UTstring& markers, const AlignedRow
 
 void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
                          int32_t n, const ScoreMatrix& matrix, const LookupTable& table,
-                         const LpfitData& lpfit, Params* p) {
+                         const LpfitData& lpfit, TracedHits& traced, Params* p) {
   const int32_t shown = std::clamp(p->MAX_AOUT, 0, n);
   if (shown > 0) require_output_length(p);
   const int32_t kept_min_score = p->MIN_SCORE;
@@ -79,27 +79,24 @@ void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t*
   if (p->DO_STATS == 2) {
     for (int32_t k = n - shown; k < n; ++k) p->MIN_SCORE = std::min(p->MIN_SCORE, scores[order[k]]);
   }
-  MoveFlags flags;
   for (int32_t rank = 1; rank <= shown; ++rank) {
     const int32_t hit = order[n - rank];
     const SeqRec& target = seqs[hit];
     p->MIN_SCORE = threshold_of_hit(query, target, scores[hit], matrix, p);
-    const UTvector<PathRec> paths =
-        align_pair(query.seq, query.len, target.seq, target.len, table, flags, matrix, p);
+    const UTvector<TracedPath>& paths = traced_paths(traced, rank - 1, query, target, table, matrix, p);
     print_section_start(query, target, rank, paths.size(), p);
-    printal2(query, target, matrix, flags, paths, lpfit, p);
+    printal2(query, target, matrix, paths, lpfit, p);
     print_section_end(rank);
     p->MIN_SCORE = p->MIN_ASCORE;
   }
   p->MIN_SCORE = kept_min_score;
 }
 
-void printal2(const SeqRec& query, const SeqRec& target, const ScoreMatrix& matrix, const MoveFlags& flags,
-              const UTvector<PathRec>& paths, const LpfitData& lpfit, const Params* p) {
-  AlignedRows rows;
+void printal2(const SeqRec& query, const SeqRec& target, const ScoreMatrix& matrix,
+              const UTvector<TracedPath>& paths, const LpfitData& lpfit, const Params* p) {
   for (std::size_t k = 0; k < paths.size(); ++k) {
-    const PathRec& path = paths[k];
-    trace_path(query.seq, target.seq, path, flags, rows, matrix, p);
+    const PathRec& path = paths[k].path;
+    AlignedRows rows = paths[k].rows;
     if (rows.length < p->MIN_LEN) continue;
     double significance = 0;
     if (p->DO_STATS == 2) {

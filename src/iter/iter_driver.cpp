@@ -4,6 +4,7 @@
 #include "align/lookup.h"
 #include "align/scan.h"
 #include "align/score_range.h"
+#include "align/traced_hits.h"
 #include "bdb/database.h"
 #include "bdb/extraction.h"
 #include "driver/gap_defaults.h"
@@ -133,7 +134,8 @@ void trace_ranking(const ResultRec& results) {
   }
 }
 
-void build_next_profile(Search& search, const LpfitData& lpfit, int32_t iteration, Params* p) {
+void build_next_profile(Search& search, const LpfitData& lpfit, TracedHits& traced, int32_t iteration,
+                        Params* p) {
   const auto announce = [&](const char* format) {
     if (p->VERBOSE != 0) std::fprintf(std_err, format, iteration);
   };
@@ -141,7 +143,7 @@ void build_next_profile(Search& search, const LpfitData& lpfit, int32_t iteratio
   AlignData aldat = initialise_aldat(search.query);
   announce("About to call build_profile: Iteration %d\n");
   build_profile(search.query, search.database.seqs, search.scores.data(), search.order.data(),
-                search.database.n, *search.matrix, search.table, lpfit, p->n_probcut2_hits, aldat, p);
+                search.database.n, *search.matrix, search.table, lpfit, p->n_probcut2_hits, traced, aldat, p);
   announce("About to call print_multiple_alignment Iteration %d\n");
   print_multiple_alignment(aldat, p);
   announce("About to call print_frag_file Iteration %d\n");
@@ -190,9 +192,11 @@ int32_t iterate(Search& search, int32_t iteration, Params* p) {
     std::fprintf(std_err, "About to call print_alignments_pp\ntotn: %d\np->MAX_AOUT: %d\n", totn,
                  p->MAX_AOUT);
   }
+  TracedHits traced;
+  traced.wanted = p->n_probcut2_hits;
   print_alignments_pp(search.query, search.database.seqs, search.scores.data(), search.order.data(),
-                      search.database.n, *search.matrix, search.table, lpfit, p);
-  build_next_profile(search, lpfit, iteration, p);
+                      search.database.n, *search.matrix, search.table, lpfit, traced, p);
+  build_next_profile(search, lpfit, traced, iteration, p);
   p->lpfit = nullptr;
   return changes;
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "align/traceback.h"
 #include "driver/progress.h"
 #include "iter/profile_counts.h"
 #include "iter/profile_log_odds.h"
@@ -35,17 +34,15 @@ void add_row(const SeqRec& hit, const PathRec& path, const AlignedRows& traced, 
 }
 
 // Takes the significant paths of one hit that are long enough.
-void profal2(const SeqRec& query, const SeqRec& hit, const ScoreMatrix& matrix, const MoveFlags& flags,
-             const UTvector<PathRec>& paths, LookupTable& count, const LpfitData& lpfit, AlignData& aldat,
+void profal2(const SeqRec& query, const SeqRec& hit, const ScoreMatrix& matrix,
+             const UTvector<TracedPath>& paths, LookupTable& count, const LpfitData& lpfit, AlignData& aldat,
              const Params* p) {
   const int8_t gap = residue_code(matrix, p->GAP_CHARACTER);
-  AlignedRows traced;
-  for (const PathRec& path : paths) {
-    trace_path(query.seq, hit.seq, path, flags, traced, matrix, p);
-    if (traced.length < p->MIN_LEN) continue;
+  for (const auto& [path, rows] : paths) {
+    if (rows.length < p->MIN_LEN) continue;
     const double significance = get_single_lpfit_prob(path.best, query.len - 2, hit.len - 2, lpfit, p);
     if (static_cast<double>(p->PROBCUT2) >= significance) {
-      add_row(hit, path, traced, significance, gap, count, aldat);
+      add_row(hit, path, rows, significance, gap, count, aldat);
     }
   }
 }
@@ -59,21 +56,19 @@ void profal2(const SeqRec& query, const SeqRec& hit, const ScoreMatrix& matrix, 
 
 void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
                    int32_t nhits, const ScoreMatrix& matrix, LookupTable& table, const LpfitData& lpfit,
-                   int32_t nsel, AlignData& aldat, Params* p) {
+                   int32_t nsel, TracedHits& traced, AlignData& aldat, Params* p) {
   const int32_t saved_min_score = p->MIN_SCORE;
   const int32_t first = std::max(nhits - nsel - 1, -1) + 1;
   p->MIN_SCORE = p->MIN_ASCORE;
   for (int32_t i = first; i < nhits; ++i) p->MIN_SCORE = std::min(p->MIN_SCORE, scores[order[i]]);
 
   LookupTable count = simple_look(query.len, matrix);
-  MoveFlags flags;
   for (int32_t i = nhits - 1; i >= first; --i) {
     const SeqRec& hit = seqs[order[i]];
     if (p->TOP_ONLY == 1) p->MIN_SCORE = scores[order[i]] - matrix.maxval;
     if (p->MODE != 200 && p->MODE != 202 && p->MODE != 210 && p->MODE != 212) refuse_mode();
-    const UTvector<PathRec> paths =
-        align_pair(query.seq, query.len, hit.seq, hit.len, table, flags, matrix, p);
-    profal2(query, hit, matrix, flags, paths, count, lpfit, aldat, p);
+    profal2(query, hit, matrix, traced_paths(traced, nhits - 1 - i, query, hit, table, matrix, p), count,
+            lpfit, aldat, p);
     p->MIN_SCORE = p->MIN_ASCORE;
   }
   if (p->PRINT_FRQ_TABS == 1) {

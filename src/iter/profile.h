@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "align/lookup.h"
+#include "align/traced_hits.h"
 #include "driver/params.h"
 #include "report/multiple_alignment.h"
 #include "seq/matrix.h"
@@ -16,9 +17,10 @@
 //        (profile_log_odds.h) makes the new table, any other value of PROFILE_WEIGHT_METHOD leaves it. Prints
 //        counts and table on std_out when PRINT_FRQ_TABS and PRINT_PROFILES ask for it
 // In     order[0..nhits-1]: sequences from least to most significant; scores x PRECISION; nsel: hits at or
-//        below PROBCUT2; lpfit: after apply_lpfit
+//        below PROBCUT2; lpfit: after apply_lpfit; traced: what print_alignments_pp left of this very ranking,
+//        or nothing
 // Out    aldat: rows appended, best hit first; p is changed during the call and restored (MIN_SCORE)
 // Ends   for any MODE but 200, 202, 210 and 212 once there is a hit to align (status -1)
 void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
                    int32_t nhits, const ScoreMatrix& matrix, LookupTable& table, const LpfitData& lpfit,
-                   int32_t nsel, AlignData& aldat, Params* p);
+                   int32_t nsel, TracedHits& traced, AlignData& aldat, Params* p);

@@ -40,9 +40,10 @@ struct Report {
     const LookupTable table = mlookgap(query.seq, query.len, matrix, p.LD_PEN, p.LI_PEN, &p);
     std::vector<int32_t> order;
     for (std::size_t k = hits.size(); k > 0; --k) order.push_back(static_cast<int32_t>(k - 1));
+    TracedHits traced;
     return printed([&] {
       print_alignments_pp(query, hits.data(), scores.data(), order.data(), static_cast<int32_t>(order.size()),
-                          matrix, table, lpfit, &p);
+                          matrix, table, lpfit, traced, &p);
     });
   }
   // The numbers of alignments found, hit by hit, and the numbers of those shown.

@@ -35,8 +35,9 @@ struct Search {
   void run(const UTvector<int32_t>& scores, int32_t nsel) {
     UTvector<int32_t> order;
     for (std::size_t k = hits.size(); k > 0; --k) order.push_back(static_cast<int32_t>(k - 1));
+    TracedHits traced;
     build_profile(family.query, hits.data(), scores.data(), order.data(), static_cast<int32_t>(hits.size()),
-                  MATRIX, table, lpfit, nsel, family.aldat, &p);
+                  MATRIX, table, lpfit, nsel, traced, family.aldat, &p);
   }
 
   Texts rows() const {
