@@ -150,14 +150,18 @@ TEST(Traceback, FindsAndTracesThePathsOfTheModel) {
   MoveFlags reused;
   AlignedRows rows;
   int32_t kept = 0;
-  for (int32_t round = 0; round < 6000; ++round) {
+  for (int32_t round = 0; round < 12000; ++round) {
     SCOPED_TRACE(round);
     Problem problem = random_problem(random, MODES[round % 4], round % 3 == 0 ? 40 : 14);
+    // With negative penalties a gap raises the score, and scan and traceback agree only where the last query
+    // position, whose value the scan does not carry from row to row, pays for its gaps.
+    const bool negative = round % 4 >= 2 && round >= 4000, last_pays = !negative || round >= 10000;
+    if (negative) make_penalties_negative(random, problem, problem.qlen() - (last_pays ? 3 : 0));
     const int32_t score = problem.scan_score();
-    const int32_t threshold = round % 2 == 0 ? uniform(random, -1, 8) : score - uniform(random, 0, 6);
+    const int32_t threshold = round % 8 < 4 ? uniform(random, -1, 8) : score - uniform(random, 0, 6);
     const CellModel cells(problem);
     Aligned aligned = align(problem, threshold);
-    ASSERT_EQ(aligned.best, score);
+    ASSERT_TRUE(!last_pays || aligned.best == score);
     expect_flags(aligned.flags, cells);
     const PathStore expected = rolling_rows(problem, cells, threshold);
     for (std::size_t s = 0; s < problem.query.size(); ++s) {
@@ -167,11 +171,11 @@ TEST(Traceback, FindsAndTracesThePathsOfTheModel) {
 
     const UTvector<PathRec> paths = dosort(aligned.store);
     for (const PathRec& path : paths) {
+      if (negative) break;  // a trace can begin before its path
       trace_path(problem.query.data(), problem.target.data(), path, aligned.flags, rows, problem.matrix,
                  &problem.p);
       ASSERT_EQ(rows.query.size(), static_cast<std::size_t>(rows.length) + 1);
-      EXPECT_EQ(rows.query.back(), 0);
-      EXPECT_EQ(rows.target.back(), 0);
+      EXPECT_EQ(rows.query.back() + rows.target.back(), 0);
       ASSERT_EQ(replayed(problem, cells, path, rows), path.best);
     }
     const auto by_mode = [&] {
@@ -183,25 +187,7 @@ TEST(Traceback, FindsAndTracesThePathsOfTheModel) {
     problem.p.MODE = 77;
     ASSERT_TRUE(by_mode().empty());
   }
-  EXPECT_GT(kept, 10000);
-}
-
-// With negative penalties a gap raises the score; scan and traceback still agree where the last query position,
-// whose value the scan does not carry from row to row, pays for its gaps.
-TEST(Traceback, FindsThePathsUnderNegativePenalties) {
-  Random random(11);
-  for (int32_t round = 0; round < 8000; ++round) {
-    Problem problem = random_problem(random, MODES[2 + round % 2], 30);
-    const bool last_pays = round % 8 >= 6;
-    make_penalties_negative(random, problem, problem.qlen() - (last_pays ? 3 : 0));
-    const int32_t threshold = round % 4 < 2 ? uniform(random, -1, 8) : problem.scan_score() - 3;
-    const Aligned aligned = align(problem, threshold);
-    EXPECT_TRUE(!last_pays || aligned.best == problem.scan_score()) << round;
-    const PathStore expected = rolling_rows(problem, CellModel(problem), threshold);
-    for (std::size_t s = 0; s < problem.query.size(); ++s) {
-      ASSERT_EQ(texts(aligned.store.slots[s]), texts(expected.slots[s])) << round << " start " << s;
-    }
-  }
+  EXPECT_GT(kept, 20000);
 }
 
 // Every set on lengths around the rows and lanes that are worked out side by side.

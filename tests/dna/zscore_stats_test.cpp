@@ -110,7 +110,7 @@ TEST(ZscoreStats, ConvertScoresToZscoresAndThoseToChances) {
   scan.add(10, 1);     // ln 1 = 0: on the line
   scan.add(20, 1);     // two standard deviations above
   scan.add(23, 1000);  // 0.816 units below 10 + 2 ln 1000, 0.163 deviations
-  scan.add(-1, 0);
+  scan.add(-1, 7);
   const UTvector<int32_t> z = scan.zscores(stats);
   EXPECT_EQ(z, (UTvector<int32_t>{5000, 7000, 4837, 0}));
   const UTvector<double> chances = get_p(z.data(), scan.n(), &scan.p);

@@ -4,22 +4,23 @@
 
 #include <cmath>
 #include <limits>
-#include <numeric>
 #include <vector>
 
 namespace {
 
+// The product is formed in 32 bits; what wraps to zero or below has no logarithm.
 TEST(ScoreTable, TheProductOfLengthsIsFormedIn32Bits) {
-  EXPECT_EQ(log_length_product(300, 250), std::log(75000.0));
-  EXPECT_EQ(log_length_product(46340, 46340), std::log(46340.0 * 46340.0));
-  EXPECT_EQ(log_length_product(1, 1), 0.0);
+  const struct {
+    int32_t query, target;
+    double product;
+  } cases[] = {{300, 250, 75000},
+               {46340, 46340, 46340.0 * 46340},
+               {1, 1, 1},
+               {65536, 65537, 65536},
+               {INT32_MAX - 1, INT32_MAX - 1, 4}};
+  for (const auto& c : cases) EXPECT_EQ(log_length_product(c.query, c.target), std::log(c.product));
   EXPECT_TRUE(std::isnan(log_length_product(300, 0)));
-  EXPECT_TRUE(std::isnan(log_length_product(46341, 46341)));       // wraps to below zero
-  EXPECT_EQ(log_length_product(65536, 65537), std::log(65536.0));  // wraps to something small
-  EXPECT_EQ(log_length_product(INT32_MAX - 1, INT32_MAX - 1), std::log(4.0));
-}
-
-TEST(ScoreTable, ScoresLoseTheirFraction) {
+  EXPECT_TRUE(std::isnan(log_length_product(46341, 46341)));
   EXPECT_EQ(truncated_score(28.99), 28);
   EXPECT_EQ(truncated_score(-0.01), 0);
   EXPECT_EQ(truncated_score(static_cast<double>(std::numeric_limits<float>::max())), INT32_MAX);
@@ -67,17 +68,18 @@ TEST(ScoreTable, ARangeIsUsableAboveTheLeastNumberOfHits) {
   table.bins[61] = {1, 102, 0};
   table.bins[63] = {3, 312, 0};
   table.bins[159] = {9, 9 * 199.5, 0};
-  const RangeChoice single = ranges_of_width(table, 1, 2);
-  ASSERT_EQ(single.ranges.size(), 2U);
-  EXPECT_EQ(single.ranges[0].first, 63);
-  EXPECT_EQ(single.ranges[1].count, 9);
+  const auto ranges = [](const RangeChoice& choice) {
+    std::vector<std::vector<int32_t>> firsts_lasts_counts;
+    for (const LplRange& range : choice.ranges) {
+      firsts_lasts_counts.push_back({range.first, range.last, range.count});
+    }
+    return firsts_lasts_counts;
+  };
+  using Ranges = std::vector<std::vector<int32_t>>;
+  EXPECT_EQ(ranges(ranges_of_width(table, 1, 2)), (Ranges{{63, 63, 3}, {159, 159, 9}}));
   const RangeChoice wide = ranges_of_width(table, 3, 2);
-  ASSERT_EQ(wide.ranges.size(), 3U);
-  EXPECT_EQ(wide.ranges[0].first, 60);
-  EXPECT_EQ(wide.ranges[0].last, 62);
-  EXPECT_EQ(wide.ranges[0].count, 3);
+  EXPECT_EQ(ranges(wide), (Ranges{{60, 62, 3}, {63, 65, 3}, {159, 159, 9}})) << "the last one is cut off";
   EXPECT_NEAR(wide.ranges[0].tenths, (601.0 / 3 + 102) / 3, 1e-12);
-  EXPECT_EQ(wide.ranges[2].last, 159);                               // the last range is cut off at the end
   EXPECT_TRUE(ranges_of_width(ScoreTable(), 1, -1).ranges.empty());  // a range without hits is never usable
 }
 
