@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "dna/frame_problem.h"
 #include "seq/sequence_file.h"
 
@@ -50,26 +48,6 @@ void expect_definition(const FrameProblem& problem) {
   EXPECT_EQ(problem.linear(), best_by_definition(problem, false, problem.pen.ld)) << problem;
 }
 
-// The best score of all paths, by trying every one: linear gaps, columns translated, penalties not negative.
-int32_t best_by_enumeration(const FrameProblem& problem) {
-  const int32_t last_i = problem.n() - 2, last_j = problem.m() - 2;
-  int32_t best = 0;
-  const std::function<void(int32_t, int32_t, int32_t)> walk = [&](int32_t i, int32_t j, int32_t score) {
-    best = std::max(best, score);
-    const bool residue = i + 1 <= last_i, codon = j + 3 <= last_j;
-    if (residue && codon) {
-      walk(i + 1, j + 3, score + problem.table[problem.rows[static_cast<std::size_t>(i + 1)]][j + 3]);
-    }
-    if (residue) walk(i + 1, j, score - problem.pen.ld);
-    if (codon) walk(i, j + 3, score - problem.pen.ld);
-    if (j + 1 <= last_j) walk(i, j + 1, score - problem.pen.fs);
-  };
-  for (int32_t i = 0; i <= last_i; ++i) {
-    for (int32_t j = -2; j <= last_j; ++j) walk(i, j, 0);
-  }
-  return best;
-}
-
 TEST(FrameShiftKernels, FollowTheirDefinition) {
   Random random(1);
   for (int32_t round = 0; round < 3000; ++round) {
@@ -83,15 +61,6 @@ TEST(FrameShiftKernels, UseTheWholeWidthAndForgetTheLastCall) {
   Random random(4);
   expect_definition(random_frame_problem(random, MP_LEN - 2, 12, 1));
   expect_definition(random_frame_problem(random, 40, 12, 1));
-}
-
-TEST(FrameShiftKernels, FindTheBestOfAllPaths) {
-  Random random(2);
-  for (int32_t round = 0; round < 60; ++round) {
-    const FrameProblem problem =
-        random_frame_problem(random, uniform(random, 1, 7), uniform(random, 1, 4), 0);
-    EXPECT_EQ(problem.linear(), best_by_enumeration(problem)) << problem;
-  }
 }
 
 // Ten different codes along the diagonal, each in frame, and what an error in the DNA costs.
