@@ -156,9 +156,10 @@ TEST_P(ZscoreLog, ShowsObservedBesideExpected) {
   directory.inside([&] { dump_stats(stats, z.data(), query, &scan.p); });
 
   const std::string log = file_content(directory.at("zelvan_dump_stats.log"));
-  EXPECT_NE(log.find("\n# Query: a_query Length: 300 Mode: 22\n"
+  EXPECT_EQ(count_of(log,
+                     "\n# Query: a_query Length: 300 Mode: 22\n"
                      "# Sequences: 5001, left out of the fit as related: 1\n"),
-            std::string::npos);
+            1);
   std::istringstream lines(log.substr(log.find("\n#    z ") + 1));
   std::string line;
   std::getline(lines, line);
