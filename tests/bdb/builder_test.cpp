@@ -1,7 +1,6 @@
 #include "bdb/builder.h"
 
 #include <algorithm>
-#include <set>
 
 #include "bdb_data.h"
 

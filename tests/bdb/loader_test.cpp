@@ -1,6 +1,7 @@
 #include "bdb/loader.h"
 
 #include <climits>
+#include <random>
 
 #include "bdb_data.h"
 #include "util/timing.h"
