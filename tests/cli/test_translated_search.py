@@ -105,7 +105,7 @@ class Ranking(TranslatedSearch):
         self.assertIn("# Sequences: 600,", (self.work / "zelvan_dump_stats.log").read_text())
         expectations = zelvan_cli.score_lists(run.stdout)[0]
         probabilities = self.listed(*search, "-fit_type", 1)
-        self.assertEqual(len(expectations), 600)
+        self.assertEqual((len(expectations), len(self.sections(run))), (600, 600))
         self.assertEqual([line[4] for line in expectations], [line[4] for line in probabilities])
         for (*_, e, _, _, _), (*_, p, _, _, _) in zip(expectations, probabilities):
             self.assertAlmostEqual(float(e) / 600, float(p), delta=0.01 * float(p))
@@ -124,6 +124,7 @@ class PlainList(TranslatedSearch):
             ((), "DCBA"),
             (("-min_score", 50), "DBA"),
             (("-nprint_to_threshold", 0, "-max_nout", 2), "DC"),
+            (("-nprint_to_threshold", 0, "-max_nout", -1), "DCBA"),
             (("-max_nout", 1), "DCBA"),  # NPRINT_TO_THRESHOLD 1 overrides it
             # Held against PRECISION as it stands: -100, stored before PRECISION changed, is -10 of the new units.
             (("-max_nout", -1, "-min_score", -1, "-precision", 10), "DCBA"),
