@@ -107,8 +107,9 @@ class Ranking(TranslatedSearch):
         probabilities = self.listed(*search, "-fit_type", 1)
         self.assertEqual((len(expectations), len(self.sections(run))), (600, 600))
         self.assertEqual([line[4] for line in expectations], [line[4] for line in probabilities])
-        for (*_, e, _, _, _), (*_, p, _, _, _) in zip(expectations, probabilities):
-            self.assertAlmostEqual(float(e) / 600, float(p), delta=0.01 * float(p))
+        for expectation, probability in zip(expectations, probabilities):
+            expected = float(probability[3])
+            self.assertAlmostEqual(float(expectation[3]) / 600, expected, delta=0.01 * expected)
 
 
 class PlainList(TranslatedSearch):

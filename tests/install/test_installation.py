@@ -73,8 +73,8 @@ class InstallationTest(unittest.TestCase):
         self.assertIn("212", self.complete("-s x -mode 2"))
 
     def complete(self, words):
-        status, out, errors = self.user(f"COMP_WORDS=(zelvan {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); _zelvan; "
-                                        'printf "%s\n" "${COMPREPLY[@]}"')  # fmt: skip
+        status, out, errors = self.user(f"COMP_WORDS=(zelvan {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); "
+                                        '_zelvan; printf "%s\n" "${COMPREPLY[@]}"')  # fmt: skip
         self.assertEqual((status, errors), (0, ""))
         return out.split()
 
