@@ -37,14 +37,6 @@ struct Family {
   std::string report() const {
     return printed([&] { print_multiple_alignment(aldat, &p); });
   }
-  std::string block_file() {
-    p.PRINT_BLOCK_FILE = 1;
-    return written([&](FILE* stream) {
-      p.BLOCK_FILE_OUT.stream = stream;
-      report();
-      p.BLOCK_FILE_OUT.stream = nullptr;
-    });
-  }
   std::string frag_file() {
     return written([&](FILE* stream) {
       p.FRAG_FILE_OUT.stream = stream;
@@ -53,42 +45,6 @@ struct Family {
     });
   }
 };
-
-TEST(Aldat, AddsRowsOfFill) {
-  Family family("ARNDCAR");
-  EXPECT_EQ(addseq_to_aldat(family.aldat, family.two, GAP).aligned,
-            (UTvector<int8_t>{6, 6, 6, 6, 6, 6, 6, 6, 0}));
-  for (int k = 0; k < 50; ++k) addseq_to_aldat(family.aldat, family.one, 5);
-  ASSERT_EQ(family.aldat.rows.size(), 51u);
-  EXPECT_EQ(family.aldat.rows[0].seq, &family.two);
-  EXPECT_EQ(family.aldat.rows[50].aligned[7], 5);
-  destroy_aldat(family.aldat);
-  EXPECT_TRUE(family.aldat.rows.empty());
-}
-
-// Side files that are not open are left alone.
-TEST(PrintMultipleAlignment, LeavesOutTheLastColumnOfAFullBlock) {
-  Family family;
-  family.p.PRINT_FRAG_FILE = family.p.PRINT_BLOCK_FILE = 1;
-  for (const char* value : {"Pvalue", "Evalue"}) {
-    const std::string heading = "#\n# ID   " + std::string(value) + "   Start   End   Len\n";
-    EXPECT_EQ(family.report(),
-              "# \n# Multiple alignment Start for iteration: 2\n# Format: Simple\n# Residues_per_line: 50\n" +
-                  heading +
-                  "#                                  1         \n"
-                  "QUERY  0             1     7     7: ARN\n"
-                  "ROW_ON 0.000123      3     5     6:  RN\n"
-                  "R2     0             1     2     2: A  \n" +
-                  heading +
-                  "#                                  5         \n"
-                  "QUERY  0             1     7     7: CAR\n"
-                  "ROW_ON 0.000123      3     5     6:    \n"
-                  "R2     0             1     2     2:   R\n"
-                  "#\n# Multiple alignment End for iteration: 2\n#\n");
-    family.p.PROB_TYPE = 1;
-  }
-  print_frag_file(family.aldat, &family.p);
-}
 
 // Letters shown of a query of given length and block width: position s + W - 1 of each full block is missing.
 TEST(PrintMultipleAlignment, CutsBlocksByWidth) {
@@ -114,28 +70,9 @@ TEST(PrintMultipleAlignment, CutsBlocksByWidth) {
     }
     EXPECT_EQ(blocks, c.blocks) << c.query << " " << c.width;
   }
-}
-
-TEST(PrintMultipleAlignment, RefusesBlocksWithoutColumns) {
   Family family;
   family.p.MULTIPLE_OUTPUT_LENGTH = 0;
   EXPECT_EXIT(family.report(), testing::ExitedWithCode(255), "MULTIPLE_OUTPUT_LENGTH is 0: ");
-}
-
-TEST(BlockFile, HoldsOneColumnALine) {
-  const std::string start =
-      "# Alignment from izelvan iteration:2\n"
-      "# The first sequence is the query - all other sequences may be fragments\n"
-      "#\n";
-  EXPECT_EQ(Family().block_file(), start +
-                                       ">QUERY  0             1     7     7: the query\n"
-                                       ">ROW_ON 0.000123      3     5     6: first row\n"
-                                       ">R2     0             1     2     2: second\n"
-                                       "*Iteration: 2\n"
-                                       "A A\nRR \nNN \nDD \nC  \nA  \nR R\n"
-                                       "*\n");
-  EXPECT_EQ(Family("AR").block_file(),
-            start + ">QUERY  0             1     2     2: the query\n*Iteration: 2\nA\nR\n*\n");
 }
 
 TEST(FragFile, HoldsQueryAndFragments) {

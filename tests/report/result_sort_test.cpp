@@ -34,17 +34,10 @@ TEST(Sorts, OrderTiesAsTheHeapLeavesThem) {
     EXPECT_EQ(do_pv_sort(real.data(), n, &ascending), c.expected) << n;
     EXPECT_EQ(do_pv_sort(real.data(), n, &reversed), Order(c.expected.rbegin(), c.expected.rend())) << n;
   }
-}
-
-TEST(PvSort, RanksWhatIsNoNumberLast) {
-  const double key[] = {3, std::nan(""), 1, std::nan(""), 2};
-  for (const int32_t prob_type : {0, 2}) {
-    Params p = params_of("DO_SORT 1");
-    p.PROB_TYPE = prob_type;
-    const Order order = do_pv_sort(key, 5, &p);
-    EXPECT_TRUE(std::isnan(key[order[0]]) && std::isnan(key[order[1]]));
-    EXPECT_EQ(Order(order.begin() + 2, order.end()), prob_type == 2 ? (Order{0, 4, 2}) : (Order{2, 4, 0}));
-  }
+  const double some_are_no_numbers[] = {3, std::nan(""), 1, std::nan(""), 2};
+  const Params ascending = params_of("DO_SORT 1 PROB_TYPE 0"), reversed = params_of("DO_SORT 1 PROB_TYPE 2");
+  EXPECT_EQ(do_pv_sort(some_are_no_numbers, 5, &ascending), (Order{1, 3, 2, 4, 0}));
+  EXPECT_EQ(do_pv_sort(some_are_no_numbers, 5, &reversed), (Order{1, 3, 0, 4, 2}));
 }
 
 TEST(ResultSort, AdjustsTheLimitsOfTheRun) {

@@ -42,11 +42,8 @@ struct Hits {
   }
 };
 
-TEST(ScoreList, WritesScoresThatReachTheThreshold) {
+TEST(ScoreLists, HaveTheirColumns) {
   Hits hits;
-  hits.p.MIN_SCORE = -150;
-  EXPECT_EQ(hits.list(), "200 LONG_I \n123 P1     \n8 R4     \n-1 Q2     \n");
-  EXPECT_FALSE(hits.times[TIME_SCORES].empty());
   hits.p.SHOW_TITLES = 1;
   hits.p.SHOW_LEN = 1;
   hits.p.MIN_SCORE = 800;
@@ -54,23 +51,6 @@ TEST(ScoreList, WritesScoresThatReachTheThreshold) {
             "   1 200 LONG_I a long t  4\n"
             "   2 123 P1     first     3\n"
             "   3 8 R4               0\n");
-}
-
-TEST(ScoreList, WritesEverythingWorstFirstWithSpecial) {
-  Hits hits;
-  hits.p.SPECIAL = 1;
-  hits.p.SHOW_BLURB = 1;
-  hits.p.MAX_NOUT = 1;
-  hits.p.MIN_SCORE = 100000;
-  const std::string report = hits.list();
-  EXPECT_EQ(report.substr(report.find("# Start_Scores")),
-            START_SCORES + "-1 Q2     \n8 R4     \n123 P1     \n200 LONG_I \n");
-  EXPECT_TRUE(hits.times[TIME_SCORES].empty());
-}
-
-TEST(ScoreLists, AlignTheZscoreRightAndTheStandardisedScoreLeft) {
-  Hits hits;
-  hits.p.SHOW_TITLES = 1;
   EXPECT_EQ(hits.list2(),
             "   1  200  30.00 2.5e-12  LONG_I a long t\n"
             "   2  123  12.25 1e-05    P1     first   \n"
@@ -106,23 +86,11 @@ TEST(ScoreList3, ComparesSinglePrecisionCutOffsAsDoubles) {
   EXPECT_EQ(hits.p.n_probcut2_hits, 2);
 }
 
-TEST(ScoreLists, FrameAnEmptyList) {
-  Hits hits;
-  hits.p.SHOW_BLURB = 1;
-  hits.p.n_probcut2_hits = 9;
-  hits.results = ResultRec();
-  const std::string report = hits.list3();
-  EXPECT_EQ(report.substr(report.find("# Start_Scores")),
-            START_SCORES + "# End_Scores: " + std::string(54, '-') + "\n");
-  EXPECT_EQ(hits.p.n_probcut2_hits, 0);
-}
-
 TEST(ScoreLists, RefusePrecisionZero) {
   Hits hits;
   hits.p.PRECISION = 0;
   hits.p.MAX_NOUT = 0;
   EXPECT_EXIT(hits.list(), testing::ExitedWithCode(255), "^PRECISION is 0: .*\n$");
-  EXPECT_EXIT(whole_score(5, &hits.p), testing::ExitedWithCode(255), "^PRECISION is 0: .*\n$");
 }
 
 }  // namespace

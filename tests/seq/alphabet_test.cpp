@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "seq_data.h"
 #include "support/capture.h"
 #include "support/small_alphabet.h"
 
@@ -33,16 +32,6 @@ TEST(Alphabet, EncodesAndDecodesAllButTheTerminator) {
       EXPECT_EQ(letters[i], converted ? static_cast<char>(bytes[i]) : 'A') << i;
     }
   }
-}
-
-TEST(Alphabet, EncodesEachRecord) {
-  SeqStore store;
-  SeqRec records[] = {stored(store, {"a", "-", "CA"}), stored(store, {"b", "-", ""}),
-                      stored(store, {"c", "-", "Z"})};
-  encode_sequences(records, 2, gapped_alphabet());
-  EXPECT_EQ(std::string(reinterpret_cast<char*>(records[0].seq), 4), std::string("\4\1\0\0", 4));
-  EXPECT_EQ(records[1].seq[0], 4);
-  EXPECT_EQ(texts_of(records[2]).residues, "Z") << "beyond n";
 }
 
 TEST(Alphabet, PrintedMatrixLeavesOutTheFirstRowAndColumn) {

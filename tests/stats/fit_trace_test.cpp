@@ -2,31 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
 #include "support/capture.h"
 
 namespace {
-
-// Runs `write` with the four traces, which are open if `wanted`, in the directory.
-template <class Write>
-void traced(const TemporaryDirectory& directory, int32_t wanted, Write write) {
-  std_err = stderr;
-  directory.inside([&] {
-    LpfitData lpfit;
-    lpfit.trace_processing = lpfit.trace_hists = lpfit.trace_freqtab = lpfit.trace_stat = wanted;
-    FitTrace trace = open_fit_trace(lpfit);
-    write(trace);
-    close_fit_trace(trace);
-  });
-}
-
-TEST(FitTrace, WritesNothingUnlessAsked) {
-  const TemporaryDirectory directory;
-  traced(directory, 0, [](const FitTrace& trace) { trace_summary(trace, ScoreSummary(), 3); });
-  EXPECT_TRUE(std::filesystem::is_empty(directory.path));
-}
 
 TEST(FitTrace, TellsTheCourseOfAFit) {
   ScoreTable table;
@@ -45,7 +25,10 @@ TEST(FitTrace, TellsTheCourseOfAFit) {
   result.paramB[1] = 0;
 
   const TemporaryDirectory directory;
-  traced(directory, 1, [&](const FitTrace& trace) {
+  directory.inside([&] {
+    LpfitData lpfit;
+    lpfit.trace_processing = lpfit.trace_hists = lpfit.trace_freqtab = lpfit.trace_stat = 1;
+    FitTrace trace = open_fit_trace(lpfit);
     trace_summary(trace, {5, 20, 22, 20.4, 0.5, 102, 2082}, 5);
     trace_width(trace, RangeChoice{1, {}});
     trace_width(trace, choice);
@@ -55,6 +38,7 @@ TEST(FitTrace, TellsTheCourseOfAFit) {
       result.EXPORLIN = form;
       trace_result(trace, result);
     }
+    close_fit_trace(trace);
   });
   EXPECT_EQ(file_content(directory.at("PROCESSING")),
             "count = 5, num_scores = 5, numpts = 5 i = 5\n"
@@ -80,12 +64,6 @@ TEST(FitTrace, TellsTheCourseOfAFit) {
   EXPECT_EQ(file_content(directory.at("FREQTAB_HISTS")), "20:  0.750000\n21:  0.250000\n\n\n");
   EXPECT_EQ(file_content(directory.at("FREQTAB_OUT")),
             "20.500000 0.750000    0.367879\n21.500000 0.250000    0.254646\n\n\n");
-}
-
-TEST(FitTrace, AFileThatCannotBeMadeEndsTheRun) {
-  const TemporaryDirectory directory;
-  std::filesystem::create_directory(directory.at("PROCESSING"));
-  EXPECT_EXIT(traced(directory, 1, [](const FitTrace&) {}), testing::ExitedWithCode(255), "PROCESSING");
 }
 
 }  // namespace
