@@ -90,6 +90,18 @@ class BuildTest(zelvan_cli.TestCase):
         self.assertEqual((self.work / "bdbs.bsq").read_bytes(), b"a\0-\0 AC\0")
         self.assertTrue((self.work / "bdbi.bix").exists())
 
+    def test_nothing_is_left_where_it_cannot_be_stored(self):
+        build = ("-mode", 99, "-bdb", "db", "-d", self.file("t.fa", ">a\nAC\n"))
+        self.refuse("Getting matrix\nError opening File: .*\nnowhere/db.bix\n", "-dd", "nowhere", *build)
+        for suffix in ("bix", "bsq"):
+            (self.work / f"db.{suffix}").mkdir()
+            self.refuse(f"Getting matrix\nError opening File: Is a directory\n.*db.{suffix}\n", *build)
+            (self.work / f"db.{suffix}").rmdir()
+            self.assertEqual([path.name for path in self.work.iterdir()], ["t.fa"])
+        times = r"CPU\([^\n]*\n"
+        run = self.succeed(*build, "-time", 1, "-apply_index", 1)
+        self.assertRegex(run.stderr, rf"^Getting matrix\nHave read database\n{times}Time to index sequences\n{times}{times}$")
+
     def test_damage_and_absence_are_told(self):
         self.succeed("-mode", 99, "-bdb", "db", "-d", self.file("t.fa", ">a\nAC\n>b\nACD\n"))
         sequences = (self.work / "db.bsq").read_bytes()

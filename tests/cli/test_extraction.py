@@ -45,6 +45,27 @@ class ExtractionTest(zelvan_cli.TestCase):
         self.refuse("EXTRACT_SEQ is 0: .*", *extract, 0, stdin=text)
         self.refuse("No # Start_Scores in file\n", *extract, 5)
 
+    def test_lines_of_70_residues(self):
+        lengths = (0, 1, 69, 70, 71, 140, 141)
+        database = self.file("d.fa", "".join(f">s{n} t\n{'W' * n}\n" for n in lengths))
+        text = "# Start_Scores: \n" + "".join(f"1 9 s{n}\n" for n in (*lengths, "last")) + "# End_Scores: \n"
+        rows = {n: ("W" * n).replace("W" * 70, "W" * 70 + "\n") for n in lengths}
+        for layout, expected in (
+            (0, "".join(f">s{n}\nt\n{rows[n]}*\n" for n in lengths)),
+            (1, "".join(f">s{n} t\n{rows[n]}\n" for n in lengths)),
+            (2, ""),
+        ):
+            self.succeed("-mode", 100, "-extract_seq", 99, "-extract_seq_format", layout, "-d", database, stdin=text)
+            self.assertEqual((self.work / "zelvan_extract.seq").read_text(), expected)
+
+    def test_the_best_of_a_search_but_two(self):
+        # Without statistics the list is the database backwards.
+        database = self.file("d.fa", ">a\nMKW\n>b\nMKV\n>c\nMKL\n")
+        search = ("-mode", 22, "-do_stats", 0, "-s", self.file("q", ">q\nATGAAATGG\n"), "-d", database)
+        for number, best in ((5, "cba"), (4, "cb"), (3, "c"), (2, ""), (1, ""), (2**31 - 1, "cba")):
+            self.succeed(*search, "-extract_seq", number, "-extract_file", "best")
+            self.assertEqual("".join(zelvan_cli.fasta(self.work / "best")), best)
+
     def test_subset(self):
         lines = self.succeed("-mode", 667, "-nsubset", 40, "-d", SAMPLE).stdout.splitlines()
         sample = zelvan_cli.fasta(SAMPLE)
@@ -52,7 +73,13 @@ class ExtractionTest(zelvan_cli.TestCase):
         lengths = [len(line) for line in lines[1::2]]
         self.assertEqual(lengths, sorted(lengths, reverse=True))
         self.assertEqual(len(lengths), 40)
-        self.refuse("NSUBSET is 4001, .*", "-mode", 667, "-nsubset", 4001, "-d", SAMPLE)
+        for n, number in ((10, 3), (10, 1), (10, 5), (3, 3), (1, 1), (8, 8)):
+            ladder = self.file("d.fa", "".join(f">s{k}\n{'A' * (k * 7 % n + 1)}\n" for k in range(n)))
+            found = self.succeed("-mode", 667, "-nsubset", number, "-d", ladder).stdout.splitlines()[1::2]
+            self.assertEqual([len(line) for line in found], list(range(n, 1, -(n // number))), (n, number))
+        for number in (-1, 0, 4001, 2**31 - 1):
+            self.refuse(f"NSUBSET is {number}.*", "-mode", 667, "-nsubset", number, "-d", SAMPLE)
+        self.refuse(".* has no sequence to choose from\n", "-mode", 667, "-nsubset", 1, "-d", self.file("none", ""))
 
 
 if __name__ == "__main__":

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "driver/alias.h"
-#include "driver/command_line.h"
 #include "driver/gap_defaults.h"
 #include "driver/params.h"
 #include "support/capture.h"
@@ -16,13 +15,6 @@ inline const std::string ALIAS_PATH = CONFIG_DIR + "zelvan_alias.dat";
 inline Params* configured(std::string_view defaults, const std::string& alias_path = ALIAS_PATH) {
   const TemporaryDirectory work;
   return GetPars(work.file("defaults", defaults).c_str(), alias_path.c_str());
-}
-
-// apply - GetCmd on these arguments.
-inline Params* apply(Params* p, std::initializer_list<const char*> arguments) {
-  UTvector<const char*> argv{"zelvan"};
-  argv.insert(argv.end(), arguments);
-  return GetCmd(p, static_cast<int>(argv.size()), argv.data());
 }
 
 // read_gaps - GetGaps on a file with this content.

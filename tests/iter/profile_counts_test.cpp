@@ -54,18 +54,4 @@ TEST(CalcProfile, AveragesAndStretchesToTheLastInteger) {
   }
 }
 
-// The quotient is truncated before it is stretched, and both roundings go toward zero.
-TEST(CalcProfile, TruncatesTwiceTowardZero) {
-  constexpr int32_t scores[2][2] = {{1000, 0}, {-7, -2}};
-  const ScoreMatrix matrix = small_matrix("AX", [&](int32_t a, int32_t b) { return scores[a][b]; });
-  // X opposite A: row X has (-7 - 2) / 2 = -4 there, row A 500.
-  // A twice opposite X: row X has (-14 - 2) / 3 = -5, row A 666.
-  const Profile profile(matrix, "AX", {{1, 1, 1}, {0, 2, 2}});
-  // The lowest entry is the gap row's ln(1/2) x 100 = -69 at position 0, the bound -7.
-  EXPECT_EQ(profile.table[2][0], -7);
-  EXPECT_EQ(profile.table[1][1], 0);    // -4 / -69 x -7 = -0.41
-  EXPECT_EQ(profile.table[0][1], 750);  // 500 / 666 x 1000 = 750.75
-  EXPECT_EQ(profile.table[0][2], 1000);
-}
-
 }  // namespace

@@ -117,35 +117,4 @@ TEST(BuildProfile, CountsWhatItAligned) {
             "   3:   0   0   2   0   0   0   0   0   0   0   0   0   0   0   0\n");
 }
 
-TEST(BuildProfile, OtherMethodsAndNoHitsLeaveTheTable) {
-  const std::pair<int32_t, int32_t> settings[] = {{3, 2}, {2, 0}};
-  for (const auto& [method, nsel] : settings) {
-    Search search("ACDEFGHIKL", {"ACDEFGHIKL", "ACDEFGH"});
-    search.p.PROFILE_WEIGHT_METHOD = method;
-    const UTvector<int32_t> before = search.table.cells;
-    search.run({5000, 3500}, nsel);
-    EXPECT_EQ(search.table.cells, before);
-  }
-}
-
-// Method 0 makes gaps free in the modes 210 and 212: the next iteration still aligns.
-TEST(BuildProfile, AlignsWithTheFreeGapsOfMethodZero) {
-  for (const int32_t mode : {210, 212}) {
-    Search search("ACDEFGHIKLACDEFGHIKL", {"ACDEFGHIKLACDEFGHIKL", "CDEFGHIKLACD"}, mode);
-    for (int32_t iteration = 0; iteration < 3; ++iteration) {
-      search.family.aldat.rows.clear();
-      search.run({10000, 6000}, 2);
-      ASSERT_EQ(search.rows().size(), 2U) << mode << " " << iteration;
-      EXPECT_EQ(search.rows()[0], "ACDEFGHIKLACDEFGHIKL");
-      EXPECT_EQ(search.table[residue_code(MATRIX, ' ')][7], 0);
-    }
-  }
-}
-
-TEST(BuildProfileDeath, RefusesAnUnknownMode) {
-  UTinitfile();
-  Search search("ACDEFGHIKL", {"ACDEFGHIKL"}, 17);
-  EXPECT_EXIT(search.run({5000}, 1), testing::ExitedWithCode(255), "Unrecognised mode in build_profile");
-}
-
 }  // namespace

@@ -5,7 +5,6 @@
 #include <map>
 
 #include "iter/family.h"
-#include "util/streams.h"
 
 namespace {
 
@@ -89,73 +88,28 @@ void expect_direct(const RowWeights& weights, const AlignData& aldat, int32_t i,
 
 TEST(RowWeights, EqualTheDefinitionOnRandomAlignments) {
   Random random(7);
-  for (int32_t round = 0; round < 60; ++round) {
+  int32_t compared = 0;
+  for (int32_t round = 0; round < 400; ++round) {
     const int32_t length = uniform(random, 1, 30);
     Family family(MATRIX, random_letters(random, "ACDE", length));
     for (int32_t r = uniform(random, 0, 11); r > 0; --r) {
       const int32_t first = uniform(random, 1, length);
       family.add_row(random_letters(random, "ACDEX-", uniform(random, 1, length - first + 1)), first);
     }
-    // With a threshold that rows rarely reach, the filter is at work without emptying a position.
+    constexpr double THRESHOLDS[] = {1.0, 0.95, 0.75, 0.5};  // many rows share just a half or three quarters
     Params p = profile_params();
-    p.PIDTHRESH = round % 2 == 0 ? 1.0 : 0.95;
+    p.PIDTHRESH = THRESHOLDS[round % 4];
     RowWeights weights = start_row_weights(family.aldat, MATRIX);
     for (int32_t i = 0; i <= length; ++i) {
       const bool emptied =
           directly(family.aldat, i, 1.0).nactive > 0 && directly(family.aldat, i, p.PIDTHRESH).nactive == 0;
-      if (emptied) break;
+      if (emptied) break;  // which would end the run
       move_row_weights(weights, i, family.aldat, MATRIX, &p);
       expect_direct(weights, family.aldat, i, p.PIDTHRESH);
+      compared += weights.nactive > 0 ? 1 : 0;
     }
   }
-}
-
-// Three sequences, two columns: A A C over A A A. Column 1 has two codes, column 2 one.
-TEST(RowWeights, FollowTheWorkedExample) {
-  const Family family(MATRIX, "AA", {"AA", "CA"});
-  const Params p = profile_params();
-  RowWeights weights = start_row_weights(family.aldat, MATRIX);
-  move_row_weights(weights, 1, family.aldat, MATRIX, &p);
-  EXPECT_NEAR(weights.query, (1.0 / 4 + 1.0 / 3) / 2, 1e-12);
-  EXPECT_NEAR(weights.row[0], (1.0 / 4 + 1.0 / 3) / 2, 1e-12);
-  EXPECT_NEAR(weights.row[1], (1.0 / 2 + 1.0 / 3) / 2, 1e-12);
-  EXPECT_NEAR(weights.sum, 2.0, 1e-12);
-  EXPECT_NEAR(weights.mean_distinct, 1.5, 1e-12);
-  EXPECT_EQ(weights.range_start, 1);
-  EXPECT_EQ(weights.range_end, 2);
-}
-
-// Row 0 is the reference, row 1 comes before the first that is examined, row 2 is inactive.
-TEST(PidFilter, SwitchesRowsOffAtTheThreshold) {
-  const struct {
-    const char *reference, *row;
-    double threshold;
-    bool stays;
-  } cases[] = {
-      {"ACDEACDEAC", "ACDEACDEAC", 1.0, false}, {"ACDEACDEAC", "ACDEACDEAA", 0.95, true},
-      {"ACDEACDEAC", "ACDEACDEAA", 0.9, false}, {"ACDEACDEAC", "-CDEACDEAC", 0.95, true},
-      {"ACDEACDEAC", "-CDEACDEAC", 0.9, false}, {"ACDEACDEAC", "CDEACDEACD", 0.1, true},
-      {"A--E------", "A--E------", 0.3, true},  // shared gaps are no identities
-  };
-  for (const auto& c : cases) {
-    const Family family(MATRIX, "AAAAAAAAAA", {c.reference, c.row, c.row, c.row});
-    UTvector<char> active = {1, 1, 0, 1};
-    int32_t nactive = 3;
-    pidfilter(family.aldat.rows[0].aligned.data(), family.aldat, 2, active, 1, 10, nactive,
-              residue_code(MATRIX, ' '), c.threshold);
-    EXPECT_EQ(active, (UTvector<char>{1, 1, 0, c.stays})) << c.row << " at " << c.threshold;
-    EXPECT_EQ(nactive, c.stays ? 3 : 2);
-  }
-}
-
-TEST(PidFilterDeath, EndsTheRunWhenNoRowIsLeft) {
-  UTinitfile();
-  const Family family(MATRIX, "ACDE", {"ACDE"});
-  Params p = profile_params();
-  p.PIDTHRESH = 0.5;
-  RowWeights weights = start_row_weights(family.aldat, MATRIX);
-  EXPECT_EXIT(move_row_weights(weights, 1, family.aldat, MATRIX, &p), testing::ExitedWithCode(1),
-              "Error in pidfilter: \\*nactive = 0");
+  EXPECT_GT(compared, 3000);
 }
 
 }  // namespace
