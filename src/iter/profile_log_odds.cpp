@@ -12,8 +12,10 @@
 
 namespace {
 
-constexpr double BETA = 20.0;            // weight of the matrix's expectation, in observations
+constexpr double BETA = 10.0;            // weight of the matrix's expectation, in observations
 constexpr double FIXED_ALPHA = 2.0;      // weight of what was observed in method 1
+constexpr double OWN_COMPOSITION = 0.5;  // part of the profile's own composition in its background
+constexpr double USUAL_COLUMNS = 50.0;   // columns of the usual composition that count as the profile's own
 constexpr double GAP_BACKGROUND = 0.03;  // frequency of a gap at an average position
 constexpr double GAP_BETA = 10.0;        // weight of that average, in observations
 constexpr double GAP_MOST = 0.7;         // a penalty is lowered or raised by at most this part of it
@@ -66,8 +68,7 @@ Column observe(const RowWeights& weights, int32_t i, const AlignData& aldat, con
 }
 
 // ratio[code] = Q / p of the ordinary residues; false when the sums are not usable.
-bool mix(const Column& column, const ResidueModel& model, double alpha, const Params* p,
-         UTvector<double>& out_ratio) {
+bool mix(const Column& column, const ResidueModel& model, double alpha, const Params* p, double* out_ratio) {
   double sumposwgts = 0, sumbgwgts = 0;
   for (const int32_t c : model.residues) {
     const auto at = static_cast<std::size_t>(c);
@@ -76,7 +77,7 @@ bool mix(const Column& column, const ResidueModel& model, double alpha, const Pa
       expected += column.frequency[static_cast<std::size_t>(b)] / column.observed * model.odds[b][c];
     }
     const double seen = column.frequency[at] / column.observed / model.background[at];
-    out_ratio[at] = (alpha * seen + BETA * expected) / (alpha + BETA);
+    out_ratio[c] = (alpha * seen + BETA * expected) / (alpha + BETA);
     sumbgwgts += model.background[at] * expected;
     if (p->POSWGTFAC > 0) sumposwgts += model.background[at] * seen;
   }
@@ -95,17 +96,44 @@ bool mix(const Column& column, const ResidueModel& model, double alpha, const Pa
   return true;
 }
 
-void write_column(const UTvector<double>& ratio, const ResidueModel& model, int32_t i, LookupTable& table,
+// The ratios of one profile, and the query positions that have some.
+struct Ratios {
+  Table<double> ratio;  // [query position][code]
+  UTvector<int32_t> positions;
+};
+
+// Takes the ratios against a background that leans towards the profile's own composition: residues that are
+// common all over it, as in membrane proteins and coiled coils, then tell less.
+void correct_composition(const ResidueModel& model, Ratios& ratios) {
+  UTvector<double> own(model.background.size(), 0.0);
+  double total = 0;
+  for (const int32_t c : model.residues) {
+    const auto at = static_cast<std::size_t>(c);
+    double columns = USUAL_COLUMNS;
+    for (const int32_t i : ratios.positions) columns += ratios.ratio[i][c];
+    own[at] = columns * model.background[at];
+    total += own[at];
+  }
+  for (const int32_t c : model.residues) {
+    const auto at = static_cast<std::size_t>(c);
+    const double relative = own[at] / total / model.background[at];
+    for (const int32_t i : ratios.positions) {
+      ratios.ratio[i][c] /= 1.0 - OWN_COMPOSITION + OWN_COMPOSITION * relative;
+    }
+  }
+}
+
+void write_column(const double* ratio, const ResidueModel& model, int32_t i, LookupTable& table,
                   const Params* p) {
   const auto entry = [&](double x) {
     return to_entry(std::round(p->PRECISION * std::log(x) / model.lambda * p->POSWGTFAC));
   };
-  for (const int32_t c : model.residues) table[c][i] = entry(ratio[static_cast<std::size_t>(c)]);
+  for (const int32_t c : model.residues) table[c][i] = entry(ratio[c]);
   for (const AmbiguousCode& ambiguous : model.ambiguous) {
     double q = 0, background = 0;
     for (const int32_t member : ambiguous.members) {
       const auto at = static_cast<std::size_t>(member);
-      q += ratio[at] * model.background[at];
+      q += ratio[member] * model.background[at];
       background += model.background[at];
     }
     table[ambiguous.code][i] = entry(q / background);
@@ -160,7 +188,7 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
   if (variable_gaps) std::fill_n(table[gap], npositions, 0);
 
   RowWeights weights = start_row_weights(aldat, matrix);
-  UTvector<double> ratio(static_cast<std::size_t>(matrix.inlen), 0.0);
+  Ratios ratios = {make_table<double>(npositions, matrix.inlen, 0.0), {}};
   for (int32_t i = 1; i < npositions; ++i) {
     move_row_weights(weights, i, aldat, matrix, p);
     if (weights.nactive == 0) continue;
@@ -175,8 +203,10 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
     const double alpha = p->PROFILE_WEIGHT_METHOD == 1
                              ? FIXED_ALPHA
                              : std::max(0.0, weights.mean_distinct * column.observed - 1.0);
-    if (mix(column, model, alpha, p, ratio)) write_column(ratio, model, i, table, p);
+    if (mix(column, model, alpha, p, ratios.ratio[i])) ratios.positions.push_back(i);
   }
+  correct_composition(model, ratios);
+  for (const int32_t i : ratios.positions) write_column(ratios.ratio[i], model, i, table, p);
   progress("About to call FreeDLookup\n", p);
   if (variable_gaps) set_variable_penalties(matrix, npositions, table, p);
   if (p->VERBOSE != 0) {

@@ -7,13 +7,15 @@
 // 2. The score matrix turns f into the frequencies that it expects among relatives of what was observed,
 //    g(c) = p(c) sum over b of f(b) exp(lambda s(b, c)), p being the background in the database and lambda
 //    the scale of the matrix (residue_model.h).
-// 3. Both are mixed, Q = (alpha f + beta g) / (alpha + beta), with beta = 20: a smaller one finds fewer remote
-//    relatives of structural domains, a larger one hardly more.
+// 3. Both are mixed, Q = (alpha f + beta g) / (alpha + beta), with beta = 10; between 8 and 20 it matters little.
 //    Method 1: alpha is fixed at 2. Method 2: alpha is the number of independent observations behind the column,
 //    less one: the mean number of distinct residues per column of the common range, times the weight of the
 //    rows that do have a residue here. A family of near-identical sequences then says hardly more than the
 //    query alone, and a diverse one overrules the matrix.
-// 4. The entry is ln(x) x PRECISION x POSWGTFAC with x = (Q / p)^(1 / lambda): log-odds in the units of the
+// 4. Half of p gives way to the profile's own composition, the mean of Q over all positions and 50 of the usual
+//    composition: p' = (p + mean Q) / 2. Unrelated sequences of a like composition, such as membrane proteins
+//    and coiled coils, would otherwise come into the profile and bring in their families.
+// 5. The entry is ln(x) x PRECISION x POSWGTFAC with x = (Q / p')^(1 / lambda): log-odds in the units of the
 //    score matrix, so that gap penalties keep their meaning from iteration to iteration. Rounded to nearest.
 //
 // Positions without a row, and without any observed residue, keep the matrix scores of the query's residue.

@@ -120,7 +120,7 @@ class Configuration(zelvan_cli.TestCase):
         self.refuse("", *QUIET, status=0)
 
     def test_the_table_of_penalties_wins_unless_it_is_switched_off(self):
-        self.configure(defaults=None, gapdefs="2:BLOSUM62:1:11:9:9\n0:BLOSUM62:7:7:7:7\n")
+        self.configure(defaults=None, gapdefs="2:VTML160:1:11:9:9\n0:VTML160:7:7:7:7\n")
         for args, expected in (
             ((), {"LD": "1.00", "LI": "11.00"}),
             (("-ugd", 0, "-ld_pen", 1.29), {"LD": "1.29", "LI": "14.00"}),

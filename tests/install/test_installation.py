@@ -36,7 +36,7 @@ class InstallationTest(unittest.TestCase):
         for shell in ("bash", "sh"):
             status, out, errors = self.user(f"{SEARCH} | zelvan2tsv --hits | cut -f 2,3", shell)
             self.assertEqual((status, errors), (0, ""))
-            self.assertEqual(out.splitlines()[0], "1\ttr|B2V7P2|B2V7P2_SULSY")
+            self.assertEqual(out.splitlines()[0], "1\tsp|A5IMB8|ENGB_THEP1")
         status, out, _ = self.user(f"{SEARCH} | zelvan2html | tail -n 1")
         self.assertEqual((status, out.endswith("</main></body></html>\n")), (0, True))
         _, out, errors = self.user(f"zelvan -mode 12 -do_stats 1 -m PAM100 -s {SOURCE}/examples/engb.fasta "
@@ -96,7 +96,7 @@ class PackageTest(unittest.TestCase):
             status, out, errors = run("bash", "-c", f"{SEARCH} -matrix_dir {share}/matrices | zelvan2tsv | head -n 1",
                                       env=environment)  # fmt: skip
             self.assertEqual((status, errors), (0, ""))
-            self.assertEqual(out.split("\t")[1], "tr|B2V7P2|B2V7P2_SULSY")
+            self.assertEqual(out.split("\t")[1], "sp|A5IMB8|ENGB_THEP1")
             fields = run("dpkg", "-f", str(package))[1]
             self.assertIn("Package: zelvan\n", fields)
             self.assertIn("Suggests: python3", fields)

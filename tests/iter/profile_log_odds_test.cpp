@@ -57,14 +57,40 @@ TEST(CalcProfile2, KeepsTheMatrixColumnsWhereNothingWasObserved) {
   EXPECT_NE(built.at('W', 1), unchanged.at('W', 1));
 }
 
-// A copy of the query brings no independent observation: method 2 gives the pair scores back.
+// A copy of the query brings no independent observation: method 2 gives the pair scores back, less for each residue
+// what its frequency in this profile takes away, which is the same everywhere.
 TEST(CalcProfile2, IsTheMatrixForASecondCopyOfTheQuery) {
-  const Family family(MATRIX, RESIDUES, {RESIDUES});
+  const std::string query = std::string(RESIDUES) + std::string(60, 'L');
+  Family family(MATRIX, query);
+  family.add_row(query);
   const Params p = profile_params();
   const Built built = build(family, p), matrix = plain(family, p);
-  for (int32_t i = 1; i <= 20; ++i) {
-    for (int32_t c = 0; c < 20; ++c) EXPECT_NEAR(built.table[c][i], matrix.table[c][i], 1);
-    for (const char letter : {'X', '!', ' ', ':'}) EXPECT_EQ(built.at(letter, i), matrix.at(letter, i));
+  for (int32_t c = 0; c < 20; ++c) {
+    const int32_t taken = matrix.table[c][1] - built.table[c][1];
+    if (RESIDUES[c] == 'L') {
+      EXPECT_GT(taken, 50);
+    }
+    for (int32_t i = 1; i <= 80; ++i) EXPECT_NEAR(matrix.table[c][i] - built.table[c][i], taken, 1);
+  }
+  for (const char letter : {'X', '!', ' ', ':'}) EXPECT_EQ(built.at(letter, 5), matrix.at(letter, 5));
+}
+
+// The correction by hand: a profile of one column Q = p' * x over a background p gives Q / ((p + m) / 2), where m
+// averages Q and 50 times p.
+TEST(CalcProfile2, LeansTheBackgroundTowardsTheProfile) {
+  const Family family(MATRIX, "W", {"W"});
+  const Params p = profile_params();
+  const Built built = build(family, p), matrix = plain(family, p);
+  const ResidueModel model = make_residue_model(MATRIX, p.PRECISION);
+  double total = 50;
+  for (const int32_t c : model.residues) {
+    total +=
+        model.background[static_cast<std::size_t>(c)] * std::exp(model.lambda * matrix.table[c][1] / 100.0);
+  }
+  for (const int32_t c : model.residues) {
+    const double x = std::exp(model.lambda * matrix.table[c][1] / 100.0);
+    const double mean = (50 + x) / total;
+    EXPECT_NEAR(built.table[c][1], 100 * std::log(x / ((1 + mean) / 2)) / model.lambda, 1);
   }
 }
 
