@@ -2,10 +2,12 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <set>
+#include <vector>
 
 #include "driver/key_table.h"
 #include "util/failure.h"
@@ -32,7 +34,7 @@ const char* __asan_default_options() {
 namespace {
 
 const std::string DATA = ZELVAN_SOURCE_DIR "/data/";
-std::set<FILE*> open_streams;
+std::vector<FILE*> open_streams;  // the latest at the end, where the library, too, looks for it first
 std::set<std::string, std::less<>> scratch_files;  // of this case; those of earlier ones count as missing
 bool in_case = false;
 
@@ -86,12 +88,13 @@ FILE* __wrap_fopen(const char* name, const char* mode) {
     return nullptr;
   }
   FILE* const stream = __real_fopen(is_ours ? name : "/dev/null", mode);
-  if (stream != nullptr) open_streams.insert(stream);
+  if (stream != nullptr) open_streams.push_back(stream);
   return stream;
 }
 
 int __wrap_fclose(FILE* stream) {
-  open_streams.erase(stream);
+  const auto latest = std::find(open_streams.rbegin(), open_streams.rend(), stream);
+  if (latest != open_streams.rend()) open_streams.erase(latest.base() - 1);
   return __real_fclose(stream);
 }
 
@@ -119,8 +122,7 @@ void run_target(const FuzzTarget& target, FuzzInput input) {
   UT_reset_times();
   target.run(input);
   in_case = false;
-  for (FILE* stream : open_streams) __real_fclose(stream);
-  open_streams.clear();
+  for (; !open_streams.empty(); open_streams.pop_back()) __real_fclose(open_streams.back());
   scratch_files.clear();
 }
 

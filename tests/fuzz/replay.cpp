@@ -1,6 +1,7 @@
-// Runs the fuzz targets without a fuzzer: replay TARGET CORPUS SECONDS goes through the files of a corpus and then
-// through mutations of them, the same ones in every run, until the time is over. It leaves the input that broke
-// something in "crash-TARGET". Built with libFuzzer, the targets have programs of their own instead.
+// Runs the fuzz targets without a fuzzer: replay TARGET CORPUS SECONDS goes through the files of a corpus, with readers
+// also through files of a megabyte made of them, and then through mutations, the same ones in every run, until the time
+// is over. It leaves the input that broke something in "crash-TARGET". Built with libFuzzer, the targets have programs
+// of their own instead.
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -19,6 +20,7 @@ namespace {
 
 using Input = std::vector<uint8_t>;
 constexpr std::size_t LONGEST = 4096;
+constexpr std::size_t MEGABYTE = 1'000'000;
 
 std::string crash_file;
 Input current;
@@ -33,6 +35,13 @@ std::vector<Input> read_corpus(const char* directory) {
     corpus.emplace_back(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
   }
   return corpus;
+}
+
+// In such a file a reader that goes back to the start for every line, or copies what it has, takes minutes.
+Input repeated(const Input& seed) {
+  Input input;
+  while (!seed.empty() && input.size() < MEGABYTE) input.insert(input.end(), seed.begin(), seed.end());
+  return input;
 }
 
 // One to six pieces, mostly short ones, are replaced by random bytes or by pieces of other files.
@@ -85,6 +94,10 @@ int main(int argc, char** argv) {
   const std::vector<Input> corpus = read_corpus(argv[2]);
   require(!corpus.empty(), "a corpus");
   for (const Input& input : corpus) run_target(target, current = input);
+  for (const FuzzTarget& reader : reader_targets()) {
+    if (&reader != &target) continue;
+    for (const Input& input : corpus) run_target(target, current = repeated(input));
+  }
   std::mt19937 random(20021107);
   const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(std::atof(argv[3]));
   long mutations = 0;
