@@ -39,14 +39,3 @@ TEST(Lookup, PrintsTheQuerysRowsOfTheMatrix) {
             "Posn:   A   B   X       ^   :   !\n"
             "   1:   1   2   3   0   0   0   0\n");
 }
-
-TEST(Lookup, GapRowsHoldThePenalties) {
-  ScoreMatrix matrix = asymmetric();
-  const Params p = small_params(200);
-  const Codes query = encoded("B", matrix);
-  const int8_t gap = residue_code(matrix, ' '), insertion = residue_code(matrix, ':');
-  for (int32_t a = 0; a < matrix.inlen; ++a) matrix.pairscore[a][gap] = matrix.pairscore[a][insertion] = 99;
-  const LookupTable table = mlookgap(query.data(), 3, matrix, 7, 11, &p);
-  for (int32_t i = 0; i < 2; ++i) EXPECT_EQ(std::pair(table[gap][i], table[insertion][i]), std::pair(7, 11));
-  EXPECT_EQ(table[1][1], 20);
-}

@@ -71,15 +71,4 @@ TEST(ScanMeter, OverwritesItsLineAndLeavesNothing) {
   EXPECT_EQ(terminal.shown(), "\r" + std::string(36, ' ') + "\r");
 }
 
-TEST(ScanMeter, IsSilentUnlessVerbose) {
-  const Terminal terminal;
-  SeqRec seq;
-  seq.len = 100;
-  const Params p{};
-  ScanMeter meter = start_scan_meter(10, &seq, 1, &p);
-  show_scan_meter(meter, meter.start + milliseconds(60000));
-  end_scan_meter(meter);
-  EXPECT_EQ(terminal.shown(), "");
-}
-
 }  // namespace

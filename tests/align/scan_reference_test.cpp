@@ -42,25 +42,3 @@ TEST(ScanReference, KernelsFollowTheDefinitionCellByCell) {
     ASSERT_EQ(problem.scan_score(), CellModel(problem).best()) << round;
   }
 }
-
-TEST(ScanReference, SmallCasesByHand) {
-  const ScoreMatrix strict = match_or_not("ABCX", 5, -50);
-  const struct {
-    const char *query, *target;
-    int32_t extend, open, flagged, linear;
-  } cases[] = {
-      {"AB", "", 3, 3, -1, -1},
-      {"", "AB", 3, 3, -1, -1},
-      {"AAA", "BBB", 3, 3, 0, 0},
-      // Six matches around a gap of three: 7 + 2 x 1, or 3 x 1.
-      {"ABAXXXBAB", "ABABAB", 1, 7, 21, 27},
-      // A gap in the target right after one in the query opens again.
-      {"AAAXAAA", "AAACAAA", 1, 4, 22, 28},
-  };
-  for (const auto& c : cases) {
-    for (const int32_t mode : MODES) {
-      const Problem problem = make_problem(mode, strict, c.query, c.target, c.extend, c.open);
-      EXPECT_EQ(problem.scan_score(), problem.flagged() ? c.flagged : c.linear) << c.query << " " << mode;
-    }
-  }
-}

@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -47,25 +46,6 @@ TEST(Identifiers, TheLastOfTheListIsDropped) {
                                        std::pair("# FIT\n" + BEGIN + "90 1.0 0.5 a\n" + END,
                                                  "no word 5, the identifier:\n90 1.0 0.5 a\n")}) {
     EXPECT_EXIT(ids_of(text, 5), testing::ExitedWithCode(255), sentence);
-  }
-}
-
-TEST(Identifiers, SortAndSearchAgreeWithALinearLook) {
-  std::mt19937 random(11);
-  for (int32_t n = 0; n < 60; ++n) {
-    std::vector<std::string> names;
-    for (int32_t k = 0; k < n; ++k) {
-      names.push_back(std::string(1 + random() % 2, static_cast<char>('a' + random() % 9)) +
-                      (k % 5 == 0 ? "\xe9" : ""));
-    }
-    std::vector<SeqRec> seqs(names.size());
-    for (std::size_t k = 0; k < names.size(); ++k) seqs[k].id = names[k].c_str();
-    shsort(n, seqs.data());
-    std::vector<std::string> sorted = names;
-    std::sort(sorted.begin(), sorted.end());
-    for (std::size_t k = 0; k < sorted.size(); ++k) EXPECT_EQ(seqs[k].id, sorted[k]);
-    for (const std::string& name : names) EXPECT_EQ(findid(seqs.data(), n, name.c_str())->id, name);
-    for (const char* absent : {"", "A", "ccc", "zz"}) EXPECT_EQ(findid(seqs.data(), n, absent), nullptr);
   }
 }
 

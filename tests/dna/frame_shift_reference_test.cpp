@@ -56,11 +56,4 @@ TEST(FrameShiftKernels, FollowTheirDefinition) {
   }
 }
 
-// A call leaves nothing behind that a later one could read.
-TEST(FrameShiftKernels, UseTheWholeWidthAndForgetTheLastCall) {
-  Random random(4);
-  expect_definition(random_frame_problem(random, MP_LEN - 2, 12, 1));
-  expect_definition(random_frame_problem(random, 40, 12, 1));
-}
-
 }  // namespace

@@ -73,37 +73,11 @@ TEST(Params, PrecisionIsOneOrAMultipleOfTen) {
   }
 }
 
-TEST(Params, StreamsAreOpenedAtOnce) {
-  const TemporaryDirectory work;
-  const Params* p = configured("STDOUT " + work.at("report") + "\nSTDERR " + work.at("messages") +
-                               "\nSTDIN " + work.file("list", "x") + "\nUNKNOWN 1\n");
-  EXPECT_EQ(std::getc(p->STDIN), 'x');
-  std::fputs("scores\n", p->STDOUT);
-  for (FILE* stream : {p->STDIN, p->STDOUT, p->STDERR}) std::fclose(stream);
-  EXPECT_EQ(file_content(work.at("report")), "scores\n");
-  EXPECT_TRUE(
-      file_content(work.at("messages")).starts_with("Unrecognised Parameter Command\nUNKNOWN \nFile: "));
-}
-
 TEST(Params, LongLinesAreReadInPieces) {
   const Params* p = configured("#" + std::string(99998, 'c') + "NITER 9\nMODE 202\n");
   EXPECT_EQ(p->SUCCESS, 1);
   EXPECT_EQ(p->NITER, 9) << "what does not fit into the buffer counts as the next line";
   EXPECT_EQ(p->MODE, 202);
-}
-
-TEST(Params, RejectsWhatItDoesNotUnderstand) {
-  for (const auto& [content, expected] :
-       {std::pair(std::string("NITER 2\nUNKNOWN 1\nMODE 2\n"),
-                  "Unrecognised Parameter Command\nUNKNOWN \nFile: "),
-        std::pair(std::string("--MODE 2\n"), "Unrecognised Parameter Command\n--MODE \nFile: "),
-        std::pair(std::string("MO\0DE 2\n", 8), "Unrecognised Parameter Command\nMO\x1a"),
-        std::pair(std::string("NITER 2\n\nMODE\n"), "No value for MODE in line 3 of "),
-        std::pair(std::string("MODE \t,\r\n"), "No value for MODE in line 1 of ")}) {
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(configured(content)->SUCCESS, -1) << content;
-    EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with(expected)) << content;
-  }
 }
 
 }  // namespace

@@ -24,26 +24,6 @@ void record(IterHistory& history, const UTvector<int32_t>& best_first, int32_t i
   iter_hist(history, {nullptr, scores, x, significance, nullptr, order.data(), n}, iteration, n, p);
 }
 
-TEST(PrintChanges, WritesWhatLeftAndWhatEntered) {
-  const SeqRec db[] = {reported_sequence("A1", "alpha", ""), reported_sequence("IDENTB", "beta title", ""),
-                       reported_sequence("C3", "gamma", ""), reported_sequence("IDENTD", "delta title", "")};
-  Params p = settings();
-  IterHistory history;
-  for (const auto& [titles, in_beta, in_delta] :
-       {std::tuple(1, " beta t", " delta title                                       "),
-        std::tuple(0, " ", " ")}) {
-    p.SHOW_TITLES = titles;
-    record(history, {0, 1}, 0, &p);
-    record(history, {3, 0}, 1, &p);
-    const std::string changes = written([&](FILE* stream) { print_changes(history, db, 1, stream, &p); });
-    EXPECT_EQ(changes, "#\n# Reported in iteration 0 but below the threshold in this iteration (1)\n#\n" +
-                           std::string(titles == 1 ? "   2 " : "") + "  20 20.25  2e-10    IDEN" + in_beta +
-                           "\n# Reported in this iteration (1) but not in the previous iteration (0)\n#\n" +
-                           std::string(titles == 1 ? "   1 " : "") + "   4 4.00   0.001    IDENTD" +
-                           in_delta + "\n");
-  }
-}
-
 // Matches found in one iteration must not leak into the comparison with the next one.
 TEST(PrintChanges, PairsListsOverManyIterations) {
   Random random(3);

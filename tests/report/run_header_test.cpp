@@ -28,49 +28,6 @@ struct Settings {
   }
 };
 
-TEST(DumpInfo, WritesAnIterativeRunInOrder) {
-  Settings run;
-  set_keys(run.p,
-           "MODE 202 MIXED_MODE 1 DO_STATS 2 PROB_TYPE 2 NITER 3 PROFILE_WEIGHT_METHOD 1 POSWGTFAC 0.5 "
-           "PIDTHRESH 0.75 VERBOSE 1 TIME 4");
-  run.p.ITERATION = 2;
-  run.p.SUCCESS = 1;
-  LpfitData lpfit;
-  const double a[] = {1.5, 2, -3}, b[] = {0, 0.25};
-  std::copy_n(a, 3, lpfit.paramA);
-  std::copy_n(b, 2, lpfit.paramB);
-  run.p.lpfit = &lpfit;
-  const std::string report = run.header();
-  EXPECT_EQ(report.substr(report.find('\n') + 1),
-            "# ZELVAN Version: 9.9 (today)\n"
-            "# Written by the ZELVAN developers\n"
-            "# Free software under the 3-clause BSD licence, without any warranty\n"
-            "# Query file:     q.fasta\n"
-            "# Query ID:       QUERY1\n"
-            "# Query Title:    a query                                                      \n"
-            "# Query Length:   10\n"
-            "# ZELVAN MODE:    202\n"
-            "# ZELVAN MIXED MODE ENABLED: MODE 202 on iteration 0, mode 200 afterwards\n"
-            "# MM_LD_PEN:   6.75\n"
-            "# Matrix file:    mats/md.mat\n"
-            "# Matrix title:   a small matrix\n"
-            "# LD penalty:   1.50\n"
-            "# LI penalty:  12.25\n"
-            "# Number of residues/bases in database: 12000\n"
-            "# Eval Cutoff:                     0.01\n"
-            "# FIT_A: 1.5 2 -3\n"
-            "# FIT_B: 0 0.25 \n"
-            "# Eval Cutoff for profile:       0.0005\n"
-            "# Number of iterations:            3\n"
-            "# Profile Weight Method:           1\n"
-            "# Pos Weight Factor:               0.500000\n"
-            "# Pid Threshold:                   0.750000\n"
-            "# FULL parameter dump\n"
-            "MODE : 202\nSUCCESS : 1\nVERBOSE : 1\nTIME : 4\n"
-            "# Iteration: 2\n" +
-                START_SCORES);
-}
-
 TEST(DumpInfo, ChoosesThePenaltyLinesByMode) {
   const std::string ld = "# LD penalty:   1.50\n", li = "# LI penalty:  12.25\n",
                     fs = "# FS  penalty:  20.00\n", fse = "# FSE  penalty:   3.00\n";

@@ -108,22 +108,6 @@ TEST_F(MatrixTest, EndsOnFaultyFiles) {
   EXPECT_EQ(residue_code(load(widest, PIR), '!'), 127);
 }
 
-TEST_F(MatrixTest, PrintsMatrixUnitsBeforeStopsAndExtremesAreSet) {
-  p.VERBOSE = 1;
-  EXPECT_EQ(reported([&] { load("t\nXA\n-3 2 2 10\n", PIR); }),
-            "#Title: t\n"
-            "#Index: (XA ^:!) Length:6\n"
-            "#     X   A       ^   :   !\n"
-            "#X   -3   2   0   0   0   0\n"
-            "#A    2  10   0   0   0   0\n"
-            "#     0   0   0   0   0   0\n"
-            "#^    0   0   0   0   0   0\n"
-            "#:    0   0   0   0   0   0\n"
-            "#!    0   0   0   0   0   0\n"
-            "# Max Value in PairMatrix: 0\n"
-            "# Min Value in PairMatrix: 0\n");
-}
-
 TEST_F(MatrixTest, StopWeightCountsAmongTheExtremes) {
   for (const auto& [weight, highest] : {std::pair(0, 0), std::pair(700, 700)}) {
     p.STOP_WEIGHT = weight;

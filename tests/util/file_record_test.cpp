@@ -8,21 +8,6 @@ namespace {
 
 using testing::ExitedWithCode;
 
-TEST(FileRecord, IsOpenedOnRequestAndRenamedWithoutItsStream) {
-  const TemporaryDirectory work;
-  EXPECT_EQ(UTfilemake(work.at("missing").c_str(), "r", 1).stream, nullptr);
-  FileRec file = UTfilemake(work.at("first").c_str(), "w", 1);
-  std::fputs("flushed when it is renamed", file.stream);
-  EXPECT_EQ(&UTfilerename(file, work.at("second").c_str()), &file);
-  EXPECT_EQ(file.stream, nullptr);
-  EXPECT_EQ(file_content(work.at("first")), "flushed when it is renamed");
-  UTfileopen(file, "w", 1);
-  std::fputs("other", file.stream);
-  UTfileclose(file, 1);
-  UTfilerename(file, "third");
-  EXPECT_EQ(file_content(work.at("second")), "other");
-}
-
 TEST(FileRecordDeathTest, FailuresAreLeftToTheCallerUnlessTheyMustNotHappen) {
   const TemporaryDirectory work;
   const std::string missing = work.at("missing");
