@@ -128,27 +128,3 @@ TEST(AlignmentText, ThresholdsOfTheHits) {
     EXPECT_EQ(report.found(), found) << settings;
   }
 }
-
-TEST(AlignmentText, LinesOfOneBlock) {
-  const ScoreMatrix matrix = small_matrix("ABX", [](int32_t a, int32_t b) {
-    return a == 0 && b == 1 ? 1 : a == 1 && b == 0 ? -1 : 0;
-  });
-  const Codes query = encoded("ABAX", matrix), target = encoded("BAAA", matrix);
-  int32_t identical = -1, end = 0;
-  EXPECT_EQ(sdentq(query.data() + 1, target.data() + 1, 4, matrix.pairscore, '=', '+', identical), "+ = ");
-  EXPECT_EQ(identical, 1);
-  // "-" stands for a gap elsewhere but counts here; blank and "^" do not.
-  EXPECT_EQ(written([&](FILE* stream) { printbit(stream, 1234567, end, "A^B -C", 1, 6); }),
-            "1234567 ^B -C 1234569\n");
-  EXPECT_EQ(end, 1234569);
-}
-
-TEST(AlignmentTextDeathTest, AWidthBelowOneIsRefused) {
-  UTinitfile();
-  Report report("A");
-  report.hit("hit", "t", "A", 50);
-  report.p.OUTPUT_LENGTH = 0;
-  EXPECT_EXIT(report.print(), testing::ExitedWithCode(255), "^OUTPUT_LENGTH is 0: set it to ");
-  report.p.MAX_AOUT = 0;
-  EXPECT_EQ(report.print(), "");
-}

@@ -140,6 +140,7 @@ class IterativeSearch(zelvan_cli.TestCase):
                            "-MAX_AOUT", 0)  # fmt: skip
         told = re.sub(r"(?m)^#.*\n|\([PCTE] [ \d.]+\)", "", run.stderr)
         self.assertEqual(" / ".join(told.splitlines()).split(), PROGRESS.format(self.query_text).split())
+        self.assertIn("# FULL parameter dump\nMODE : 202\nSUCCESS : 1\nVERBOSE : 1\nTIME : 6\n", run.stdout)
 
     def test_ranking_trace(self):
         run = self.succeed(*self.search, "-NITER", 1, "-VERBOSE", 1002)

@@ -140,12 +140,17 @@ class PlainList(TranslatedSearch):
                 note = "Note:  for a list ranked by significance in this mode you must set do_stats = 1\n"
                 self.assertEqual(run.stderr, note if settings == ("-do_stats", 2) else "")
         self.assertIn("# FIT", self.search(*self.input, "-do_stats", 1, "-min_nstats", 4).stdout)
+        self.assertIn(f"{'C title':32}5\n", self.search(*self.input, "-do_stats", 0, "-show_len", 1).stdout)
 
     def test_special_lists_all_in_database_order(self):
         run = self.search(*self.input, "-do_stats", 0, "-special", 1, "-min_score", 50, "-max_aout", 0)
         lines = run.stdout.split(52 * "-" + "\n")[1].splitlines()[:4]
         self.assertEqual([line.split()[2] for line in lines], [*"ABCD"])
         self.assertNotIn("# End_Scores", run.stdout)
+
+    def test_alignments_are_of_the_best_scores(self):
+        run = self.search(*self.input, "-do_stats", 0, "-max_aout", 2)
+        self.assertEqual([re.search(r"Target: (\S+)", body)[1] for _, body in self.sections(run)], ["D", "A"])
 
     def test_two_unlimited_settings_are_refused(self):
         unlimited = ("-max_nout", -1, "-min_score", -1)

@@ -26,23 +26,6 @@ TEST(GapDefaults, ReadsEntriesInFileOrder) {
   EXPECT_EQ(p->GAPDEFS[0].li_pen, 20) << "scaled by the precision of the defaults file";
 }
 
-TEST(GapDefaults, RejectsMalformedLines) {
-  Params* p = configured("");
-  std::string entries;
-  for (int k = 0; k < 500; ++k) entries += "2:md.mat:1:2:3:4\n";
-  EXPECT_TRUE(read_gaps(entries, p));
-  EXPECT_EQ(p->NGAPDEFS, 500);
-  for (const auto& [content, line] :
-       {std::pair(std::string("2:md.mat:1:2:3\n"), "Line: 1\n"),
-        std::pair(std::string("#\n:::\n"), "Line: 2\n"), std::pair(std::string(" \n"), "Line: 1\n"),
-        std::pair(entries + "2:md.mat:1:2:3:4\n", "Line: 501\n")}) {
-    const std::string message = reported([&] { EXPECT_FALSE(read_gaps(content, p)); });
-    EXPECT_TRUE(message.starts_with("Error decoding gap penalties: ") && message.ends_with(line)) << message;
-    EXPECT_EQ(p->SUCCESS, -1);
-    EXPECT_EQ(p->NGAPDEFS, 0);
-  }
-}
-
 TEST(GapDefaults, FirstFittingEntryWins) {
   Params* p = configured("");
   ASSERT_TRUE(read_gaps(

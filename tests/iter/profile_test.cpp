@@ -52,26 +52,6 @@ struct Search {
   }
 };
 
-TEST(BuildProfile, LaysHitsOutInQueryCoordinates) {
-  for (const int32_t mode : {200, 202, 210, 212}) {
-    Search search("ACDEFGHIKLACDEFGHIKL",
-                  {"ACDEFGHIKLACDEFGHIKL",     // the query itself
-                   "CCACDEFGHIACDEFGHIKL",     // K and L deleted, two residues in front
-                   "ACDEFGHIKLCCACDEFGHIKL"},  // two residues inserted: no trace
-                  mode);
-    search.run({10000, 8200, 9300}, 3);
-    ASSERT_EQ(search.rows(), (Texts{"ACDEFGHIKLACDEFGHIKL", "ACDEFGHI  ACDEFGHIKL", "ACDEFGHIKLACDEFGHIKL"}))
-        << mode;
-    const AlignRow& shifted = search.family.aldat.rows[1];
-    EXPECT_EQ(shifted.qstart, 1);
-    EXPECT_EQ(shifted.qend, 20);
-    EXPECT_EQ(shifted.start, 3);
-    EXPECT_EQ(shifted.end, 20);
-    const double best = mode % 10 == 0 ? 90 - 8 : 90 - 7;
-    EXPECT_NEAR(shifted.significance, std::exp(-best), 1e-45) << mode;
-  }
-}
-
 // TOP_ONLY keeps paths within the largest pair score of the best; without it every path counts.
 TEST(BuildProfile, TakesLongSignificantPathsOfTheBestHits) {
   const std::string whole = "ACDEFGHIKL";

@@ -40,27 +40,4 @@ TEST(Sorts, OrderTiesAsTheHeapLeavesThem) {
   EXPECT_EQ(do_pv_sort(some_are_no_numbers, 5, &reversed), (Order{1, 3, 0, 4, 2}));
 }
 
-TEST(ResultSort, AdjustsTheLimitsOfTheRun) {
-  const struct {
-    const char* settings;
-    int32_t max_nout, min_ascore, told;
-  } cases[] = {{"SPECIAL 0 NPRINT_TO_THRESHOLD 0 MAX_NOUT 20", 5, 300, 1},
-               {"SPECIAL 0 NPRINT_TO_THRESHOLD 0 MAX_NOUT 3 TIME 5 VERBOSE 5", 3, 300, 0},
-               {"SPECIAL 0 NPRINT_TO_THRESHOLD 1 MAX_NOUT 3", 5, 300, 1},
-               {"SPECIAL 1 NPRINT_TO_THRESHOLD 1 MAX_NOUT 20", 20, 900, 0}};
-  for (const auto& c : cases) {
-    Params p = params_of("PRECISION 100 TIME 6 VERBOSE 6 MIN_SCORE 3 MIN_ASCORE 9");
-    set_keys(p, c.settings);
-    RunTimes times;
-    Order order;
-    const std::string told = reported([&] { order = do_result_sort(5, times, &p); });
-    EXPECT_EQ(order, (Order{0, 1, 2, 3, 4}));
-    EXPECT_EQ(p.MAX_NOUT, c.max_nout);
-    EXPECT_EQ(p.MIN_ASCORE, c.min_ascore);
-    EXPECT_EQ(times[TIME_SORT].empty(), p.SPECIAL != 0);
-    EXPECT_EQ(count_of(told, "Sort results list  CPU(P"), c.told);
-    EXPECT_EQ(count_of(told, "\np->MIN_ASCORE 300 p->MIN_SCORE 900\n"), c.told) << told;
-  }
-}
-
 }  // namespace

@@ -107,71 +107,44 @@ TEST(SequenceFile, ReadsAnyTextThroughAnyBuffer) {
   }
 }
 
-struct FileTest : testing::Test {
-  TemporaryDirectory directory;
+TEST(SequenceFile, QueriesAreTheFirstRecordBelowTheLimitOfLength) {
+  const TemporaryDirectory directory;
   SeqStore store;
   Params p = settings();
-
-  SeqRec query(const std::string& text) {
-    if (p.QSEQ_FILE.stream != nullptr) std::fclose(p.QSEQ_FILE.stream);
+  const auto query_length = [&](const std::string& text) {
     p.QSEQ_FILE.name = directory.file("query", text);
-    return get_query_seq(store, &p);
-  }
-  ~FileTest() override {
-    if (p.QSEQ_FILE.stream != nullptr) std::fclose(p.QSEQ_FILE.stream);
-  }
-};
-
-TEST_F(FileTest, QueryIsTheFirstRecordBelowTheLimitOfLength) {
+    const int32_t length = get_query_seq(store, &p).len - 2;
+    std::fclose(p.QSEQ_FILE.stream);
+    return length;
+  };
   p.VERBOSE = 11;
-  EXPECT_EQ(reported([&] {
-              EXPECT_EQ(texts_of(query(">q \nMKV\n>r\nA\n")), (Record{"q", "-", "MKV"}));
-            }),
+  EXPECT_EQ(reported([&] { EXPECT_EQ(query_length(">q \nMKV\n>r\nA\n"), 3); }),
             "Getting query sequence and converting to integer\n"
             "Title missing in FASTA file - Inserting dummy: >q \n");
-  EXPECT_NE(p.QSEQ_FILE.stream, nullptr) << "stays open";
   p.VERBOSE = 0;
-  EXPECT_EQ(query(">q\n" + std::string(15'998, 'A')).len, MP_LEN);
+  EXPECT_EQ(query_length(">q\n" + std::string(15'998, 'A')), MP_LEN - 2);
   const struct {
-    int32_t max_seq_len;
-    std::size_t nres;
-    const char* printed;  // the limit in the message; null: accepted
-  } cases[] = {{10, 6, nullptr}, {10, 7, "7"}, {4, 0, nullptr},        {4, 1, "1"},
-               {-5, 0, nullptr}, {0, 1, "-3"}, {INT_MAX, 50, nullptr}, {INT_MIN, 1, "-2147483651"}};
+    int32_t max_seq_len, longest;
+  } cases[] = {{10, 6}, {4, 0}, {-5, 0}, {0, 0}, {INT_MAX, 50}, {INT_MIN, 0}};
   for (const auto& c : cases) {
     p.MAX_SEQ_LEN = c.max_seq_len;
-    const std::string text = ">seq x\n" + std::string(c.nres, 'A') + "\n";
-    if (c.printed == nullptr) {
-      EXPECT_EQ(query(text).len, static_cast<int32_t>(c.nres) + 2) << c.max_seq_len;
-    } else {
-      EXPECT_EXIT(query(text), ExitedWithCode(255),
-                  "^Sequence too long: seq \\(> "s + c.printed + " residues\\):  Increase MAX_SEQ_LEN\n$");
-    }
+    const auto text = [](int32_t length) {
+      return ">q x\n" + std::string(static_cast<std::size_t>(length), 'A');
+    };
+    EXPECT_EQ(query_length(text(c.longest)), c.longest);
+    if (c.max_seq_len == INT_MAX) continue;
+    EXPECT_EXIT(query_length(text(c.longest + 1)), ExitedWithCode(255),
+                "^Sequence too long: q \\(> " + std::to_string(int64_t{c.max_seq_len} - 3) +
+                    " residues\\):  Increase MAX_SEQ_LEN\n$");
   }
 }
 
-TEST_F(FileTest, DatabaseIsReadWhole) {
-  p.MAX_NSEQ = 3;
-  p.DB_FILE.name = directory.file("db", ">a\nMKV\n>b\n>c\nAA\n");
+TEST(SequenceFile, ResiduesOfADatabaseMustBeCountable) {
   TextDatabase database;
-  EXPECT_EQ(reported([&] { read_text_database(database, true, &p); }),
-            "Opening database\nLoading database\n");
-  BdbInfo info = text_database_info(database, &p);
-  EXPECT_EQ(info.nseq, 3);
-  EXPECT_EQ(info.nres, 5);
-  EXPECT_EQ(info.totchar, 5);
   database.nres = int64_t{INT32_MAX} + 1;
+  const Params p = settings();
   EXPECT_EXIT(text_database_info(database, &p), ExitedWithCode(255),
-              "^Too many residues in .*db: 2147483648 \\(at most 2147483647\\)");
-}
-
-TEST_F(FileTest, ReadingThatFailsEndsTheRun) {
-  FILE* const stream = std::fopen(directory.path.c_str(), "r");  // opens, but cannot be read
-  SeqReader reader = make_reader(stream, "the database");
-  SeqRec record;
-  EXPECT_EXIT(get_db_seq(reader, store, record, &p), ExitedWithCode(255),
-              "^Error reading sequence file the database: Is a directory\n$");
-  std::fclose(stream);
+              "^Too many residues in .*: 2147483648 \\(at most 2147483647\\)");
 }
 
 }  // namespace

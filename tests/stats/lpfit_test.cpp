@@ -164,19 +164,6 @@ TEST(DoLpfit, FailuresAreToldByCode) {
   EXPECT_EQ(flat.fitted().error, FIT_RANGE_FAILED);
 }
 
-TEST(SetupLpfit, DumpsTheInputOfTheFit) {
-  Search search;
-  search.add(120, 2899);
-  search.add(0, -1);
-  search.p.VERBOSE = 1000;
-  reported([&] {
-    EXPECT_EQ(printed([&] { search.setup(); }),
-              "##START DUMP OF LPFIT INPUT\n##lpfit->n: 2\n##lpfit->minbuck: 300\n##lpfit->minrange: 7\n"
-              "##lpfit->lplbucketwidth: 0.300000\n#!300 120 28.990000\n#!300 0 -0.010000\n"
-              "##END DUMP OF LPFIT INPUT\n");
-  });
-}
-
 // A = 10 + 2 lpl, B = 0.5 lpl within 4..5. An unknown form gives no numbers.
 TEST(ApplyLpfit, ShiftsTheCoefficientsOnceAndLimitsTheScale) {
   LpfitData lpfit;
