@@ -72,6 +72,11 @@ TEST(AlignmentText, ABlockMayHoldOneSequenceOnly) {
                      "      3          2\n"
                      "      3 XX       4\n"),
             1);
+  EXPECT_EQ(report.p.MIN_SCORE, 70) << "is put back";
+  // "-" stands for a gap elsewhere but counts here; blank and "^" do not.
+  int32_t end = 0;
+  EXPECT_EQ(written([&](FILE* stream) { printbit(stream, 7, end, "A^B -^C", 1, 7); }),
+            "      7 ^B -^C       9\n");
 }
 
 TEST(AlignmentText, FiguresLineFollowsStatisticsAndLogScores) {

@@ -41,20 +41,6 @@ class FiguresTest(unittest.TestCase):
     def test_false_hits_are_scaled_to_the_false_part(self):
         self.assertAlmostEqual(homology.false_ratio([[0.1, 0.5], [0.2, 0.3]], [1, 0.5], 0.1), 2 / 2 / 0.1)
 
-    def test_share_of_sequences_or_residues(self):
-        domains = {"a": homology.Domain("a.1", "a.1.1", "A" * 10), "b": homology.Domain("a.1", "a.1.1", "A" * 20),
-                   "c": homology.Domain("b.1", "b.1.1", "A" * 30)}  # fmt: skip
-        for prob_type, share, decoys in ((3, 1 / 10, 3 / 10), (2, 30 / 600, 60 / 600)):
-            measure = homology.Measure(domains, ["a"], homology.Size(10, 600), prob_type, True)
-            self.assertAlmostEqual(measure.false_shares[0], share)
-            self.assertAlmostEqual(measure.decoy_share, decoys)
-
-    def test_lists_of_all_iterations_are_read(self):
-        text = "# Start_Scores: --\n 9 1.2 2e-5 a\n#x\n# End_Scores\nrest\n# Start_Scores: -\n8 1 3 b\n# End_Scores\n"
-        self.assertEqual(homology.parse_report(text), [{"a": 2e-5}, {"b": 3.0}])
-        for broken in ("", "# Start_Scores: -\n 1 1 1 a\n"):
-            self.assertRaises(ValueError, homology.parse_report, broken)
-
 
 class MeasurementTest(unittest.TestCase):
     def setUp(self):

