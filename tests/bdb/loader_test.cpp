@@ -1,9 +1,18 @@
 #include "bdb/loader.h"
 
-#include <climits>
-#include <random>
+#include <gtest/gtest.h>
 
-#include "bdb_data.h"
+#include <climits>
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "bdb/builder.h"
+#include "bdb/database.h"
+#include "seq/alphabet.h"
+#include "seq/matrix.h"
+#include "support/capture.h"
+#include "support/settings.h"
 
 namespace {
 
@@ -23,8 +32,36 @@ std::string random_fasta(int n) {
   return text;
 }
 
-class Loader : public BinaryDatabaseTest {
+// A 32-bit field as the files hold it.
+std::string field(int32_t value) {
+  std::string bytes(sizeof value, '\0');
+  std::memcpy(bytes.data(), &value, sizeof value);
+  return bytes;
+}
+
+class Loader : public testing::Test {
  protected:
+  Loader() {
+    set_defaults(&p);
+    set_keys(p, "MATRIX_DIR " ZELVAN_SOURCE_DIR
+                "/data/matrices MAX_NSEQ 1000 MAX_SEQ_LEN 10000000 TIME 0 DO_SORT 0");
+    p.DB_FILE.name = work.at("text");
+    p.BDB_INDEX_FILE.name = work.at("db.bix");
+    p.BDB_SEQ_FILE.name = work.at("db.bsq");
+  }
+
+  const ScoreMatrix& matrix(const char* name = "BLOSUM62") {
+    p.MATRIX_FILE.name = name;  // reading a matrix makes this a path
+    return *getmat(&p);
+  }
+
+  // Builds the binary database of a text.
+  void build(const std::string& text) {
+    work.file("text", text);
+    p.MATRIX_FILE.name = "BLOSUM62";
+    makedb(&p);
+  }
+
   // The database as load_database gives it, encoded, as one text; also for one that was damaged.
   std::string contents() {
     Database database;
@@ -68,6 +105,8 @@ class Loader : public BinaryDatabaseTest {
     return fine;
   }
 
+  TemporaryDirectory work;
+  Params p;
   std::string index, sequences, wanted;
 };
 

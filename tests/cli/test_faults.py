@@ -84,14 +84,6 @@ class FullDisks(Faults):
             self.assertRegex(run.stderr, r"Error writing File: File too large\nFile: .*old\.b.. was not written")
             self.assertEqual((self.built(), self.leftovers()), (old, []))
 
-    @unittest.skipUnless(pathlib.Path("/dev/full").exists(), "no /dev/full here")
-    def test_the_full_device(self):
-        for key in ("-stdout", "-block_file_out", "-frag_file_out", "-extract_file"):
-            self.assertRegex(
-                self.zelvan(*self.search, *SIDE_FILES, "-extract_seq", 5, key, "/dev/full").stderr,
-                "^Error writing (the report|File): No space left on device\n(File: /dev/full|The output) is incomplete",
-            )
-
 
 class Files(Faults):
     def test_reading_that_fails(self):
