@@ -207,33 +207,6 @@ TEST(MoveFlags, AreTheSameFromEveryInstructionSet) {
   }
 }
 
-// A second opinion on the model.
-TEST(Traceback, SmallCasesByHand) {
-  const struct {
-    const char *query, *target;
-    int32_t mismatch, penalty, threshold;
-    Texts linear, flagged;
-  } cases[] = {
-      // Gaps free of charge: (1,2) and (2,3) are reached by the diagonal and from above. The diagonal starts a
-      // second path at (1,2); from above both cells belong to the path of (1,1), whose first end stays.
-      {"AA", "AAA", -4, 0, 8, {"(1,2)-(2,3) 8", "(1,1)-(2,2) 8"}, {"(1,1)-(2,2) 8"}},
-      // (3,2) repeats the best of (2,2) from the left, before the path first ends there.
-      {"AAB", "AAX", -9, 0, 8, {"(1,1)-(3,2) 8"}, {"(1,1)-(2,2) 8"}},
-      // Paths within one position are not kept.
-      {"A", "BAB", -4, 2, 0, {}, {}},
-      {"ABA", "", -4, 2, 0, {}, {}},
-  };
-  for (const auto& c : cases) {
-    for (const int32_t mode : MODES) {
-      const ScoreMatrix matrix = match_or_not("ABX", 4, c.mismatch);
-      const Problem problem = make_problem(mode, matrix, c.query, c.target, c.penalty, c.penalty);
-      Aligned aligned = align(problem, c.threshold);
-      EXPECT_EQ(texts(dosort(aligned.store)), problem.flagged() ? c.flagged : c.linear)
-          << c.query << " " << c.target << " " << mode;
-    }
-  }
-}
-
 TEST(PathStore, KeepsTheFirstOfTheBestPathsFromOneStart) {
   UTvector<PathRec> slot = {{2, 7, 10, 10, 50, 50}};
   EXPECT_EQ(present({2, 8, 11, 11, 60, 60}, slot), 0);

@@ -24,10 +24,8 @@ class InputFiles(zelvan_cli.TestCase):
         for content, db_format, stored, report in (
             (b">a b\r\nMk-1\r\n\r\n>c\r\n", 1, b"a\0b\0 MK\0c\0-\0 \0", ""),
             (b"\xff\0\n>a \xff\0t\nM\0\xffK>b  t\nLL", 1, b"a\0\xff\x1at\0 MK\0b\0 t\0 LL\0", ""),
-            (b">a\nMK\n>\nLL\n>b\nV\n", 1, b"a\0-\0 MK\0", "Something strange with sequence identifier"),
             (b">P1;a\nt\nMK\n*\n>P1;b\nu\nLL\n", 0, b"P1;a\0t\0 MK\0", star),
             (f">{LONG} {LONG}\nMK\n{LONG}\n".encode(), 1, f"{LONG}\0{LONG}\0 MK{LONG.upper()}\0".encode(), ""),
-            (b"", 1, b"", ""),
             (b"no sequences here\n" * 9, 1, b"", ""),
         ):
             with self.subTest(content[:40]):

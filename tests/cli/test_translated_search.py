@@ -99,9 +99,6 @@ class Ranking(TranslatedSearch):
         database = self.proteins(600)
         search = (22, self.gene(database["P3"]), database, "-probcut", 1e6)
         run = self.search(*search, "-dump_stats", 1)
-        self.assertIn("# LI penalty:  12.00\n# FS  penalty:  15.00\n", run.stdout)
-        number = r"-?\d+\.\d{6}"
-        self.assertRegex(run.stdout, rf"\n# FIT: m: {number} c: {number} var: {number} nval: [1-9]\d*\n# PROBCUT: ")
         self.assertIn("# Sequences: 600,", (self.work / "zelvan_dump_stats.log").read_text())
         expectations = zelvan_cli.score_lists(run.stdout)[0]
         probabilities = self.listed(*search, "-fit_type", 1)
