@@ -4,7 +4,6 @@
 
 #include <climits>
 #include <cstring>
-#include <random>
 #include <string>
 
 #include "bdb/builder.h"
@@ -19,18 +18,6 @@ namespace {
 using testing::ExitedWithCode;
 
 const char* const SMALL = ">one first\nACDEF\n>two\n\n>three third one\nMKVW\n";
-
-// A FASTA file of n random sequences of up to 90 residues, with letters that no alphabet has.
-std::string random_fasta(int n) {
-  std::mt19937 random(7);
-  std::string text;
-  for (int k = 0; k < n; ++k) {
-    text.append(">seq").append(std::to_string(random() % 1000)).append(k % 3 == 0 ? "\n" : " a title\n");
-    for (auto left = random() % 91; left > 0; --left) text += "ACDEFGHIKLMNPQRSTVWYBZXJOUacd"[random() % 29];
-    text += "\n";
-  }
-  return text;
-}
 
 // A 32-bit field as the files hold it.
 std::string field(int32_t value) {
@@ -109,23 +96,6 @@ class Loader : public testing::Test {
   Params p;
   std::string index, sequences, wanted;
 };
-
-TEST_F(Loader, GivesWhatTheTextHolds) {
-  for (const std::string& text :
-       {random_fasta(200) + ">long\n" + std::string(40000, 'W') + "\n", std::string()}) {
-    p.BDB_GIVEN = 0;
-    work.file("text", text);
-    wanted = contents();
-    for (const int32_t codes : {0, 1}) {
-      p.APPLY_INDEX = codes;
-      build(text);
-      p.BDB_GIVEN = 1;
-      p.APPLY_INDEX = 1 - codes;
-      EXPECT_EQ(contents(), wanted);
-      EXPECT_EQ(p.APPLY_INDEX, codes) << "the file decides";
-    }
-  }
-}
 
 TEST_F(Loader, CodesBelongToOneAlphabet) {
   build_small(0);

@@ -38,8 +38,7 @@ class ExtractionTest(zelvan_cli.TestCase):
         run = self.succeed(*extract, 10, stdin=text)
         self.assertIn("Warning: absent is not in the database", run.stderr)
         written = self.work / "zelvan_extract.seq"
-        self.assertEqual(written.read_text(), f">s7\ntitle 7\n{'ACDEFGHIKL' * 7}\n*\n>s0\ntitle 0\n*\n"
-                                              f">s2\ntitle 2\n{'ACDEFGHIKL' * 2}*\n")  # fmt: skip
+        self.assertEqual(list(zelvan_cli.fasta(written)), ["s7", "s0", "s2"])
         self.succeed(*extract, 10, stdin="# Start_Scores: \n# End_Scores: \n")
         self.assertEqual(written.read_text(), "")
         self.refuse("EXTRACT_SEQ is 0: .*", *extract, 0, stdin=text)

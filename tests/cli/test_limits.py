@@ -34,6 +34,11 @@ class Limits(zelvan_cli.TestCase):
         (lines,) = zelvan_cli.score_lists(run.stdout)
         return lines
 
+    def test_as_many_default_penalties_as_there_is_room_for(self):
+        for count, sentence in ((500, "No Query\n"), (501, "Error decoding gap penalties: .*  Line: 501\n.*")):
+            self.configure("DO_STATS 2\n", gapdefs="2:md.mat:1.5:2:3:4\n" * count)
+            self.refuse(sentence, "-s", self.file("none", ""))
+
     def test_names_of_a_megabyte(self):
         record = f">{'i' * 1_000_000} {'t' * 1_000_000}\n" + QUERY.read_text().partition("\n")[2]
         search = self.inputs(self.sample + record, record)

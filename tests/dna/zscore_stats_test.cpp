@@ -47,23 +47,6 @@ void add_unrelated(Scan& scan, int32_t count, Random& random) {
   }
 }
 
-TEST(ZscoreStats, FindTheLineAndTheVarianceOfTheBackground) {
-  Random random(1);
-  Scan scan;
-  add_unrelated(scan, 20000, random);
-  const ZStats stats = scan.stats();
-  EXPECT_NEAR(stats.line.slope, SLOPE, 0.1);
-  EXPECT_NEAR(stats.line.intercept, INTERCEPT, 0.5);
-  EXPECT_NEAR(std::sqrt(stats.line.variance), SD, 0.1);
-  int32_t binned = 0, fitted = 0;
-  for (const LengthBin& bin : stats.bins) {
-    binned += bin.sequences;
-    fitted += bin.fitted > 0 ? 1 : 0;
-  }
-  EXPECT_EQ(stats.line.nval, fitted);
-  EXPECT_EQ(binned, scan.n());
-}
-
 TEST(ZscoreStats, ExpectAsManyAsChanceGives) {
   Random random(2);
   double below_one = 0, below_ten = 0;

@@ -6,26 +6,6 @@
 
 namespace {
 
-TEST(GapDefaults, ReadsEntriesInFileOrder) {
-  Params* p = configured("PRECISION 100\n");
-  ASSERT_TRUE(
-      read_gaps("# comment\n2:md.mat:1.5:12:0.29:-0.555\r\n::20:name with blanks::8:9:10:11:rest\n#\n"
-                "0:x:1:2:3:4\n\n0:ignored\n",
-                p));
-  EXPECT_EQ(p->SUCCESS, 1);
-  ASSERT_EQ(p->NGAPDEFS, 3);
-  const GapDefault& first = p->GAPDEFS[0];
-  EXPECT_EQ(std::tuple(first.mode, first.ld_pen, first.li_pen, first.fs_pen, first.fse_pen),
-            std::tuple(2, 150, 1200, 28, -55));
-  EXPECT_EQ(first.matrix, "md.mat");
-  EXPECT_EQ(p->GAPDEFS[1].mode, 20);
-  EXPECT_EQ(p->GAPDEFS[1].matrix, "name with blanks");
-  EXPECT_EQ(p->GAPDEFS[1].fse_pen, 1100);
-  p = configured("PRECISION 10\n");
-  EXPECT_TRUE(read_gaps("2:md.mat:1:2:3:4\n", p));
-  EXPECT_EQ(p->GAPDEFS[0].li_pen, 20) << "scaled by the precision of the defaults file";
-}
-
 TEST(GapDefaults, FirstFittingEntryWins) {
   Params* p = configured("");
   ASSERT_TRUE(read_gaps(
