@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "align/lookup.h"
@@ -42,28 +41,23 @@ struct Problem {
   int32_t scan_score() const { return reference_score(qlen(), target.data(), dlen(), table, matrix, p); }
 };
 
-inline Problem make_problem(int32_t mode, ScoreMatrix matrix, const std::string& query,
-                            const std::string& target, int32_t extend, int32_t open) {
-  Problem problem;
-  problem.matrix = std::move(matrix);
-  problem.p = small_params(mode);
-  problem.p.LD_PEN = extend;
-  problem.p.LI_PEN = open;
-  problem.query = encoded(query, problem.matrix);
-  problem.target = encoded(target, problem.matrix);
-  problem.table = mlookgap(problem.query.data(), problem.qlen(), problem.matrix, extend, open, &problem.p);
-  return problem;
-}
-
 // Scores are asymmetric, sequences have 1..longest residues.
 inline Problem random_problem(Random& random, int32_t mode, int32_t longest) {
   const auto score = [&](int32_t a, int32_t b) {
     return a == b ? uniform(random, 2, 6) : uniform(random, -4, 2);
   };
-  const auto letters = [&] { return random_letters(random, "ABCX", uniform(random, 1, longest)); };
-  const int32_t extend = uniform(random, 0, 3);
-  Problem problem = make_problem(mode, small_matrix("ABCX", score), letters(), letters(), extend,
-                                 extend + uniform(random, 0, 5));
+  const auto residues = [&](const ScoreMatrix& matrix) {
+    return encoded(random_letters(random, "ABCX", uniform(random, 1, longest)), matrix);
+  };
+  Problem problem;
+  problem.matrix = small_matrix("ABCX", score);
+  problem.p = small_params(mode);
+  problem.p.LD_PEN = uniform(random, 0, 3);
+  problem.p.LI_PEN = problem.p.LD_PEN + uniform(random, 0, 5);
+  problem.query = residues(problem.matrix);
+  problem.target = residues(problem.matrix);
+  problem.table = mlookgap(problem.query.data(), problem.qlen(), problem.matrix, problem.p.LD_PEN,
+                           problem.p.LI_PEN, &problem.p);
   if (mode == 210 || mode == 212) {
     for (int32_t i = 0; i < problem.qlen(); ++i) {
       problem.extend_row()[i] = uniform(random, 0, 4);

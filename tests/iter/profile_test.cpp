@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "iter/family.h"
 #include "support/capture.h"
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "seq/database_info.h"
 #include "seq_data.h"
 #include "support/capture.h"
