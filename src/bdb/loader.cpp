@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cstdarg>
 #include <cstdint>
 #include <cstring>
 
@@ -14,17 +15,13 @@
 
 namespace {
 
-[[noreturn]] void end_damaged(const FileRec& file, const char* what) {
-  UTend_input(std_err,
-              "Database file %s is damaged: %s\n"
-              "Copy both files of the database again, or build it again with MODE 99\n",
-              file.name.c_str(), what);
-}
-
-[[noreturn]] void end_bad_record(const FileRec& file, int32_t record, const char* fault) {
-  char what[160];
-  std::snprintf(what, sizeof what, "sequence %d: %s", record, fault);
-  end_damaged(file, what);
+[[noreturn]] UT_PRINTF(2, 3) void end_damaged(const FileRec& file, const char* format, ...) {
+  std::fprintf(std_err, "Database file %s is damaged: ", file.name.c_str());
+  va_list values;
+  va_start(values, format);
+  std::vfprintf(std_err, format, values);
+  va_end(values);
+  UTend_input(std_err, "\nCopy both files of the database again, or build it again with MODE 99\n");
 }
 
 int64_t bytes_of(FILE* stream) {
@@ -47,11 +44,7 @@ struct IndexBytes {
 };
 
 void take(IndexBytes& index, void* out_bytes, std::size_t size, const char* field) {
-  if (size > index.left) {
-    char what[160];
-    std::snprintf(what, sizeof what, "it ends before the end of %s", field);
-    end_damaged(index.file, what);
-  }
+  if (size > index.left) end_damaged(index.file, "it ends before the end of %s", field);
   std::memcpy(out_bytes, index.at, size);
   index.at += size;
   index.left -= size;
@@ -60,11 +53,7 @@ void take(IndexBytes& index, void* out_bytes, std::size_t size, const char* fiel
 int32_t take_int(IndexBytes& index, int32_t least, const char* field) {
   int32_t value;
   take(index, &value, sizeof value, field);
-  if (value < least) {
-    char what[160];
-    std::snprintf(what, sizeof what, "%s in the header is %d", field, value);
-    end_damaged(index.file, what);
-  }
+  if (value < least) end_damaged(index.file, "%s in the header is %d", field, value);
   return value;
 }
 
@@ -80,9 +69,7 @@ UTstring take_bytes(IndexBytes& index, int32_t length, const char* field) {
 UTstring take_text(IndexBytes& index, int32_t length, const char* field) {
   UTstring text = take_bytes(index, length, field);
   if (text.find('\0') != text.size() - 1) {
-    char what[160];
-    std::snprintf(what, sizeof what, "%s is not as long as its length says", field);
-    end_damaged(index.file, what);
+    end_damaged(index.file, "%s is not as long as its length says", field);
   }
   text.pop_back();
   return text;
@@ -102,10 +89,8 @@ BdbInfo take_header(IndexBytes& index) {
   info.name_length = take_int(index, 1, "the length of the source name");
   info.name = take_text(index, info.name_length, "the source name");
   if (static_cast<std::size_t>(info.nseq) > index.left / sizeof(IndexRecord)) {
-    char what[160];
-    std::snprintf(what, sizeof what, "the header counts %d sequences, but there are records of only %zu",
-                  info.nseq, index.left / sizeof(IndexRecord));
-    end_damaged(index.file, what);
+    end_damaged(index.file, "the header counts %d sequences, but there are records of only %zu", info.nseq,
+                index.left / sizeof(IndexRecord));
   }
   return info;
 }
@@ -180,7 +165,7 @@ void index_sequences(IndexBytes& index, BinaryDatabase& database, const ScoreMat
     IndexRecord record;
     take(index, &record, sizeof record, "the records");
     const char* fault = fault_of_record(record, end, database.text.size());
-    if (fault != nullptr) end_bad_record(index.file, number, fault);
+    if (fault != nullptr) end_damaged(index.file, "sequence %d: %s", number, fault);
     s.id = text + record.id_at;
     s.title = text + record.title_at;
     s.seq = reinterpret_cast<int8_t*>(text + record.seq_at);
@@ -188,15 +173,13 @@ void index_sequences(IndexBytes& index, BinaryDatabase& database, const ScoreMat
     s.tlen = record.tlen;
     s.len = record.len;
     fault = fault_of_sequence(s, database.info, matrix);
-    if (fault != nullptr) end_bad_record(p->BDB_SEQ_FILE, number, fault);
+    if (fault != nullptr) end_damaged(p->BDB_SEQ_FILE, "sequence %d: %s", number, fault);
     end = static_cast<int64_t>(record.seq_at) + record.len;
     residues += record.len - 2;
   }
   if (residues != database.info.nres) {
-    char what[160];
-    std::snprintf(what, sizeof what, "the header counts %d residues, but the records %lld",
-                  database.info.nres, static_cast<long long>(residues));
-    end_damaged(index.file, what);
+    end_damaged(index.file, "the header counts %d residues, but the records %lld", database.info.nres,
+                static_cast<long long>(residues));
   }
 }
 
