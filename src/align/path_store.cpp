@@ -1,39 +1,9 @@
 #include "align/path_store.h"
 
+#include <algorithm>
+
 #include "util/failure.h"
-
-namespace {
-
-// Heap sort on `best`, highest first.
-void hsort(UTvector<PathRec>& paths) {
-  if (paths.size() < 2) return;
-  PathRec* ra = paths.data() - 1;  // 1-based
-  std::size_t l = paths.size() / 2 + 1;
-  std::size_t ir = paths.size();
-  for (;;) {
-    PathRec held;
-    if (l > 1) {
-      held = ra[--l];
-    } else {
-      held = ra[ir];
-      ra[ir] = ra[1];
-      if (--ir == 1) {
-        ra[1] = held;
-        return;
-      }
-    }
-    std::size_t i = l;
-    for (std::size_t j = 2 * l; j <= ir; j *= 2) {
-      if (j < ir && ra[j].best > ra[j + 1].best) ++j;
-      if (held.best <= ra[j].best) break;
-      ra[i] = ra[j];
-      i = j;
-    }
-    ra[i] = held;
-  }
-}
-
-}  // namespace
+#include "util/index_sort.h"
 
 void empty_store(PathStore& store, int32_t qlen) {
   store.slots.resize(static_cast<std::size_t>(qlen));
@@ -56,11 +26,17 @@ void addsco(const PathRec& record, PathStore& store) {
 }
 
 UTvector<PathRec> dosort(PathStore& store) {
-  UTvector<PathRec> paths;
-  paths.reserve(static_cast<std::size_t>(store.total));
-  for (const UTvector<PathRec>& slot : store.slots) paths.insert(paths.end(), slot.begin(), slot.end());
+  UTvector<PathRec> kept;
+  kept.reserve(static_cast<std::size_t>(store.total));
+  for (const UTvector<PathRec>& slot : store.slots) kept.insert(kept.end(), slot.begin(), slot.end());
   store.slots = {};
-  if (paths.size() != static_cast<std::size_t>(store.total)) error("k != total in dosort", 1);
-  hsort(paths);
-  return paths;
+  if (kept.size() != static_cast<std::size_t>(store.total)) error("k != total in dosort", 1);
+  const auto path = [&kept](int32_t number) -> const PathRec& {
+    return kept[static_cast<std::size_t>(number)];
+  };
+  const UTvector<int32_t> order =
+      UTsorted_order(store.total, [&path](int32_t a, int32_t b) { return path(a).best > path(b).best; });
+  UTvector<PathRec> sorted(kept.size());
+  std::transform(order.begin(), order.end(), sorted.begin(), path);
+  return sorted;
 }

@@ -29,6 +29,6 @@ int32_t present(const PathRec& record, UTvector<PathRec>& slot);
 // addsco - appends a record to the slot of its start_i.
 void addsco(const PathRec& record, PathStore& store);
 
-// dosort - empties the store into one list, highest best first; the order of equals is that of a heap sort.
+// dosort - empties the store into one list, highest best first, equals as UTindexx leaves them.
 // Ends   when slots and total disagree (status 0)
 UTvector<PathRec> dosort(PathStore& store);

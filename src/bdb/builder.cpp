@@ -131,10 +131,10 @@ void publish(const PendingDatabase& pending) {
   if (lock != -1) close(lock);
 }
 
-// The order in which sequences are stored: order[k], k = 1..n, numbers them from 1.
+// The numbers of the sequences in the order in which they are stored.
 UTvector<int32_t> stored_order(const UTvector<SeqRec>& seqs, const Params* p) {
   if (p->DO_SORT == 1) return length_order(seqs);
-  UTvector<int32_t> order(seqs.size() + 1);
+  UTvector<int32_t> order(seqs.size());
   std::iota(order.begin(), order.end(), 0);
   return order;
 }
@@ -188,8 +188,8 @@ void write_header(const PendingDatabase& pending, const BdbInfo& info, const Par
 int32_t write_sequences(const PendingDatabase& pending, const UTvector<SeqRec>& seqs,
                         const UTvector<int32_t>& order) {
   int32_t at = 0;
-  for (std::size_t k = 1; k < order.size(); ++k) {
-    const SeqRec& s = seqs[static_cast<std::size_t>(order[k]) - 1];
+  for (const int32_t number : order) {
+    const SeqRec& s = seqs[static_cast<std::size_t>(number)];
     IndexRecord record;
     record.id_at = at;
     record.ilen = s.ilen;

@@ -22,9 +22,7 @@ bool stored_as_codes(const Params* p) {
 }
 
 UTvector<int32_t> length_order(const UTvector<SeqRec>& seqs) {
-  UTvector<int32_t> order(seqs.size() + 1);
   const SeqRec* const first = seqs.data();
-  UTindexx_by([first](int32_t a, int32_t b) { return first[a - 1].len < first[b - 1].len; },
-              static_cast<int32_t>(seqs.size()), order.data());
-  return order;
+  return UTsorted_order(static_cast<int32_t>(seqs.size()),
+                        [first](int32_t a, int32_t b) { return first[a].len < first[b].len; });
 }

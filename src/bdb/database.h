@@ -29,6 +29,5 @@ void load_database(Database& out_database, const ScoreMatrix& matrix, Params* p)
 // stored_as_codes - whether the residues of the database that load_database read are codes already.
 bool stored_as_codes(const Params* p);
 
-// length_order - the ascending order of the lengths of sequences, ties as UTindexx leaves them.
-// Returns order[1..n], numbering sequences from 1; entry 0 is unused
+// length_order - the numbers 0..n-1 of the sequences by ascending length, ties as UTindexx leaves them.
 UTvector<int32_t> length_order(const UTvector<SeqRec>& seqs);

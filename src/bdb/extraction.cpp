@@ -36,8 +36,7 @@ void subset_db(Params* p) {
   }
   const UTvector<int32_t> order = length_order(database.seqs);
   for (int64_t at = n - 1; at > 0; at -= step) {
-    const auto number = static_cast<std::size_t>(order[static_cast<std::size_t>(at) + 1]);
-    const SeqRec& s = database.seqs[number - 1];
+    const SeqRec& s = database.seqs[static_cast<std::size_t>(order[static_cast<std::size_t>(at)])];
     std::fprintf(std_out, ">%s %s\n", s.id, s.title);
     std::fwrite(s.seq + 1, 1, static_cast<std::size_t>(s.len) - 2, std_out);
     std::fputc('\n', std_out);

@@ -1,5 +1,6 @@
 #include "bdb/identifiers.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "util/failure.h"
@@ -51,15 +52,11 @@ UTvector<UTstring> ReadIdListFromScanFile(FILE* stream, Params* p) {
 }
 
 void shsort(int32_t n, SeqRec* seqs) {
-  UTvector<int32_t> order(static_cast<std::size_t>(n) + 1);
-  const auto before = [seqs](int32_t a, int32_t b) {
-    return std::strcmp(seqs[a - 1].id, seqs[b - 1].id) < 0;
-  };
-  UTindexx_by(before, n, order.data());
+  const UTvector<int32_t> order =
+      UTsorted_order(n, [seqs](int32_t a, int32_t b) { return std::strcmp(seqs[a].id, seqs[b].id) < 0; });
   const UTvector<SeqRec> unsorted(seqs, seqs + n);
-  for (int32_t k = 0; k < n; ++k) {
-    seqs[k] = unsorted[static_cast<std::size_t>(order[static_cast<std::size_t>(k) + 1]) - 1];
-  }
+  std::transform(order.begin(), order.end(), seqs,
+                 [&unsorted](int32_t number) { return unsorted[static_cast<std::size_t>(number)]; });
 }
 
 const SeqRec* findid(const SeqRec* seqs, int32_t n, const char* id) {

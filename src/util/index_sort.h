@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "util/memory.h"
+
 // UTindexx, UTindexxD - the ascending order of integer or double keys.
 // In     key[1..n], n >= 0; entry 0 is never touched
 // Out    out_index[1..n]: a permutation of 1..n with key[out_index[1]] <= key[out_index[2]] <= ...
@@ -42,4 +44,16 @@ void UTindexx_by(Less less, int32_t n, int32_t* out_index) {
     }
     out_index[i] = held;
   }
+}
+
+// UTsorted_order - the same counted from 0, as a list of its own.
+// In     less(a, b), a and b = 0..n-1: whether key a is below key b
+// Returns the numbers 0..n-1 by ascending key
+template <class Less>
+UTvector<int32_t> UTsorted_order(int32_t n, Less less) {
+  UTvector<int32_t> order(static_cast<std::size_t>(n) + 1);
+  UTindexx_by([&less](int32_t a, int32_t b) { return less(a - 1, b - 1); }, n, order.data());
+  order.erase(order.begin());
+  for (int32_t& number : order) --number;
+  return order;
 }
