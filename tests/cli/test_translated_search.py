@@ -195,15 +195,15 @@ class Alignments(TranslatedSearch):
             run = self.search(22, self.GENE, proteins, "-do_stats", 0, *settings)
             counts = (run.stdout.count(mark) for mark in ("Number_of_Alignments: 1", "# End_N: 1"))
             self.assertEqual((*counts,), (found, shown), settings)
-        nothing_alike = self.search(22, "TGGTGG", {"A": "CCC"}, "-do_stats", 0)
-        self.assertIn("Number_of_Alignments: 0\n", nothing_alike.stdout)
+        nothing_alike = (*self.inputs(22, "TGGTGG", {"A": "CCC"}), "-do_stats", 0, "-show_blurb", 0)
+        self.assertIn("Number_of_Alignments: 0\n", self.succeed(*nothing_alike).stdout)
+        self.refuse("OUTPUT_LENGTH is 0: .*", *nothing_alike, "-output_length", 0, "-npt", 0, "-max_nout", 0,
+                    "-apt", 0, "-max_aout", 1)  # fmt: skip
         database = self.proteins(60)
         search = (22, self.gene(database["P3"]), database, "-probcut", 1e-3, "-apt", 0, "-max_aout", 5)
         for fit_type, label in ((0, "Evalue"), (1, "Pvalue")):
             run = self.search(*search, "-fit_type", fit_type)
             self.assertEqual((len(self.sections(run)), run.stdout.count(f"{label}: ")), (5, 1))
-        self.refuse("OUTPUT_LENGTH is 0: .*", *self.inputs(*search[:3]), "-show_blurb", 0, "-output_length", 0,
-                    "-npt", 0, "-max_nout", 0, "-apt", 0, "-max_aout", 1)  # fmt: skip
 
 
 class Strands(TranslatedSearch):
