@@ -6,6 +6,7 @@
 #include "util/failure.h"
 #include "util/index_sort.h"
 #include "util/line_reader.h"
+#include "util/sorted_search.h"
 #include "util/streams.h"
 #include "util/text.h"
 
@@ -60,20 +61,6 @@ void shsort(int32_t n, SeqRec* seqs) {
 }
 
 const SeqRec* findid(const SeqRec* seqs, int32_t n, const char* id) {
-  int32_t lo = 0;
-  int32_t hi = n - 1;
-  while (hi - lo >= 6) {
-    const int32_t mid = lo + (hi - lo) / 2;
-    const int32_t order = std::strcmp(id, seqs[mid].id);
-    if (order == 0) return &seqs[mid];
-    if (order > 0) {
-      lo = mid;
-    } else {
-      hi = mid;
-    }
-  }
-  for (int32_t k = lo; k <= hi; ++k) {
-    if (std::strcmp(id, seqs[k].id) == 0) return &seqs[k];
-  }
-  return nullptr;
+  const int32_t k = UTfind_sorted(n, [=](int32_t at) { return std::strcmp(id, seqs[at].id); });
+  return k >= 0 ? &seqs[k] : nullptr;
 }

@@ -21,6 +21,6 @@ UTvector<UTstring> ReadIdListFromScanFile(FILE* stream, Params* p);
 // Exact  equal identifiers in the order that the heap sort leaves, see UTindexx
 void shsort(int32_t n, SeqRec* seqs);
 
-// findid - a record with this identifier by binary search with a linear finish, or null.
+// findid - a record with this identifier (of several the one that UTfind_sorted takes), or null.
 // In     seqs[0..n-1] as shsort leaves them
 const SeqRec* findid(const SeqRec* seqs, int32_t n, const char* id);

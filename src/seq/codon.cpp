@@ -5,13 +5,13 @@
 
 #include "util/failure.h"
 #include "util/line_reader.h"
+#include "util/sorted_search.h"
 #include "util/streams.h"
 #include "util/text.h"
 
 namespace {
 
 constexpr std::size_t CODON_LINE_SIZE = 10;
-constexpr int32_t LINEAR_RANGE = 6;  // findcodon halves wider ranges only
 constexpr char BASES[] = "ACGT";
 constexpr int32_t NO_BASE = 4;
 
@@ -91,19 +91,8 @@ CodonTable getcodon(const Params* p) {
 }
 
 int32_t findcodon(const Codon* table, int32_t n, const char* codon) {
-  const auto residue = [table](int32_t i) { return int32_t{static_cast<unsigned char>(table[i].residue)}; };
-  int32_t lo = 0;
-  int32_t hi = n - 1;
-  while (hi - lo >= LINEAR_RANGE) {
-    const int32_t mid = (lo + hi) / 2;
-    const int order = std::strcmp(codon, table[mid].codon);
-    if (order == 0) return residue(mid);
-    (order > 0 ? lo : hi) = mid;
-  }
-  for (int32_t i = lo; i <= hi; ++i) {
-    if (std::strcmp(codon, table[i].codon) == 0) return residue(i);
-  }
-  return -1;
+  const int32_t k = UTfind_sorted(n, [=](int32_t at) { return std::strcmp(codon, table[at].codon); });
+  return k >= 0 ? int32_t{static_cast<unsigned char>(table[k].residue)} : -1;
 }
 
 char loose_ambiguity(char base) {

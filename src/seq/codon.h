@@ -22,8 +22,8 @@ using CodonTable = std::array<Codon, NCODONS>;
 CodonTable getcodon(const Params* p);
 
 // findcodon - the residue letter (0..255) of a zero-terminated codon, or -1.
-// In     table[0..n-1], n >= 0, expected in ascending order of bytes; in another order codons are missed
-// Exact  binary search down to a range of at most 7 entries, which is then searched from its start
+// In     table[0..n-1], n >= 0, expected in ascending order of bytes; in another order codons are missed, always
+//        the same ones, see UTfind_sorted
 int32_t findcodon(const Codon* table, int32_t n, const char* codon);
 
 // loose_ambiguity - the first base in alphabetical order that an IUB code (upper case) may stand for.

@@ -7,12 +7,12 @@
 
 #include "util/buffer_sizes.h"
 #include "util/failure.h"
+#include "util/line_reader.h"
 #include "util/streams.h"
 
 namespace {
 
 constexpr std::size_t MAX_LINE = INT32_MAX - 1;  // identifier and title lengths are 32-bit numbers
-constexpr char SUBSTITUTE = '\x1a';              // for a zero byte, which would hide the rest of a text
 
 // Byte to residue: upper-case letter, or 0 for what is skipped. ASCII only, whatever the locale.
 constexpr std::array<char, 256> RESIDUES = [] {
@@ -79,7 +79,7 @@ bool read_line(SeqReader& reader, UTvector<char>& line) {
     reader.at += chunk.size + (complete ? 1 : 0);
   }
   if (!line.empty() && line.back() == '\r') line.pop_back();
-  std::replace(line.begin(), line.end(), '\0', SUBSTITUTE);
+  std::replace(line.begin(), line.end(), '\0', ZERO_BYTE_STAND_IN);
   line.push_back('\0');
   return true;
 }

@@ -3,12 +3,6 @@
 #include "util/failure.h"
 #include "util/streams.h"
 
-namespace {
-
-constexpr char SUBSTITUTE = '\x1a';
-
-}  // namespace
-
 UTvector<char> UTlinebuffer(std::size_t size, const char* caller) {
   // A missing line buffer has its own message and status, unlike other exhausted memory.
   if (!UThaveroom(size)) {
@@ -33,7 +27,7 @@ bool UTgetline(FILE* stream, UTvector<char>& buffer) {
         std::ungetc(next, stream);
       }
     }
-    buffer[length++] = byte == '\0' ? SUBSTITUTE : static_cast<char>(byte);
+    buffer[length++] = byte == '\0' ? ZERO_BYTE_STAND_IN : static_cast<char>(byte);
     if (byte == '\n') break;
   }
   buffer[length] = '\0';

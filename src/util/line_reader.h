@@ -6,6 +6,9 @@
 
 #include "util/memory.h"
 
+// What a zero byte of a text file is read as: it would hide the rest of the text behind it.
+constexpr char ZERO_BYTE_STAND_IN = '\x1a';  // "substitute" in ASCII
+
 // UTlinebuffer - a buffer of `size` bytes for UTgetline.
 // In     size >= 2; caller: the routine that reads, named in the message
 // Ends   "No Space for buff in CALLER" with status -1 when there is no room
@@ -14,7 +17,7 @@ UTvector<char> UTlinebuffer(std::size_t size, const char* caller);
 // UTgetline - reads the next line, its newline included, as a zero-terminated text.
 // Does   at most buffer.size() - 1 bytes: the rest of a longer line comes with the next calls. The line ends
 //        of other systems arrive as a plain newline (carriage return before a newline or the end of the
-//        file), a zero byte as the substitute character 0x1A, so that it hides nothing behind it.
+//        file), a zero byte as ZERO_BYTE_STAND_IN.
 // Out    buffer: its size is unchanged
 // Returns false at the end of the file, and when reading fails (ferror tells which); the text is then empty
 bool UTgetline(FILE* stream, UTvector<char>& buffer);
