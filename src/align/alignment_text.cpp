@@ -2,22 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "seq/alphabet.h"
 #include "util/failure.h"
+#include "util/numbers.h"
 #include "util/streams.h"
 #include "util/text.h"
 
 namespace {
-
-// Truncates toward zero; beyond the integers the nearest one, and 0 for what is no number (both lengths 1).
-int32_t truncated(double value) {
-  if (std::isnan(value)) return 0;
-  constexpr double lowest = std::numeric_limits<int32_t>::min();
-  constexpr double highest = std::numeric_limits<int32_t>::max();
-  return static_cast<int32_t>(std::clamp(value, lowest, highest));
-}
 
 double log_length(const SeqRec& seq) {
   return std::log(static_cast<double>(seq.len - 2));
@@ -29,8 +21,9 @@ int32_t threshold_of_hit(const SeqRec& query, const SeqRec& target, int32_t scor
   int32_t threshold = p->MIN_SCORE;
   if (p->TOP_ONLY == 1) threshold = score - matrix.maxval;
   if (p->LOG_SCORES != 0) {
+    // Two lengths of 1 give no number.
     const double ratio = log_length(query) / log_length(target);
-    threshold = truncated(static_cast<double>(static_cast<float>(threshold)) / ratio);
+    threshold = UTtruncate(static_cast<double>(static_cast<float>(threshold)) / ratio);
   }
   return threshold;
 }
@@ -43,7 +36,7 @@ void print_figures(std::size_t number, const PathRec& path, const SeqRec& query,
   if (p->LOG_SCORES == 1) {
     const double score = static_cast<double>(static_cast<float>(path.best));
     std::fprintf(std_out, "ln()_Score: %d\n",
-                 truncated(score * log_length(query) / log_length(target) / p->PRECISION));
+                 UTtruncate(score * log_length(query) / log_length(target) / p->PRECISION));
   } else if (p->DO_STATS == 2) {
     std::fprintf(std_out, p->PROB_TYPE == 0 ? "Pvalue: %g\n" : "Evalue: %g\n", significance);
   }

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numbers>
+
+#include "util/numbers.h"
 
 namespace {
 
@@ -156,12 +157,6 @@ void fit_means(const Points& points, ZStats& stats) {
   stats.line.variance = squares / std::max(count, 1.0);
 }
 
-int32_t rounded(double value) {
-  constexpr double lowest = std::numeric_limits<int32_t>::min();
-  constexpr double highest = std::numeric_limits<int32_t>::max();
-  return static_cast<int32_t>(std::clamp(std::round(value), lowest, highest));
-}
-
 }  // namespace
 
 ZStats do_stats(const int32_t* scores, const SeqRec* seqs, int32_t n, const Params* p) {
@@ -187,7 +182,7 @@ UTvector<int32_t> get_zscores(const ZStats& stats, const int32_t* scores, const 
     if (scores[k] < 0 || seqs[k].len <= 2) continue;
     const double residual = scores[k] / precision - at(stats.line, log_length(seqs[k]));
     const double deviations = sd > 0 ? residual / sd : 0;
-    zscores[static_cast<std::size_t>(k)] = rounded((Z_MEAN + Z_SD * deviations) * precision);
+    zscores[static_cast<std::size_t>(k)] = UTtruncate(std::round((Z_MEAN + Z_SD * deviations) * precision));
   }
   return zscores;
 }

@@ -1,12 +1,11 @@
 #include "driver/key_table.h"
 
 #include <cerrno>
-#include <cmath>
 #include <cstdlib>
-#include <limits>
 
 #include "driver/alias.h"
 #include "util/failure.h"
+#include "util/numbers.h"
 #include "util/text.h"
 
 namespace {
@@ -125,13 +124,6 @@ const KeyEntry KEYS[] = {
     {"STDERR", KeyType::STREAM_OUT, &Params::STDERR, nullptr},
 };
 
-int32_t clamp_to_int32(double value) {
-  if (std::isnan(value)) return 0;
-  constexpr double lowest = std::numeric_limits<int32_t>::min();
-  constexpr double highest = std::numeric_limits<int32_t>::max();
-  return static_cast<int32_t>(value < lowest ? lowest : value > highest ? highest : value);
-}
-
 double read_real(const char* value) {
   return std::strtod(value, nullptr);
 }
@@ -159,11 +151,11 @@ T& field_of(const KeyEntry& key, Params* p) {
 }  // namespace
 
 int32_t integer_value(const char* value) {
-  return clamp_to_int32(static_cast<double>(std::strtol(value, nullptr, 10)));
+  return UTtruncate(static_cast<double>(std::strtol(value, nullptr, 10)));
 }
 
 int32_t scaled_value(const char* value, int32_t precision) {
-  return clamp_to_int32(read_real(value) * precision);
+  return UTtruncate(read_real(value) * precision);
 }
 
 std::span<const KeyEntry> parameter_keys() {
@@ -183,13 +175,13 @@ void store_value(const KeyEntry& key, const char* value, const char* caller, Par
       field_of<int32_t>(key, p) = integer_value(value);
       break;
     case KeyType::INT_SCALED:
-      field_of<int32_t>(key, p) = clamp_to_int32(static_cast<double>(integer_value(value)) * p->PRECISION);
+      field_of<int32_t>(key, p) = UTtruncate(static_cast<double>(integer_value(value)) * p->PRECISION);
       break;
     case KeyType::REAL_SCALED:
       field_of<int32_t>(key, p) = scaled_value(value, p->PRECISION);
       break;
     case KeyType::REAL_TRUNCATED:
-      field_of<int32_t>(key, p) = clamp_to_int32(read_real(value));
+      field_of<int32_t>(key, p) = UTtruncate(read_real(value));
       break;
     case KeyType::FLOAT:
       field_of<float>(key, p) = static_cast<float>(read_real(value));

@@ -10,6 +10,7 @@
 #include "stats/numerics/parameter_fits.h"
 #include "stats/range_fit.h"
 #include "stats/score_table.h"
+#include "util/numbers.h"
 #include "util/streams.h"
 
 namespace {
@@ -139,7 +140,7 @@ double standardised(float score, int32_t qlen, int32_t dblen, const LpfitData& l
   if (lpfit.EXPORLIN != 0 && lpfit.EXPORLIN != 1) return NOT_A_NUMBER;
   const double lpl = log_length_product(qlen, dblen);
   if (std::isnan(lpl)) return -std::numeric_limits<double>::infinity();
-  return (truncated_score(static_cast<double>(score)) - location(lpl, lpfit)) / scale(lpl, lpfit);
+  return (UTtruncate(static_cast<double>(score)) - location(lpl, lpfit)) / scale(lpl, lpfit);
 }
 
 double significance(double x, int32_t dblen, const Params* p) {

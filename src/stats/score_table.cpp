@@ -4,15 +4,11 @@
 #include <cmath>
 #include <limits>
 
+#include "util/numbers.h"
+
 double log_length_product(int32_t qlen, int32_t dblen) {
   const auto product = static_cast<int32_t>(static_cast<uint32_t>(qlen) * static_cast<uint32_t>(dblen));
   return product > 0 ? std::log(static_cast<double>(product)) : std::numeric_limits<double>::quiet_NaN();
-}
-
-int32_t truncated_score(double score) {
-  constexpr double lowest = std::numeric_limits<int32_t>::min();
-  constexpr double highest = std::numeric_limits<int32_t>::max();
-  return static_cast<int32_t>(std::clamp(score, lowest, highest));
 }
 
 ScoreSummary summarise_scores(const float* score, int32_t n) {
@@ -20,7 +16,7 @@ ScoreSummary summarise_scores(const float* score, int32_t n) {
   summary.count = n;
   summary.lowscore = 10000;
   for (int32_t i = 0; i < n; ++i) {
-    const int32_t s = truncated_score(static_cast<double>(score[i]));
+    const int32_t s = UTtruncate(static_cast<double>(score[i]));
     summary.lowscore = std::min(summary.lowscore, s);
     summary.sum += s;
     summary.sumsq += static_cast<double>(s) * s;
@@ -28,7 +24,7 @@ ScoreSummary summarise_scores(const float* score, int32_t n) {
   summary.mean = summary.sum / n;
   const double variance = (summary.sumsq - summary.sum * summary.sum / n) / n;
   summary.sd = std::sqrt(std::max(variance, 0.0));  // rounding can leave less than nothing
-  summary.maxscore = truncated_score(summary.mean + 5.0 * summary.sd);
+  summary.maxscore = UTtruncate(summary.mean + 5.0 * summary.sd);
   return summary;
 }
 
@@ -43,7 +39,7 @@ ScoreTable count_scores(const float* score, const int32_t* qlen, const int32_t* 
   table.nbuckets = static_cast<int32_t>(score_buckets(summary));
   table.counts.assign(static_cast<std::size_t>(table.nbuckets) * LPL_BINS, 0);
   for (int32_t i = 0; i < n; ++i) {
-    const int32_t s = truncated_score(static_cast<double>(score[i]));
+    const int32_t s = UTtruncate(static_cast<double>(score[i]));
     const double lpl = log_length_product(qlen[i], dblen[i]);
     if (s < summary.lowscore || s > summary.maxscore || !(lpl >= 4.0 && lpl <= 20.0)) continue;
     const int32_t bin = std::min(static_cast<int32_t>(10.0 * lpl) - FIRST_LPL_TENTHS, LPL_BINS - 1);

@@ -16,9 +16,6 @@ constexpr int32_t MAX_SCORE_BUCKETS = 100000;  // a table of 64 MB; ordinary sca
 //         or a product beyond 2^31 - 1
 double log_length_product(int32_t qlen, int32_t dblen);
 
-// truncated_score - a score in matrix units without its fraction; values beyond 32 bits become the nearest end.
-int32_t truncated_score(double score);
-
 struct ScoreSummary {  // of the truncated scores of all hits
   int32_t count = 0;
   int32_t lowscore = 0;  // the lowest, 10000 at most

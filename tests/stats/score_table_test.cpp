@@ -6,6 +6,8 @@
 #include <limits>
 #include <vector>
 
+#include "util/numbers.h"
+
 namespace {
 
 // The product is formed in 32 bits; what wraps to zero or below has no logarithm.
@@ -21,9 +23,9 @@ TEST(ScoreTable, TheProductOfLengthsIsFormedIn32Bits) {
   for (const auto& c : cases) EXPECT_EQ(log_length_product(c.query, c.target), std::log(c.product));
   EXPECT_TRUE(std::isnan(log_length_product(300, 0)));
   EXPECT_TRUE(std::isnan(log_length_product(46341, 46341)));
-  EXPECT_EQ(truncated_score(28.99), 28);
-  EXPECT_EQ(truncated_score(-0.01), 0);
-  EXPECT_EQ(truncated_score(static_cast<double>(std::numeric_limits<float>::max())), INT32_MAX);
+  EXPECT_EQ(UTtruncate(28.99), 28);
+  EXPECT_EQ(UTtruncate(-0.01), 0);
+  EXPECT_EQ(UTtruncate(static_cast<double>(std::numeric_limits<float>::max())), INT32_MAX);
 }
 
 TEST(ScoreTable, TheSummaryIsOfAllScores) {
