@@ -23,7 +23,7 @@ struct FlagBlock {
   int32_t* slanted_scores;  // scratch, [positions + FLAG_ROWS][FLAG_ROWS]
   uint8_t* slanted_flags;   // scratch, likewise
   int32_t rows;             // target positions whose flags are wanted
-  uint8_t* const* flags;    // [rows] out: entries 1..positions
+  uint8_t* const* flags;    // [rows] out: entries 1..positions, as in cell_flags.h
   int32_t* best;            // [FLAG_ROWS] out: best cell of each target position or of one before it
 };
 

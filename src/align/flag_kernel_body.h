@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "align/cell_flags.h"
 #include "align/flag_kernel.h"
 
 namespace {
@@ -21,6 +22,9 @@ inline Vec splat(int32_t value) {
 }
 inline Vec max(Vec a, Vec b) {
   return a > b ? a : b;
+}
+inline Vec flag_where(Vec mask, int32_t flag) {
+  return mask & flag;
 }
 inline Vec lane_numbers(int first) {
   Vec v{};
@@ -96,7 +100,8 @@ void run_block(const FlagBlock& block) {
       corner[v] = above[v];
       h[v] = max(max(max(diagonal, up[v]), zero), left);
       const Vec is_up = h[v] == up[v], is_left = h[v] == left;
-      const Vec flags = ((h[v] == diagonal) & 1) | (is_up & 2) | (is_left & 4) | ((h[v] == zero) & 8);
+      const Vec flags = flag_where(h[v] == diagonal, MOVE_DIAGONAL) | flag_where(is_up, MOVE_UP) |
+                        flag_where(is_left, MOVE_LEFT) | flag_where(h[v] == zero, CELL_ZERO);
       store_bytes(block.slanted_flags + s * FLAG_ROWS + first, flags);
       gap_down[v] = h[v] - (is_up ? load(block.extend - s + first) : load(block.open - s + first));
       gap_left[v] = h[v] - (is_left ? load(block.extend - s - 1 + first) : load(block.open - s - 1 + first));

@@ -4,17 +4,14 @@
 #include <array>
 #include <cstdint>
 
+#include "align/cell_flags.h"
 #include "align/instruction_set.h"
 #include "align/lookup.h"
-#include "align/scan_reference.h"
 #include "util/memory.h"
 #include "util/table.h"
 
-// [target position][query position], row and column 0 clear. Beside its moves (which may reach 0 as well) every
-// cell tells whether its value is 0.
+// [target position][query position]: what cell_flags.h lists; row and column 0 clear.
 using MoveFlags = Table<uint8_t>;
-constexpr uint8_t ALL_MOVES = MOVE_DIAGONAL | MOVE_UP | MOVE_LEFT;
-constexpr uint8_t CELL_ZERO = 8;
 
 // uchararr, ucharfree - make and release the flags of one pair (stored lengths).
 MoveFlags uchararr(int32_t dlen, int32_t qlen);

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "seq/sequence_file.h"
+#include "align/cell_flags.h"
+#include "seq/sequence.h"
 
 namespace {
 

@@ -10,15 +10,8 @@
 #include "driver/params.h"
 #include "seq/matrix.h"
 
-// Move flags of a cell, set for every move whose value equals the cell's.
-enum MoveFlag : uint8_t {
-  MOVE_DIAGONAL = 1,
-  MOVE_UP = 2,    // from the previous target position: target residue opposite a gap
-  MOVE_LEFT = 4,  // from the previous query position: query residue opposite a gap
-};
-
 // Labels shared by the four kernels:
-// In     qlen, dlen: stored lengths, pads included; qlen <= 16000 (checked by the caller)
+// In     qlen, dlen: stored lengths, pads included; qlen <= MP_LEN (checked by the caller)
 //        target[1..dlen-2]: residue codes; table[c][i], i = 1..qlen-2: scores, matrix units x PRECISION
 // Out    best cell value >= 0, or -1 when either sequence has no residue
 // Ends   never: no allocation, no output, no exit

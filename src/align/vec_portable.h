@@ -57,7 +57,7 @@ V max(V a, V b) {
   return {a.v > b.v ? a.v : b.v};
 }
 
-// The gap value that a cell hands on, as in vec_avx2.h.
+// The gap value that a cell hands on, as in vec_byte_shuffle.h.
 template <class V>
 V carry(V cell, V gap, V open, V change) {
   return sub(cell, V{open.v ^ ((cell.v == gap.v) & change.v)});

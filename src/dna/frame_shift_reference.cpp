@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "align/scan_reference.h"
-#include "seq/sequence_file.h"
+#include "align/cell_flags.h"
+#include "seq/sequence.h"
 
 namespace {
 

@@ -28,6 +28,6 @@ int32_t npswli2(int32_t m, const int8_t* rows, int32_t n, const LookupTable& tab
 int32_t npswl(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table, int32_t ld_pen,
               int32_t fs_pen);
 
-// Move flags of the frame shift; the other moves are those of MoveFlag in scan_reference.h.
+// Move flags of the frame shift; the other moves are those of MoveFlag in cell_flags.h.
 constexpr uint8_t SHIFT_IN_ROWS = 8;      // nswli
 constexpr uint8_t SHIFT_IN_COLUMNS = 32;  // npswli2

@@ -17,6 +17,9 @@ struct SeqRec {
   int32_t len = 0;        // residues + 2
 };
 
+// The largest stored length of a query: MP_LEN - 2 residues. The scalar scan kernels keep a row of that size.
+constexpr int32_t MP_LEN = 16000;
+
 // Owner of sequence strings: blocks of SEQ_BLOCK_SIZE bytes that are filled from the front and never move. Beyond the
 // strings themselves a sequence costs four bytes; the unused tail of a block is never touched.
 struct SeqStore {

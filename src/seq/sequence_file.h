@@ -36,12 +36,9 @@ SeqReader make_reader(FILE* stream, const char* name);
 bool gseq_fasta(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 bool gseq_pir(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 
-// The longest query has MP_LEN - 2 residues.
-constexpr int32_t MP_LEN = 16000;
-
 // get_query_seq - opens QSEQ_FILE (left open) and reads its first record in the layout of QSEQ_FORMAT (0 PIR,
 // 1 FASTA). A query without residues passes (len 2).
-// Ends   when there is no record, on every fault of the file, and when the query is too long (status -1)
+// Ends   when there is no record, on every fault of the file, and when the query is longer than MP_LEN (status -1)
 SeqRec get_query_seq(SeqStore& store, Params* p);
 
 // get_db_seq - the next record of the database in the layout of DB_FORMAT (0 PIR, 1 FASTA); false at its end.

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "align/cell_flags.h"
 #include "align/lookup.h"
 #include "align/scan_reference.h"
 #include "support/small_alphabet.h"
