@@ -73,18 +73,6 @@ struct Batch {
   UTvector<SeqRec> seqs;
 };
 
-void read_batch(Batch& batch, SeqReader& reader, const Setup& setup, const Params* p) {
-  batch.seqs.clear();
-  freeseqs(batch.store);
-  SeqRec record;
-  for (int64_t bases = 0; bases < BATCH_BASES; bases += record.len) {
-    if (!get_db_seq(reader, batch.store, record, p)) break;
-    translate_dna(record, setup.codons, "Something weird happened when translating (swipd)");
-    seqtoi(record.seq, record.len, *setup.matrix);
-    batch.seqs.push_back(record);
-  }
-}
-
 void score_batch(const Batch& batch, const Setup& setup, const Params* p) {
   constexpr int32_t DIVISOR = 100;  // whatever PRECISION is
   const auto n = static_cast<int32_t>(batch.seqs.size());
@@ -93,6 +81,21 @@ void score_batch(const Batch& batch, const Setup& setup, const Params* p) {
   scan_frames(setup.query.len, batch.seqs.data(), n, setup.table, scores.data(), p);
   for (std::size_t k = 0; k < scores.size(); ++k) {
     std::fprintf(std_out, "%d %s\n", scores[k] / DIVISOR, batch.seqs[k].id);
+  }
+}
+
+void read_batch(Batch& batch, SeqReader& reader, const Setup& setup, const Params* p) {
+  batch.seqs.clear();
+  freeseqs(batch.store);
+  SeqRec record;
+  for (int64_t bases = 0; bases < BATCH_BASES; bases += record.len) {
+    if (!get_db_seq(reader, batch.store, record, p)) break;
+    if (const int32_t at = translate_dna(record, setup.codons); at != 0) {
+      score_batch(batch, setup, p);  // the lines of the sequences before it
+      end_untranslated(record, at, "Something weird happened when translating (swipd)");
+    }
+    seqtoi(record.seq, record.len, *setup.matrix);
+    batch.seqs.push_back(record);
   }
 }
 

@@ -54,12 +54,42 @@ std::array<int32_t, NCODONS> plain_codons(const CodonTable& codons) {
   return residues;
 }
 
+// The base that stands for an IUB code, or a zero byte.
+char base_of(char code) {
+  switch (code) {
+    case 'A':
+    case 'D':
+    case 'H':
+    case 'N':
+    case 'R':
+    case 'V':
+    case 'W':
+      return 'A';
+    case 'B':
+    case 'C':
+    case 'M':
+    case 'S':
+    case 'Y':
+      return 'C';
+    case 'G':
+    case 'K':
+      return 'G';
+    case 'T':
+      return 'T';
+    default:
+      return '\0';
+  }
+}
+
 int32_t find_ambiguous(const CodonTable& codons, const int8_t* letters) {
   char codon[4] = {};
   std::memcpy(codon, letters, 3);
   const int32_t residue = findcodon(codons.data(), NCODONS, codon);
   if (residue >= 0) return residue;
-  for (int32_t k = 0; k < 3; ++k) codon[k] = loose_ambiguity(codon[k]);
+  for (int32_t k = 0; k < 3; ++k) {
+    codon[k] = base_of(codon[k]);
+    if (codon[k] == '\0') return -1;
+  }
   return findcodon(codons.data(), NCODONS, codon);
 }
 
@@ -96,32 +126,12 @@ int32_t findcodon(const Codon* table, int32_t n, const char* codon) {
 }
 
 char loose_ambiguity(char base) {
-  switch (base) {
-    case 'A':
-    case 'D':
-    case 'H':
-    case 'N':
-    case 'R':
-    case 'V':
-    case 'W':
-      return 'A';
-    case 'B':
-    case 'C':
-    case 'M':
-    case 'S':
-    case 'Y':
-      return 'C';
-    case 'G':
-    case 'K':
-      return 'G';
-    case 'T':
-      return 'T';
-    default:
-      break;
+  const char resolved = base_of(base);
+  if (resolved == '\0') {
+    std::fprintf(std_err, "Error - character unrecognised: %c\n", base);
+    error("Unrecognised ambiguity base code", 1);
   }
-  std::fprintf(std_err, "Error - character unrecognised: %c\n", base);
-  error("Unrecognised ambiguity base code", 1);
-  return base;
+  return resolved;
 }
 
 UTvector<int8_t> dna_complement(int8_t* seq, int32_t len) {
@@ -137,7 +147,7 @@ UTvector<int8_t> dna_complement(int8_t* seq, int32_t len) {
   return complement;
 }
 
-void translate_dna(SeqRec& record, const CodonTable& codons, const char* failure) {
+int32_t translate_dna(SeqRec& record, const CodonTable& codons) {
   const std::array<int32_t, NCODONS> plain = plain_codons(codons);
   for (int32_t i = 1; i <= record.len - 4; ++i) {
     int8_t* const letters = record.seq + i;
@@ -147,9 +157,15 @@ void translate_dna(SeqRec& record, const CodonTable& codons, const char* failure
     const bool is_plain = a != NO_BASE && b != NO_BASE && c != NO_BASE;
     const int32_t residue =
         is_plain ? plain[static_cast<std::size_t>(16 * a + 4 * b + c)] : find_ambiguous(codons, letters);
-    if (residue < 0) error(failure, 1);
+    if (residue < 0) return i;
     letters[0] = static_cast<int8_t>(residue);
   }
+  return 0;
+}
+
+void end_untranslated(const SeqRec& record, int32_t at, const char* failure) {
+  for (int32_t k = 0; k < 3; ++k) loose_ambiguity(static_cast<char>(record.seq[at + k]));
+  error(failure, 1);
 }
 
 void setup_dnaseq(UTvector<int8_t>& out_dna, SeqRec& record, const CodonTable& codons,
@@ -159,5 +175,7 @@ void setup_dnaseq(UTvector<int8_t>& out_dna, SeqRec& record, const CodonTable& c
     std::copy(complement.begin(), complement.end(), record.seq);
   }
   out_dna.assign(record.seq, record.seq + record.len);
-  translate_dna(record, codons, "Something weird happened when translating");
+  if (const int32_t at = translate_dna(record, codons); at != 0) {
+    end_untranslated(record, at, "Something weird happened when translating");
+  }
 }

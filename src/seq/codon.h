@@ -38,11 +38,16 @@ UTvector<int8_t> dna_complement(int8_t* seq, int32_t len);
 // translate_dna - translates in place: position i = 1..len-4 becomes the residue of the codon that starts there.
 // Positions i, i+3, i+6, ... are one reading frame; the last two positions keep their DNA letters.
 // Does   a codon that is not in the table is looked up again with its ambiguity codes resolved
-// Ends   when that fails, with the message `failure`, and on letters that are no bases (status 0)
-void translate_dna(SeqRec& record, const CodonTable& codons, const char* failure);
+// Returns 0, or the first position whose codon has no residue even so; from there on the letters stay
+int32_t translate_dna(SeqRec& record, const CodonTable& codons);
+
+// end_untranslated - ends the run (status 0) over the codon at the position that translate_dna returned: by
+// loose_ambiguity when one of its letters is no base, otherwise with the message `failure`.
+void end_untranslated(const SeqRec& record, int32_t at, const char* failure);
 
 // setup_dnaseq - translate_dna that keeps the nucleotides, of the reverse complement when the flag is set. The
 // record's residues stay where they are.
 // Out    out_dna[0..len-1]: the letters that were translated, as in a record (blank, bases, zero byte)
+// Ends   when the sequence cannot be translated (status 0)
 void setup_dnaseq(UTvector<int8_t>& out_dna, SeqRec& record, const CodonTable& codons,
                   int32_t complement_flag);

@@ -300,8 +300,10 @@ class Inputs(TranslatedSearch):
         for mode, letters, named in ((22, "MKLW", "L"), (12, "MKLW", "L"), (10, "ATGUUUATG", "U")):
             self.refuse(f"Error - character unrecognised: {named}\nUnrecognised ambiguity base code: .*",
                         *self.inputs(mode, "MKLW", {"A": letters}), status=0)  # fmt: skip
-        # The last two letters of a strand that is read as it stands begin no codon: nothing asks what they are.
-        self.search(10, "WWW", {"A": "TGGEE"})
+        # Two letters make no codon: nothing asks what they are. Mode 10 writes what it found before the fault.
+        run = self.search(10, "WWW", {"A": "EE", "B": "TGG", "C": "TGGTGGEE"})
+        self.assertEqual(run.stdout, "0 A\n11 B\n")
+        self.assertRegex(run.stderr, "^Error - character unrecognised: E\n")
 
 
 class Examples(TranslatedSearch):
