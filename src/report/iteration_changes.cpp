@@ -20,9 +20,9 @@ int32_t highest_seqno(const HitList& hits) {
 }
 
 void pair_lists(HitList& previous, HitList& current) {
-  // Where each sequence stands in the current list.
+  // Where each sequence first stands in the current list.
   UTvector<int32_t> position(static_cast<std::size_t>(highest_seqno(current)) + 1, NO_MATCH);
-  for (std::size_t k = 0; k < current.size(); ++k) {
+  for (std::size_t k = current.size(); k-- > 0;) {
     position[static_cast<std::size_t>(current[k].seqno)] = static_cast<int32_t>(k);
   }
   for (std::size_t k = 0; k < previous.size(); ++k) {

@@ -24,7 +24,7 @@ void iter_hist(IterHistory& history, const ResultRec& results, int32_t iteration
                const Params* p);
 
 // print_changes - pairs this iteration's hits with the previous one's and writes what left and what entered.
-// In     history: the slots iteration - 1 and iteration, no sequence twice in a slot; `match` is rewritten
+// In     history: the slots iteration - 1 and iteration; `match` is rewritten
 //        seqs: indexed by IterHit::seqno
 // Returns the number of entry lines written, headings not counted: 0 says that nothing changed; or -1 for
 //        iteration 0, which has nothing to compare with
