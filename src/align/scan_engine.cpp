@@ -1,6 +1,5 @@
 #include "align/scan_engine.h"
 
-#include <algorithm>
 #include <initializer_list>
 
 #include "align/lane_feed.h"
@@ -59,62 +58,75 @@ bool has_tier(const ScanScores& scores, const LaneScores& lane, InstructionSet s
          (scores.recurrence == Recurrence::LOCAL || is_prepared(scores, lane, width));
 }
 
-// One tier: scores the sequences of `numbers` and returns those whose lanes overflowed.
-UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width,
-                            InstructionSet set, const SeqRec* seqs, const UTvector<int32_t>& numbers,
-                            int32_t* out_scores, ScanTally& tally, ScanMeter& meter) {
-  const KernelShape shape = kernel_shape(set, width, scores.recurrence);
-  const std::size_t vector = static_cast<std::size_t>(shape.lanes * shape.lane_bytes);
-  const LaneTable table = make_lane_table(lane, width, shape);
-  const auto row_count = static_cast<int32_t>(lane.rows.size() / ROW_CODES);
-  const bool prepared = is_prepared(scores, lane, width);
-
+// The kernel's side of one tier. The call points into the blocks beside it.
+struct Tier {
+  KernelShape shape{};
+  std::size_t vector_bytes = 0;
+  LaneTable table;
   AlignedBlock state;
   AlignedBlock scratch;
   AlignedBlock best;
   AlignedBlock best_before;
-  resize_block(state, static_cast<std::size_t>(lane.positions * shape.state_vectors) * vector);
-  resize_block(scratch, prepared ? static_cast<std::size_t>(row_count * shape.columns) * vector : 0);
-  resize_block(best, vector);
-  resize_block(best_before, (CHUNK_BLOCKS + 1) * vector);
+  KernelCall call{};  // all but the chunk
+};
 
-  KernelCall call{};
+// `lane` must outlive the tier.
+Tier make_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width, InstructionSet set) {
+  Tier tier;
+  const KernelShape& shape = tier.shape = kernel_shape(set, width, scores.recurrence);
+  const std::size_t vector = tier.vector_bytes = static_cast<std::size_t>(shape.lanes * shape.lane_bytes);
+  const auto row_count = static_cast<int32_t>(lane.rows.size() / ROW_CODES);
+  const bool prepared = is_prepared(scores, lane, width);
+  tier.table = make_lane_table(lane, width, shape);
+  resize_block(tier.state, static_cast<std::size_t>(lane.positions * shape.state_vectors) * vector);
+  resize_block(tier.scratch, prepared ? static_cast<std::size_t>(row_count * shape.columns) * vector : 0);
+  resize_block(tier.best, vector);
+  resize_block(tier.best_before, (CHUNK_BLOCKS + 1) * vector);
+
+  KernelCall& call = tier.call;
   call.recurrence = scores.recurrence;
   call.width = width;
   call.source = prepared ? ScoreSource::PREPARED : ScoreSource::DIRECT;
   call.affine = !lane.open.empty();
   call.positions = lane.positions;
-  call.rows = table.rows.data;
+  call.rows = tier.table.rows.data;
   call.row_count = row_count;
   call.row_of = lane.row_of.data();
-  call.open = table.open.data();
-  call.change = table.change.data();
-  call.shift = table.shift;
-  call.state = state.data;
-  call.scratch = scratch.data;
-  call.best = best.data;
-  call.best_before = best_before.data;
+  call.open = tier.table.open.data();
+  call.change = tier.table.change.data();
+  call.shift = tier.table.shift;
+  call.state = tier.state.data;
+  call.scratch = tier.scratch.data;
+  call.best = tier.best.data;
+  call.best_before = tier.best_before.data;
+  return tier;
+}
 
-  const UTvector<int32_t> order = scan_order(seqs, numbers, shape.lanes);
-  const int32_t mark = overflow_mark(lane, width, shape);
+// Scores the sequences of `numbers` by one tier and returns those whose lanes overflowed.
+UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width,
+                            InstructionSet set, const SeqRec* seqs, const UTvector<int32_t>& numbers,
+                            int32_t* out_scores, ScanTally& tally, ScanMeter& meter) {
+  Tier tier = make_tier(scores, lane, width, set);
+  const UTvector<int32_t> order = scan_order(seqs, numbers, tier.shape.lanes);
+  const int32_t mark = overflow_mark(lane, width, tier.shape);
   UTvector<int32_t> overflowed;
   LaneFeed feed;
-  start_feed(feed, shape, seqs, order);
+  start_feed(feed, tier.shape, seqs, order);
   while (fill_chunk(feed)) {
-    call.blocks = feed.blocks;
-    call.residues = feed.residues.data;
-    call.turns = feed.turns.data;
-    call.masks = feed.masks.data;
-    tally.set = run_kernel_of(set, call);
+    tier.call.blocks = feed.blocks;
+    tier.call.residues = feed.residues.data;
+    tier.call.turns = feed.turns.data;
+    tier.call.masks = feed.masks.data;
+    tally.set = run_kernel_of(set, tier.call);
     for (const LaneEnd& end : feed.ends) {
-      const uint8_t* of_block = best_before.data + static_cast<std::size_t>(end.block) * vector;
-      const int32_t value = lane_value(of_block, end.lane, width);
+      const uint8_t* best = tier.best_before.data + static_cast<std::size_t>(end.block) * tier.vector_bytes;
+      const int32_t value = lane_value(best, end.lane, width);
       scanned(meter, seqs[end.sequence]);
       if (value >= mark) {
         overflowed.push_back(end.sequence);
         scan_again(meter, seqs[end.sequence]);
       } else {
-        out_scores[end.sequence] = (value - shape.zero_score) * lane.unit;
+        out_scores[end.sequence] = (value - tier.shape.zero_score) * lane.unit;
       }
     }
     show_scan_meter(meter);

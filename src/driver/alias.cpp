@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "driver/config_file.h"
-#include "util/failure.h"
 #include "util/text.h"
 
 namespace {

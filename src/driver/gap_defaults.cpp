@@ -2,7 +2,6 @@
 
 #include "driver/config_file.h"
 #include "driver/key_table.h"
-#include "util/failure.h"
 #include "util/streams.h"
 #include "util/text.h"
 

@@ -9,8 +9,6 @@
 //   FREQTAB_OUT    a block for each range: bucket middle, share of the hits, fitted density; one line per score
 #pragma once
 
-#include <cstdio>
-
 #include "stats/lpfit.h"
 #include "stats/range_fit.h"
 #include "stats/score_table.h"

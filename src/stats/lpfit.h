@@ -24,11 +24,10 @@ enum LpfitError : int32_t {
   FIT_NO_TABLE = 39,         // no room for the table of scores
   FIT_NO_HITS = 42,          // there is no sequence to fit to
   FIT_SCORES_TOO_WIDE = 43,  // more than MAX_SCORE_BUCKETS (score_table.h): a few scores dwarf all others
-  FIT_TOO_FEW_RANGES =
-      44,  // at no width do three ranges have more than minbuck hits: the database is too small
-  FIT_NO_WORK_SPACE = 45,  // no room for the fit of a range
-  FIT_RANGE_FAILED = 48,   // the scores of a range follow no extreme-value curve, e.g. are all the same
-  FIT_SCALE_FAILED = 51    // the fit of the scale against lpl
+  FIT_TOO_FEW_RANGES = 44,   // no width gives three ranges with more than minbuck hits: too small a database
+  FIT_NO_WORK_SPACE = 45,    // no room for the fit of a range
+  FIT_RANGE_FAILED = 48,     // the scores of a range follow no extreme-value curve, e.g. are all the same
+  FIT_SCALE_FAILED = 51      // the fit of the scale against lpl
 };
 
 struct LpfitData {

@@ -6,6 +6,13 @@
 
 #include "util/numbers.h"
 
+namespace {
+
+constexpr double LOWEST_LPL = FIRST_LPL_TENTHS / 10.0;
+constexpr double HIGHEST_LPL = (FIRST_LPL_TENTHS + LPL_BINS) / 10.0;
+
+}  // namespace
+
 double log_length_product(int32_t qlen, int32_t dblen) {
   const auto product = static_cast<int32_t>(static_cast<uint32_t>(qlen) * static_cast<uint32_t>(dblen));
   return product > 0 ? std::log(static_cast<double>(product)) : std::numeric_limits<double>::quiet_NaN();
@@ -14,7 +21,7 @@ double log_length_product(int32_t qlen, int32_t dblen) {
 ScoreSummary summarise_scores(const float* score, int32_t n) {
   ScoreSummary summary;
   summary.count = n;
-  summary.lowscore = 10000;
+  summary.lowscore = HIGHEST_LOWSCORE;
   for (int32_t i = 0; i < n; ++i) {
     const int32_t s = UTtruncate(static_cast<double>(score[i]));
     summary.lowscore = std::min(summary.lowscore, s);
@@ -24,7 +31,7 @@ ScoreSummary summarise_scores(const float* score, int32_t n) {
   summary.mean = summary.sum / n;
   const double variance = (summary.sumsq - summary.sum * summary.sum / n) / n;
   summary.sd = std::sqrt(std::max(variance, 0.0));  // rounding can leave less than nothing
-  summary.maxscore = UTtruncate(summary.mean + 5.0 * summary.sd);
+  summary.maxscore = UTtruncate(summary.mean + SCORES_UP_TO_SD * summary.sd);
   return summary;
 }
 
@@ -41,7 +48,8 @@ ScoreTable count_scores(const float* score, const int32_t* qlen, const int32_t* 
   for (int32_t i = 0; i < n; ++i) {
     const int32_t s = UTtruncate(static_cast<double>(score[i]));
     const double lpl = log_length_product(qlen[i], dblen[i]);
-    if (s < summary.lowscore || s > summary.maxscore || !(lpl >= 4.0 && lpl <= 20.0)) continue;
+    const bool in_bins = lpl >= LOWEST_LPL && lpl <= HIGHEST_LPL;  // never so without lpl, which is no number
+    if (s < summary.lowscore || s > summary.maxscore || !in_bins) continue;
     const int32_t bin = std::min(static_cast<int32_t>(10.0 * lpl) - FIRST_LPL_TENTHS, LPL_BINS - 1);
     ++table.bins[bin].count;
     table.bins[bin].tenths_sum += 10.0 * lpl;

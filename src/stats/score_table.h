@@ -7,9 +7,11 @@
 #include "util/memory.h"
 
 constexpr int32_t LPL_BINS = 160;              // of width 0.1
-constexpr int32_t FIRST_LPL_TENTHS = 40;       // bin 0 starts at lpl 4.0; the last one ends at 20.0
+constexpr int32_t FIRST_LPL_TENTHS = 40;       // lower edge of bin 0, in widths of a bin
 constexpr int32_t MAX_RANGE_WIDTH = 20;        // bins
 constexpr int32_t MAX_SCORE_BUCKETS = 100000;  // a table of 64 MB; ordinary scans need a few hundred
+constexpr int32_t HIGHEST_LOWSCORE = 10000;    // the table starts no higher
+constexpr double SCORES_UP_TO_SD = 5.0;  // standard deviations above the mean; beyond are the related few
 
 // log_length_product - lpl of two lengths in residues.
 // Returns not-a-number when the product, formed in 32 bits with wrap-around, is not positive: an empty sequence,
@@ -18,8 +20,8 @@ double log_length_product(int32_t qlen, int32_t dblen);
 
 struct ScoreSummary {  // of the truncated scores of all hits
   int32_t count = 0;
-  int32_t lowscore = 0;  // the lowest, 10000 at most
-  int32_t maxscore = 0;  // mean + 5 SD, truncated: hits above take no part
+  int32_t lowscore = 0;  // the lowest, HIGHEST_LOWSCORE at most
+  int32_t maxscore = 0;  // mean + SCORES_UP_TO_SD, truncated: hits above take no part
   double mean = 0;
   double sd = 0;
   double sum = 0;

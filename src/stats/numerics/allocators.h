@@ -4,7 +4,7 @@
 // checked allocator, which would end the run.
 #pragma once
 
-// Status of the fitting routines; a code says what failed, the caller knows where.
+// Status of the fitting routines; a code says what failed, the caller knows where. The numbers are shown to the user.
 enum NumericsStatus : int {
   NUMERICS_OK = 0,
   NO_VECTOR = 11,    // vector; also the work vectors of gaussj

@@ -8,7 +8,7 @@
 // In     x[1..ndata], y[1..ndata], sig[1..ndata] the standard deviations of y; a[1..ma]; ia[j] != 0: parameter j
 //        is fitted
 // Out    alpha[1..mfit][1..mfit], beta[1..mfit] over the fitted parameters in their order; *chisq
-// Returns 0, or 15 (no work vector; the results are then unset)
+// Returns NUMERICS_OK, or NO_DVECTOR (the results are then unset)
 int mrqcof(const double* x, const double* y, const double* sig, int ndata, const double* a, const int* ia,
            int ma, double** alpha, double* beta, double* chisq, FitModel model);
 
@@ -19,8 +19,8 @@ int mrqcof(const double* x, const double* y, const double* sig, int ndata, const
 //        parameters) and releases the work space
 // In/Out a[1..ma]; *chisq the smallest chi-square so far; covar, alpha[1..ma][1..ma] work space of the fit,
 //        covar the covariance after the last call
-// Returns 0, 15 or 17 or 171 (no room), 33 (singular matrix). After a failure the work space is released and the
-//        fit is over
+// Returns NUMERICS_OK, NO_DVECTOR, NO_ROWS or NO_ELEMENTS, or a code of gaussj. After a failure the work space is
+//        released and the fit is over
 // State  the work space and the last chi-square live in file scope between calls: one fit at a time. A fit that
 //        was started and dropped is released when the next one starts
 int mrqmin(const double* x, const double* y, const double* sig, int ndata, double* a, const int* ia, int ma,

@@ -5,7 +5,7 @@
 // Does   Gauss-Jordan elimination with full pivoting, in place
 // In     a[1..n][1..n] the matrix, b[1..n][1..m] one right-hand side per column
 // Out    a is replaced by its inverse, b by the solutions; both are unset after a failure
-// Returns 0, 11 (no work vectors) or 33 (the matrix is singular, or holds what is not a number)
+// Returns NUMERICS_OK, NO_VECTOR (no work vectors) or SINGULAR (or the matrix holds what is not a number)
 // Source Press, Teukolsky, Vetterling, Flannery: Numerical Recipes in C, 2nd edition, section 2.1
 int gaussj(double** a, int n, double** b, int m);
 

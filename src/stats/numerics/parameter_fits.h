@@ -8,10 +8,10 @@
 
 // expfitPARAMA - fits a1 + a2 x exp(-lpl / a3), every point of weight 1, from the given coefficients.
 // Does   steps of mrqmin until eight in a row lowered chi-square by less than 0.001
-// Returns 0, 12, 15, 17 or 171 (no room), 33 (singular matrix), 34 (not settled within 10,000 steps, or the
-//        result is not finite); a is the latest attempt then
+// Returns NUMERICS_OK, NO_IVECTOR, a code of mrqmin, or NOT_SETTLED (within 10,000 steps, or the result is not
+//        finite); a is the latest attempt then
 int expfitPARAMA(const double* x, const double* y, int n, double* a, int* error, int trace, FILE* stream);
 
 // linfitPARAMB2 - fits a2 x lpl, every standard deviation 0.001; a1 is set to 0 and held.
-// Returns 0, or a code of lfit
+// Returns NUMERICS_OK, NO_IVECTOR or a code of lfit
 int linfitPARAMB2(const double* x, const double* y, int n, double* a, int* error, int trace, FILE* stream);
