@@ -3,9 +3,7 @@
 set(ZELVAN_SHARE ${CMAKE_INSTALL_DATADIR}/zelvan)
 set(ZELVAN_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
-if(TARGET zelvan)
-  install(TARGETS zelvan RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-endif()
+install(TARGETS zelvan RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY data/matrices data/codons examples DESTINATION ${ZELVAN_SHARE})
 install(FILES data/config/zelvan_alias.dat data/config/zelvan_gapdefs.dat DESTINATION ${ZELVAN_SHARE}/config)
 install(FILES packaging/zelvan.bash DESTINATION ${ZELVAN_COMPLETIONS} RENAME zelvan)

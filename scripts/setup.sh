@@ -1,4 +1,4 @@
-# Sourced by demo.sh and test.sh: makes sure that the tools they need are on this machine.
+# Sourced by the other scripts: makes sure that the tools they need are on this machine.
 # need_tools "command package" ... : installs what is missing with apt where that is possible, else names it.
 
 have() {

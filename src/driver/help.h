@@ -13,7 +13,7 @@ inline constexpr const char* CREDIT_LINES[2] = {
 };
 
 // ZELVAN_PrintOptions - writes the banner and the brief help, then ends the run (status -1).
-// In     version: ends in a newline
+// In     aliases: not read; version: ends in a newline
 [[noreturn]] void ZELVAN_PrintOptions(FILE* stream, const AliasTable& aliases, const char* version);
 
 // ZELVAN_BriefHelp - writes the brief help when flag is 0, nothing otherwise.
