@@ -127,6 +127,12 @@ class IterativeSearch(zelvan_cli.TestCase):
         self.assertIn("#\n# Have converged - skipping any remaining iterations.\n#\n", run.stdout)
         self.assertIn("# Reported in this iteration (1) but not in the previous iteration (0)\n#\n", run.stdout)
 
+    def test_the_kind_of_significance_is_named(self):
+        for kind, name in ((0, "Pval"), (1, "Eval")):
+            run = self.succeed(*self.search, "-NITER", 1, "-PROB_TYPE", kind)
+            self.assertRegex(run.stdout, rf"\n# {name} Cutoff: .*\n(?:# FIT.*\n)+# {name} Cutoff for profile: ")
+            self.assertIn(f" {name}ue: ", run.stdout)
+
     def test_iteration_limit(self):
         extracted = self.work / "zelvan_extract.seq"
         extract = ("-EXTRACT_SEQ", 5, "-EXTRACT_SEQ_FORMAT", 0)
