@@ -9,6 +9,10 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+// Blocks of a full chunk. Residues are transposed by squares of 8 columns: a chunk has whole squares whatever the
+// columns of a block are.
+constexpr int32_t CHUNK_BLOCKS = 16;
+
 // A sequence that ended in the chunk last filled.
 struct LaneEnd {
   int32_t block;  // its best cell stands in best_before of this block
@@ -18,12 +22,12 @@ struct LaneEnd {
 
 struct LaneFeed {
   KernelShape shape{};
-  const SeqRec* seqs = nullptr;
-  const UTvector<int32_t>* order = nullptr;  // sequence numbers, none without residues
+  const SeqRec* seqs = nullptr;              // encoded; not owned
+  const UTvector<int32_t>* order = nullptr;  // sequence numbers, none without residues; not owned
   std::size_t next = 0;                      // of order
   struct Lane {
-    const int8_t* at = nullptr;
-    int32_t left = 0;
+    const int8_t* at = nullptr;  // next residue of its sequence
+    int32_t left = 0;            // residues to come
     int32_t sequence = -1;
   };
   UTvector<Lane> lanes;
@@ -42,11 +46,10 @@ struct LaneFeed {
 // database, which reads it from end to end.
 UTvector<int32_t> scan_order(const SeqRec* seqs, const UTvector<int32_t>& numbers, int32_t lanes);
 
-// start_feed - `order` must outlive the feed.
+// start_feed - makes ready to feed the sequences of `order`, which must outlive the feed like seqs.
+// In     shape: of the kernel that is fed, which has lanes
 void start_feed(LaneFeed& feed, const KernelShape& shape, const SeqRec* seqs, const UTvector<int32_t>& order);
 
-// fill_chunk - the next piece of all lanes. Returns false when every sequence has ended.
+// fill_chunk - the next piece of all lanes: blocks, residues, turns, masks and ends.
+// Returns false when every sequence has ended before
 bool fill_chunk(LaneFeed& feed);
-
-// Blocks of a full chunk: whatever a block's width is, its columns are a multiple of 8.
-constexpr int32_t CHUNK_BLOCKS = 16;

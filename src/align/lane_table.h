@@ -34,7 +34,8 @@ struct LaneScores {
   int32_t highest_penalty = 0;
 };
 
-// make_lane_scores - table->rows must be below ROW_CODES.
+// make_lane_scores - the scores of a scan in the form that every width starts from.
+// In     scores.table->rows < ROW_CODES, scores.positions >= 1
 LaneScores make_lane_scores(const ScanScores& scores);
 
 // fits - whether every score and penalty can be held in lanes of this width and is treated exactly there.
@@ -48,4 +49,6 @@ struct LaneTable {
   uint32_t shift = 0;
 };
 
+// make_lane_table - the same for the kernel of this width and shape.
+// In     scores that fit the width
 LaneTable make_lane_table(const LaneScores& scores, LaneWidth width, const KernelShape& shape);

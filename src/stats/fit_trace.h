@@ -25,7 +25,7 @@ struct FitTrace {
 // Ends   when a file cannot be created ("Error opening File", status -1)
 FitTrace open_fit_trace(const LpfitData& lpfit);
 
-// The steps, for the files that are open.
+// The steps, for the files that are open. `choice` has at least one range; `number` counts them from 1.
 void trace_summary(const FitTrace& trace, const ScoreSummary& summary, int32_t n);
 void trace_width(const FitTrace& trace, const RangeChoice& tried);
 void trace_choice(const FitTrace& trace, const ScoreTable& table, const RangeChoice& choice);

@@ -9,7 +9,7 @@ constexpr int32_t LINE_BUFFER_SIZE = 200;
 constexpr std::size_t READ_BUFFER_SIZE = 61;
 constexpr std::size_t SEQ_BLOCK_SIZE = 1000;
 #else
-constexpr int32_t LINE_BUFFER_SIZE = 100'000;            // a longer line is read as several
-constexpr std::size_t READ_BUFFER_SIZE = 256 * 1024;     // a piece of a sequence file
-constexpr std::size_t SEQ_BLOCK_SIZE = 4 * 1024 * 1024;  // of a SeqStore; longer sequences have their own
+constexpr int32_t LINE_BUFFER_SIZE = 100'000;                     // a longer line is read as several
+constexpr std::size_t READ_BUFFER_SIZE = std::size_t{256} << 10;  // a piece of a sequence file
+constexpr std::size_t SEQ_BLOCK_SIZE = std::size_t{4} << 20;      // of a SeqStore; larger ones are made to fit
 #endif
