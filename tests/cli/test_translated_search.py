@@ -100,6 +100,7 @@ class Ranking(TranslatedSearch):
         search = (22, self.gene(database["P3"]), database, "-probcut", 1e6)
         run = self.search(*search, "-dump_stats", 1)
         self.assertIn("# Sequences: 600,", (self.work / "zelvan_dump_stats.log").read_text())
+        self.assertRegex(run.stdout, r"\n 600 +\d+ +\d\d\.\d\d \d")  # the z-score to the right of its column
         expectations = zelvan_cli.score_lists(run.stdout)[0]
         probabilities = self.listed(*search, "-fit_type", 1)
         self.assertEqual((len(expectations), len(self.sections(run))), (600, 600))
