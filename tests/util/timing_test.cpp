@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <sstream>
 #include <thread>
 #include <vector>
+
+#include "support/capture.h"
 
 namespace {
 
@@ -14,6 +17,13 @@ std::vector<double> numbers(const UTstring& text) {
   std::vector<double> values;
   for (double value; stream >> value;) values.push_back(value);
   return values;
+}
+
+// A text with every digit as 9: the layout, whatever the figures.
+std::string layout(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }, '9');
+  return text;
 }
 
 void burn(double seconds) {
@@ -43,6 +53,30 @@ TEST(Timing, MeasuresSinceTheLastReadingAndSinceTheStart) {
   EXPECT_GE(numbers(UT_get_times(1))[0], second[0]) << "as if it had not been read in between";
   UT_reset_times();
   EXPECT_EQ(UT_get_times(0), "    0.0") << "started afresh by the reading";
+}
+
+TEST(Timing, LaysItsFiguresOutInFixedColumns) {
+  UT_reset_times();
+  UT_init_times();
+  const auto taken = [](int32_t mode) { return layout(UT_get_times(mode).c_str()); };
+  const auto shown = [](int32_t mode) {
+    return layout(written([&](FILE* stream) { UT_show_times(stream, mode); }));
+  };
+  const std::string one = "    9.9";
+  const std::string four = one + " " + one + " " + one + " " + one;
+  EXPECT_EQ(taken(0), one);
+  EXPECT_EQ(taken(1), four);
+  EXPECT_EQ(taken(2), four + " " + four + " " + four + " " + four);
+  EXPECT_EQ(taken(3), four);
+  EXPECT_EQ(shown(0), "Elapsed time:   9.99\n");
+  const std::string two = one + one + ")";
+  EXPECT_EQ(shown(1), "CPU(P" + two + "(C" + two + "(T" + two + "(E" + two + "\n");
+  const std::string three = one + ":" + one + ":" + one + "|";
+  const std::string row = ":" + three + three + one + ":" + one + "\n";
+  EXPECT_EQ(shown(2), "            user:    sys:  total| c user:  c sys: ctotal:el/tcpu:    cum\nMaster  " +
+                          row + "Children" + row);
+  EXPECT_EQ(shown(3),
+            "Cum CPU Time: Parent: " + one + " Child: " + one + " Total: " + one + " Elapsed: " + one + "\n");
 }
 
 }  // namespace
