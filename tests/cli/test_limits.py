@@ -34,9 +34,17 @@ class Limits(zelvan_cli.TestCase):
         (lines,) = zelvan_cli.score_lists(run.stdout)
         return lines
 
-    def test_as_many_default_penalties_as_there_is_room_for(self):
-        for count, sentence in ((500, "No Query\n"), (501, "Error decoding gap penalties: .*  Line: 501\n.*")):
-            self.configure("DO_STATS 2\n", gapdefs="2:md.mat:1.5:2:3:4\n" * count)
+    def test_configuration_files_end_where_they_should(self):
+        entry = "2:md.mat:1.5:2:3:4\n"
+        accepted, refused = "No Query\n", "Error decoding gap penalties: .*  Line: {}\n.*"
+        two_signs = "Should have text or newline after # symbol in alias file: .*  Line: 1\n.*"
+        for files, sentence in (
+            ({"gapdefs": 500 * entry}, accepted),
+            ({"gapdefs": 501 * entry}, refused.format(501)),
+            ({"gapdefs": entry + "\nread no further\n"}, accepted),
+            ({"aliases": "MODE mode # one # two\n"}, two_signs),
+        ):
+            self.configure("DO_STATS 2\n", **files)
             self.refuse(sentence, "-s", self.file("none", ""))
 
     def test_names_of_a_megabyte(self):
