@@ -147,7 +147,7 @@ _LINE = [
 
 
 def _read_hit(line, rank, layout):
-    """The hit of a list line; layout is the entry of _LINE that fits the list's first line."""
+    """The hit of a list line; layout is an entry of _LINE."""
     match = layout[0].fullmatch(line)
     if not match:
         raise ReportError(f"cannot read this line of the score list: {line}")

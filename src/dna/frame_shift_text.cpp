@@ -87,8 +87,8 @@ int32_t sum(const UTvector<int32_t>& taken, std::size_t from, std::size_t to) {
   return total;
 }
 
-// The number of a nucleotide in the file, whichever strand was searched.
-int32_t base_number(int32_t base, const SeqRec& query, const Params* p) {
+// Where a nucleotide stands in the file, whichever strand was searched.
+int32_t place_in_file(int32_t base, const SeqRec& query, const Params* p) {
   return p->COMPLEMENT_QUERY != 0 ? query.len - 1 - base : base;
 }
 
@@ -111,8 +111,8 @@ void print_blocks(const FrameLines& lines, const FramePath& path, const SeqRec& 
     const auto end = static_cast<int32_t>(to);
     print_letters(row, lines.protein, from, to, next_row - 1);
     printbid(std_out, lines.markers, begin, end);
-    print_letters(base_number(base, query, p), lines.translated, from, to,
-                  base_number(next_base - 1, query, p));
+    print_letters(place_in_file(base, query, p), lines.translated, from, to,
+                  place_in_file(next_base - 1, query, p));
     for (const UTstring& bases : lines.bases) printbid(std_out, bases, begin, end);
     std::fputc('\n', std_out);
     row = next_row;
@@ -132,7 +132,7 @@ void print_figures(const FrameLines& lines, const FramePath& path, const Pair& p
   const int32_t last_base = path.first_base + sum(lines.bases_taken, 0, columns) - 1;
   std::fprintf(std_out, "\n# Residues: %d-%d Nucleotides: %d-%d Identical: %d Frame_Shifts: %d\n",
                path.first_row, path.first_row + sum(lines.rows_taken, 0, columns) - 1,
-               base_number(path.first_base, pair.query, p), base_number(last_base, pair.query, p),
+               place_in_file(path.first_base, pair.query, p), place_in_file(last_base, pair.query, p),
                lines.identical, lines.shifts);
 }
 

@@ -86,7 +86,7 @@ UTstring bar_text(const Bar& bar, double per_character) {
 void write_histogram(FILE* log, const ZStats& stats, const int32_t* zscores, const Params* p) {
   const UTvector<Bar> bars = make_bars(zscores, stats.n, p);
   double highest = 1;
-  for (const Bar& bar : bars) highest = std::max({highest, double{1} * bar.observed, bar.expected});
+  for (const Bar& bar : bars) highest = std::max({highest, static_cast<double>(bar.observed), bar.expected});
   const double per_character = std::max(1.0, highest / LONGEST_BAR);
   std::fprintf(log, "#\n# z-scores: observed (=, %.1f sequences a character) and expected by chance (*)\n",
                per_character);

@@ -89,6 +89,7 @@ void prepare_database(Search& search, Params* p) {
   }
 }
 
+// The fragment file is deliberately written only beside the block file.
 void open_side_files(Params* p) {
   if (p->PRINT_BLOCK_FILE != 1) return;
   UTfileopen(p->BLOCK_FILE_OUT, "w", 1);

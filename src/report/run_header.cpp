@@ -12,6 +12,10 @@
 
 namespace {
 
+constexpr int32_t TITLE_WIDTH = 61;
+constexpr int32_t START_RULE_WIDTH = 52;
+constexpr int32_t TIMES_RULE_WIDTH = 54;
+
 bool mode_is_one_of(std::initializer_list<int32_t> modes, const Params* p) {
   return std::find(modes.begin(), modes.end(), p->MODE) != modes.end();
 }
@@ -32,7 +36,7 @@ void print_program_and_query(FILE* stream, const SeqRec& query, const Params* p)
   std::fprintf(stream, "# Query file:     %s\n", p->QSEQ_FILE.name.c_str());
   std::fprintf(stream, "# Query ID:       %s\n", query.id);
   std::fputs("# Query Title:    ", stream);
-  UTpstring(stream, query.title, 61);
+  UTpstring(stream, query.title, TITLE_WIDTH);
   std::fputc('\n', stream);
   std::fprintf(stream, "# Query Length:   %d\n", query.len - 2);
 }
@@ -133,7 +137,7 @@ void dump_info(FILE* stream, const SeqRec& query, const ScoreMatrix& matrix, con
   }
   if (p->MODE >= 200 && p->MODE <= 299) std::fprintf(stream, "# Iteration: %d\n", p->ITERATION);
   std::fputs("# Start_Scores: ", stream);
-  UTpline(stream, '-', 52);
+  UTpline(stream, '-', START_RULE_WIDTH);
 }
 
 void FullParameterDump(FILE* stream, const Params* p) {
@@ -152,7 +156,7 @@ void print_times2(FILE* stream, const RunTimes& times, int32_t query_length, int
   const double cpu_rate = millions_a_second(cells, std::strtod(scan.c_str(), nullptr));
   const double elapsed_rate = millions_a_second(cells, static_cast<double>(elapsed_seconds));
   std::fputs("# ", stream);
-  UTpline(stream, '-', 54);
+  UTpline(stream, '-', TIMES_RULE_WIDTH);
   std::fprintf(stream, "# Scan Completed at: %s", UTlocaltime());
   std::fputs("# \n", stream);
   std::fputs("# Times:                              (Seconds)\n", stream);

@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr int32_t END_RULE_WIDTH = 54;
+
 // A cut-off is single precision, the value double: compared as doubles. No number never passes.
 bool within(float cutoff, double value) {
   return static_cast<double>(cutoff) >= value;
@@ -24,7 +26,7 @@ void print_list_end(RunTimes& times, const Params* p) {
   times[TIME_SCORES] = UT_get_times(1);
   if (p->SHOW_BLURB != 0) {
     std::fputs("# End_Scores: ", std_out);
-    UTpline(std_out, '-', 54);
+    UTpline(std_out, '-', END_RULE_WIDTH);
   }
 }
 
