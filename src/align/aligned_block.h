@@ -7,9 +7,14 @@
 
 #include "util/memory.h"
 
+// Moved with its storage, never copied: the copy would point into the storage of the original.
 struct AlignedBlock {
   UTvector<uint8_t> storage;
   uint8_t* data = nullptr;  // into storage, on a multiple of 64
+
+  AlignedBlock() = default;
+  AlignedBlock(AlignedBlock&&) = default;
+  AlignedBlock& operator=(AlignedBlock&&) = default;
 };
 
 // resize_block - `size` bytes, all 0.

@@ -1,5 +1,6 @@
 #include "align/scan_engine.h"
 
+#include <cstring>
 #include <initializer_list>
 
 #include "align/lane_feed.h"
@@ -30,17 +31,23 @@ bool is_prepared(const ScanScores& scores, const LaneScores& lane, LaneWidth wid
   return scores.uniform && width != LaneWidth::BITS32 && lane.rows.size() / ROW_CODES <= MAX_PREPARED;
 }
 
-// One lane of a vector.
+template <class Lane>
+int32_t read_lane(const uint8_t* vector, int32_t lane) {
+  Lane value;
+  std::memcpy(&value, vector + static_cast<std::size_t>(lane) * sizeof value, sizeof value);
+  return value;
+}
+
 int32_t lane_value(const uint8_t* vector, int32_t lane, LaneWidth width) {
   switch (width) {
     case LaneWidth::BITS8:
-      return reinterpret_cast<const int8_t*>(vector)[lane];
+      return read_lane<int8_t>(vector, lane);
     case LaneWidth::BITS16:
-      return reinterpret_cast<const int16_t*>(vector)[lane];
+      return read_lane<int16_t>(vector, lane);
     case LaneWidth::BITS32:
       break;
   }
-  return reinterpret_cast<const int32_t*>(vector)[lane];
+  return read_lane<int32_t>(vector, lane);
 }
 
 // The least lane value that may be the mark of an overflow. A lane that does not saturate would run over with
