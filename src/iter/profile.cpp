@@ -58,7 +58,7 @@ void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* score
                    int32_t nhits, const ScoreMatrix& matrix, LookupTable& table, const LpfitData& lpfit,
                    int32_t nsel, TracedHits& traced, AlignData& aldat, Params* p) {
   const int32_t saved_min_score = p->MIN_SCORE;
-  const int32_t first = std::max(nhits - nsel - 1, -1) + 1;
+  const int32_t first = std::max(nhits - nsel, 0);
   p->MIN_SCORE = p->MIN_ASCORE;
   for (int32_t i = first; i < nhits; ++i) p->MIN_SCORE = std::min(p->MIN_SCORE, scores[order[i]]);
 
