@@ -98,11 +98,6 @@ class BuildTest(zelvan_cli.TestCase):
             self.refuse(f"Getting matrix\nError opening File: Is a directory\n.*db.{suffix}\n", *build)
             (self.work / f"db.{suffix}").rmdir()
             self.assertEqual([path.name for path in self.work.iterdir()], ["t.fa"])
-        times = r"CPU\([^\n]*\n"
-        told = self.succeed(*build, "-time", 1, "-apply_index", 1).stderr
-        steps = ("Getting matrix", "Have read database", "Time to index sequences")
-        self.assertRegex(told, "^{}\n{}\n{times}{}\n{times}{times}$".format(*steps, times=times))
-        self.assertEqual(self.succeed(*build, "-time", 6).stderr, "Getting matrix\n")
 
     def test_damage_and_absence_are_told(self):
         self.succeed("-mode", 99, "-bdb", "db", "-d", self.file("t.fa", ">a\nAC\n>b\nACD\n"))

@@ -28,6 +28,13 @@ CODONS = SOURCE / "data" / "codons"
 EXAMPLES = SOURCE / "examples"
 QUERY = EXAMPLES / "engb.fasta"
 SAMPLE = EXAMPLES / "uniprot_sample.fasta"
+RESIDUES = "ACDEFGHIKLMNPQRSTVWY"
+FREQUENCIES = (83, 14, 55, 67, 39, 71, 23, 59, 58, 97, 24, 41, 47, 39, 55, 66, 53, 69, 11, 29)
+
+
+def draw(rng, length):
+    """Residues as a natural protein has them, in random order."""
+    return "".join(rng.choices(RESIDUES, FREQUENCIES, k=length))
 
 
 def fasta(path):
