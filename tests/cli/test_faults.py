@@ -1,7 +1,6 @@
 """What goes wrong around a run: full disks, failing files, missing streams, little memory, kills."""
 
 import os
-import pathlib
 import random
 import resource
 import shutil

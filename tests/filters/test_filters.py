@@ -45,8 +45,8 @@ class FilterTest(zelvan_cli.TestCase):
             self.assertEqual(done.stdout, "")
         return done.stdout
 
-    def table(self, text, *args, **how):
-        return [line.split("\t") for line in self.run_filter("zelvan2tsv", text, *args, **how).splitlines()]
+    def table(self, text, *args):
+        return [line.split("\t") for line in self.run_filter("zelvan2tsv", text, *args).splitlines()]
 
 
 class TableTest(FilterTest):
@@ -54,17 +54,15 @@ class TableTest(FilterTest):
         """Everything that a line says, from the positions and the sequences alone."""
         _, target, identity, *numbers, _, score = line
         length, mismatches, opens, qstart, qend, tstart, tend = map(int, numbers)
-        qspan, tspan = qend - qstart + 1, tend - tstart + 1
+        query, protein = QUERY[qstart - 1 : qend], PROTEINS[target][tstart - 1 : tend]
+        self.assertEqual((len(query), len(protein)), (qend - qstart + 1, tend - tstart + 1))
         identical = round(float(identity) * length / 100)
         aligned = identical + mismatches
-        self.assertEqual((qspan - aligned) + (tspan - aligned), length - aligned)  # gapped residues are gap columns
+        self.assertEqual(len(query) + len(protein) - 2 * aligned, length - aligned)  # gapped residues are gap columns
         self.assertEqual(opens > 0, length > aligned)
-        self.assertTrue(1 <= qstart <= qend <= len(QUERY))
-        self.assertTrue(1 <= tstart <= tend <= len(PROTEINS[target]))
         self.assertGreater(int(score), 0)
         if opens == 0:
-            pairs = zip(QUERY[qstart - 1 : qend], PROTEINS[target][tstart - 1 : tend])
-            self.assertEqual(sum(q == t for q, t in pairs), identical)
+            self.assertEqual(sum(q == t for q, t in zip(query, protein)), identical)
 
     def test_alignments_and_score_lists_of_an_iteration(self):
         report = self.report("-niter", 2)
@@ -100,22 +98,11 @@ class TableTest(FilterTest):
         self.assertEqual({row[10] for row in rows}, {"NA"})
         self.assertEqual([first[:10]], [row[:10] for row in rows if row[1] == first[1]])
 
-    def test_what_is_no_report_is_refused_in_words(self):
-        report = self.report("-niter", 1)
-        for text, args, says in (
-            ("", [], "no score list in the input"),
-            (report, ["-i", "7"], "the report has no iteration 7: it has 0"),
-            (report[: report.index("# End_Scores")], [], 'a line "# End_Scores: ..." is missing'),
-            (report[: report.index("# End_N")], [], 'a line "# End_N: ..." is missing'),
-        ):
-            self.run_filter("zelvan2tsv", text, *args, status=1, errors=says)
-        self.table(self.report("-niter", 1, "-apt", 0, "-aout", 0), errors="hits but no alignments")
-
 
 class MultipleAlignmentTest(FilterTest):
-    def rows(self, text, *args, **how):
+    def rows(self, text, *args):
         """[(name, letters)], the query first."""
-        records = self.run_filter("zelvan2a3m", text, *args, **how).split(">")[1:]
+        records = self.run_filter("zelvan2a3m", text, *args).split(">")[1:]
         return [(record.split()[0], record.splitlines()[1]) for record in records]
 
     def test_rows_hold_the_sequences_themselves(self):
@@ -134,36 +121,29 @@ class MultipleAlignmentTest(FilterTest):
         expected = [QUERY, *("".join(c for c in row if not c.islower()) for _, row in others)]
         self.assertEqual([row for _, row in self.rows(block)], expected)
 
-    def test_residues_that_the_report_does_not_show(self):
-        # Blocks of one column show none; one alignment shows its part of the query.
-        part = self.report("-niter", 1, "-multiple_output_length", 1, "-apt", 0, "-aout", 1)
-        first, last = map(int, self.table(part)[0][6:8])
-        shown = "X" * (first - 1) + QUERY[first - 1 : last] + "X" * (len(QUERY) - last)
-        (_, query), _ = self.rows(part, errors=f"{shown.count('X')} residues of the query are not in the report")
-        self.assertEqual(query, shown)
-        for text, args, says in (
-            (self.dna_report(), [], "the query is DNA"),
-            (self.report("-niter", 1), ["-q", "/nowhere"], "cannot read the query file /nowhere"),
-            (self.report("-niter", 1), ["-q", EXAMPLES / "mvk.fasta"], "residues, but the query of the report 198"),
-            ("# Alignment from izelvan iteration:0\n", [], "the block file is incomplete"),
+
+class RefusalTest(FilterTest):
+    def test_what_cannot_be_converted_is_refused_in_words(self):
+        report = self.report("-niter", 1)
+        for name, text, args, says in (
+            ("zelvan2tsv", "", [], "no score list in the input"),
+            ("zelvan2tsv", report, ["-i", "7"], "the report has no iteration 7: it has 0"),
+            ("zelvan2tsv", report[: report.index("# End_Scores")], [], 'a line "# End_Scores: ..." is missing'),
+            ("zelvan2tsv", report[: report.index("# End_N")], [], 'a line "# End_N: ..." is missing'),
+            ("zelvan2a3m", self.dna_report(), [], "the query is DNA"),
+            ("zelvan2a3m", report, ["-q", "/nowhere"], "cannot read the query file /nowhere"),
+            ("zelvan2a3m", report, ["-q", EXAMPLES / "mvk.fasta"], "residues, but the query of the report 198"),
+            ("zelvan2a3m", "# Alignment from izelvan iteration:0\n", [], "the block file is incomplete"),
         ):
-            self.run_filter("zelvan2a3m", text, *args, status=1, errors=says)
+            self.run_filter(name, text, *args, status=1, errors=says)
+        self.run_filter("zelvan2tsv", self.report("-niter", 1, "-apt", 0, "-aout", 0), errors="hits but no alignments")
 
 
 class PageTest(FilterTest):
-    OFTEN_ALONE = {"meta", "br", "link", "img", "circle", "line", "path", "rect", "th"}
-
     def page(self, report, *args):
-        """The text of a page, after checking that its tags pair up, and that it refers to nothing outside; the
-        places that one can refer to."""
+        """The text of a page, after checking that it refers to nothing outside, and the places that one can refer
+        to."""
         page = self.run_filter("zelvan2html", report, *args)
-        open_tags = []
-        for closing, tag in re.findall(r"<(/?)([a-z]\w*)", page):
-            if closing and tag not in self.OFTEN_ALONE:
-                self.assertEqual(open_tags.pop(), tag)
-            elif tag not in self.OFTEN_ALONE:
-                open_tags.append(tag)
-        self.assertEqual(open_tags, [])
         self.assertNotIn("http", page)
         anchors = set(re.findall(r'\bid="?([^" >]+)', page))
         for link in re.findall(r'\b(?:src|href)="?([^" >]+)', page):
@@ -193,16 +173,9 @@ class PageTest(FilterTest):
             self.assertEqual(words in self.page(report, *args)[0], there, words)
 
     def test_fitted_line_is_the_one_of_the_search(self):
-        """x from the page's formulas is the x that the report prints, where the scale is not limited."""
-        report = zelvan_report.read_report(self.report("-niter", 1).splitlines())
-        iteration = report.iteration()
+        """Scores that the page's formulas give for what the report prints of its best hits."""
+        iteration = zelvan_report.read_report(self.report("-niter", 1).splitlines()).iteration()
         lengths = {a.target: a.target_length for a in iteration.alignments}
-        close = [
-            abs(zelvan_charts.standardised(iteration, len(QUERY), lengths[h.target], h.score) - h.standardised) < 0.02
-            for h in iteration.hits
-            if h.target in lengths
-        ]
-        self.assertGreater(sum(close), len(close) // 2)
         reach = zelvan_charts.score_reaching(iteration, len(QUERY))
         for hit in iteration.hits[:20]:
             self.assertAlmostEqual(reach(lengths[hit.target], hit.significance), hit.score, delta=0.05 * hit.score)
