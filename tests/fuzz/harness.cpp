@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 #include <set>
 #include <vector>
 
@@ -38,35 +37,8 @@ std::vector<FILE*> open_streams;  // the latest at the end, where the library, t
 std::set<std::string, std::less<>> scratch_files;  // of this case; those of earlier ones count as missing
 bool in_case = false;
 
-// Removed when the program ends.
-struct ScratchDirectory {
-  std::string path;
-  ScratchDirectory() {
-    // In memory where that is possible.
-    path = std::filesystem::exists("/dev/shm") ? "/dev/shm" : std::filesystem::temp_directory_path().string();
-    path += "/zelvan_fuzz_XXXXXX";
-    if (mkdtemp(path.data()) == nullptr) std::abort();
-  }
-  ~ScratchDirectory() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-  }
-};
-
 bool lies_in(const std::string& directory, std::string_view name) {
   return name.starts_with(directory) && name.find("..") == name.npos;
-}
-
-// The file in which the fuzzer keeps an input that broke something: it is written from within the case. Its name ends with
-// the 40 digits of a digest, which no input is going to guess.
-bool is_finding(std::string_view name) {
-  constexpr std::size_t DIGEST = 40;
-  if (name.size() < DIGEST || name.find_last_not_of("0123456789abcdef") >= name.size() - DIGEST) return false;
-  name.remove_suffix(DIGEST);
-  for (const char* kind : {"crash-", "timeout-", "oom-", "slow-unit-"}) {
-    if (name.ends_with(kind)) return true;
-  }
-  return false;
 }
 
 FILE* null_stream() {
@@ -77,9 +49,11 @@ FILE* null_stream() {
 }  // namespace
 
 FILE* __wrap_fopen(const char* name, const char* mode) {
-  if (!in_case || is_finding(name)) return __real_fopen(name, mode);
+  // The fuzzer keeps an input that broke something from within the case, and no routine under test writes in this mode.
+  const bool is_finding = std::string_view(mode) == "wb";
+  if (!in_case || is_finding) return __real_fopen(name, mode);
   const bool reading = mode[0] == 'r';
-  const bool is_scratch = lies_in(scratch_directory() + "/", name);
+  const bool is_scratch = lies_in(scratch().at(""), name);
   if (is_scratch && !reading) scratch_files.insert(name);
   const bool is_ours =
       reading ? scratch_files.contains(std::string_view(name)) || lies_in(DATA, name) : is_scratch;
@@ -103,42 +77,36 @@ void UTend_process(int status) {
   throw RunEnd{status};
 }
 
-const FuzzTarget& find_target(std::string_view name) {
-  for (const auto targets : {reader_targets(), search_targets()}) {
-    for (const FuzzTarget& target : targets) {
-      if (target.name == name) return target;
-    }
+FuzzTarget find_target(const std::string& name) {
+  for (const FuzzTargets* targets : {&reader_targets(), &search_targets()}) {
+    if (const auto found = targets->find(name); found != targets->end()) return found->second;
   }
   require(false, "a target of that name");
   std::abort();
 }
 
-void run_target(const FuzzTarget& target, FuzzInput input) {
+void run_target(FuzzTarget target, FuzzInput input) {
   in_case = true;
   // The few messages that go to the process's own streams are as quiet.
   std_in = stdin;
   std_out = stdout = null_stream();
   std_err = stderr = null_stream();
   UT_reset_times();
-  target.run(input);
+  target(input);
   in_case = false;
   for (; !open_streams.empty(); open_streams.pop_back()) __real_fclose(open_streams.back());
   scratch_files.clear();
 }
 
-const std::string& scratch_directory() {
-  static const ScratchDirectory directory;
-  return directory.path;
+const TemporaryDirectory& scratch() {
+  const std::filesystem::path memory = "/dev/shm";  // ten times as fast as a disk
+  static const TemporaryDirectory directory(
+      std::filesystem::exists(memory) ? memory : std::filesystem::temp_directory_path());
+  return directory;
 }
 
 std::string scratch_file(const char* name, std::string_view content) {
-  std::string path = scratch_directory() + "/" + name;
-  FILE* const stream = __real_fopen(path.c_str(), "wb");
-  require(stream != nullptr && std::fwrite(content.data(), 1, content.size(), stream) == content.size(),
-          "room for a scratch file");
-  __real_fclose(stream);
-  scratch_files.insert(path);
-  return path;
+  return *scratch_files.insert(scratch().file(name, content)).first;
 }
 
 void require(bool holds, const char* what) {
@@ -174,8 +142,8 @@ int32_t Choices::number(int32_t low, int32_t high) {
   const auto range = static_cast<uint64_t>(static_cast<int64_t>(high) - low) + 1;
   uint64_t value = 0;
   for (uint64_t reach = 1; reach < range && !left.empty(); reach <<= 8) {
-    value = value << 8 | left[0];
-    left = left.subspan(1);
+    value = value << 8 | static_cast<uint8_t>(left[0]);
+    left.remove_prefix(1);
   }
   return static_cast<int32_t>(low + static_cast<int64_t>(value % range));
 }

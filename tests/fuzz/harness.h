@@ -6,41 +6,37 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <span>
+#include <map>
 #include <string>
 #include <string_view>
 
 #include "driver/params.h"
 #include "seq/matrix.h"
+#include "support/capture.h"
 
-using FuzzInput = std::span<const uint8_t>;
+using FuzzInput = std::string_view;
 
-// A target: what is read from the input, and what must hold whatever it is.
-struct FuzzTarget {
-  const char* name;
-  void (*run)(FuzzInput);
-};
-// One span for each file of targets.
-std::span<const FuzzTarget> reader_targets();
-std::span<const FuzzTarget> search_targets();
+// What is read from the input, and what must hold whatever it is.
+using FuzzTarget = void (*)(FuzzInput);
+
+// The targets by their names: the readers of files, scans and searches.
+using FuzzTargets = std::map<std::string, FuzzTarget>;
+const FuzzTargets& reader_targets();
+const FuzzTargets& search_targets();
 
 // find_target - ends the program when there is none of that name.
-const FuzzTarget& find_target(std::string_view name);
+FuzzTarget find_target(const std::string& name);
 
 // run_target - runs one input, confined as told above; closes all streams, forgets the files and resets the global
 // state.
-void run_target(const FuzzTarget& target, FuzzInput input);
+void run_target(FuzzTarget target, FuzzInput input);
 
 // scratch_file - makes a file that the routines under test may open, until the end of the case; returns its path.
 std::string scratch_file(const char* name, std::string_view content);
 
-// scratch_directory - where scratch files lie. Writing there is allowed, too; every other file that is opened for
-// writing is the null device, and every other one for reading is missing.
-const std::string& scratch_directory();
-
-// came_back - runs a routine; false when it ended the run with one of the statuses that there are.
-template <class Run>
-bool came_back(Run run);
+// scratch - where those files lie. Writing there is allowed, too; every other file that is opened for writing is the
+// null device, and every other one for reading is missing.
+const TemporaryDirectory& scratch();
 
 // require - a property that must hold; a broken one is a finding.
 void require(bool holds, const char* what);
@@ -62,6 +58,7 @@ struct RunEnd {
   int status;
 };
 
+// came_back - runs a routine; false when it ended the run with one of the statuses that there are.
 template <class Run>
 bool came_back(Run run) {
   try {

@@ -2,7 +2,7 @@
 #include "harness.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  static const FuzzTarget& target = find_target(FUZZ_TARGET);
-  run_target(target, {data, size});
+  static const FuzzTarget target = find_target(FUZZ_TARGET);
+  run_target(target, {reinterpret_cast<const char*>(data), size});
   return 0;
 }

@@ -9,8 +9,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -18,58 +18,49 @@
 
 namespace {
 
-using Input = std::vector<uint8_t>;
 constexpr std::size_t LONGEST = 4096;
 constexpr std::size_t MEGABYTE = 1'000'000;
 
 std::string crash_file;
-Input current;
+std::string current;
 
-std::vector<Input> read_corpus(const char* directory) {
-  std::vector<std::filesystem::path> paths;
-  for (const auto& entry : std::filesystem::directory_iterator(directory)) paths.push_back(entry.path());
-  std::sort(paths.begin(), paths.end());
-  std::vector<Input> corpus;
-  for (const auto& path : paths) {
-    std::ifstream stream(path, std::ios::binary);
-    corpus.emplace_back(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-  }
+std::vector<std::string> read_corpus(const char* directory) {
+  std::set<std::string> paths;
+  for (const auto& entry : std::filesystem::directory_iterator(directory)) paths.insert(entry.path());
+  std::vector<std::string> corpus;
+  for (const std::string& path : paths) corpus.push_back(file_content(path));
   return corpus;
 }
 
 // In such a file a reader that goes back to the start for every line, or copies what it has, takes minutes.
-Input repeated(const Input& seed) {
-  Input input;
-  while (!seed.empty() && input.size() < MEGABYTE) input.insert(input.end(), seed.begin(), seed.end());
+std::string repeated(const std::string& seed) {
+  std::string input;
+  while (!seed.empty() && input.size() < MEGABYTE) input += seed;
   return input;
 }
 
 // One to six pieces, mostly short ones, are replaced by random bytes or by pieces of other files.
-Input mutation(const std::vector<Input>& corpus, std::mt19937& random) {
-  const auto below = [&random](std::size_t n) { return n == 0 ? 0 : random() % n; };
-  Input input = corpus[below(corpus.size())];
+std::string mutation(const std::vector<std::string>& corpus, std::mt19937& random) {
+  const auto below = [&random](std::size_t n) { return random() % n; };
+  std::string input = corpus[below(corpus.size())];
   for (std::size_t left = 1 + below(6); left > 0; --left) {
-    const std::size_t at = below(input.size() + 1);
-    const std::size_t removed = below(std::min<std::size_t>(input.size() - at, below(4) == 0 ? 64 : 1) + 1);
-    Input piece(below(3));
-    for (uint8_t& byte : piece) byte = static_cast<uint8_t>(random());
+    std::string piece(below(3), '\0');
+    for (char& byte : piece) byte = static_cast<char>(random());
     if (below(4) == 0) {
-      const Input& other = corpus[below(corpus.size())];
-      const auto from = other.begin() + static_cast<std::ptrdiff_t>(below(other.size()));
-      piece.assign(
-          from, from + static_cast<std::ptrdiff_t>(below(static_cast<std::size_t>(other.end() - from) + 1)));
+      const std::string& other = corpus[below(corpus.size())];
+      const std::size_t from = below(other.size() + 1);
+      piece = other.substr(from, below(other.size() - from + 1));
     }
-    const auto place = input.begin() + static_cast<std::ptrdiff_t>(at);
-    input.insert(input.erase(place, place + static_cast<std::ptrdiff_t>(removed)), piece.begin(),
-                 piece.end());
+    const std::size_t at = below(input.size() + 1);
+    const std::size_t removed = below(below(4) == 0 ? 65 : 2);
+    input.replace(at, removed, piece);
   }
-  if (input.size() > LONGEST) input.resize(LONGEST);
+  input.resize(std::min(input.size(), LONGEST));
   return input;
 }
 
 void keep_current() {
-  std::ofstream(crash_file, std::ios::binary)
-      .write(reinterpret_cast<const char*>(current.data()), static_cast<std::streamsize>(current.size()));
+  std::ofstream(crash_file, std::ios::binary) << current;
 }
 
 void on_signal(int number) {
@@ -86,23 +77,24 @@ extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*call
 int main(int argc, char** argv) {
   FILE* const terminal = stdout;
   require(argc == 4, "the arguments: TARGET CORPUS SECONDS");
-  const FuzzTarget& target = find_target(argv[1]);
-  crash_file = std::string("crash-") + target.name;
+  const std::string name = argv[1];
+  const FuzzTarget target = find_target(name);
+  crash_file = "crash-" + name;
   if (__sanitizer_set_death_callback != nullptr) __sanitizer_set_death_callback(keep_current);
   for (const int number : {SIGABRT, SIGSEGV, SIGFPE, SIGBUS, SIGILL}) std::signal(number, on_signal);
 
-  const std::vector<Input> corpus = read_corpus(argv[2]);
+  const std::vector<std::string> corpus = read_corpus(argv[2]);
   require(!corpus.empty(), "a corpus");
-  for (const Input& input : corpus) run_target(target, current = input);
-  for (const FuzzTarget& reader : reader_targets()) {
-    if (&reader != &target) continue;
-    for (const Input& input : corpus) run_target(target, current = repeated(input));
+  for (const std::string& input : corpus) {
+    run_target(target, current = input);
+    if (reader_targets().contains(name)) run_target(target, current = repeated(input));
   }
   std::mt19937 random(20021107);
   const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(std::atof(argv[3]));
   long mutations = 0;
-  for (; std::chrono::steady_clock::now() < end; ++mutations)
+  for (; std::chrono::steady_clock::now() < end; ++mutations) {
     run_target(target, current = mutation(corpus, random));
-  std::fprintf(terminal, "%s: %zu files, %ld mutations\n", target.name, corpus.size(), mutations);
+  }
+  std::fprintf(terminal, "%s: %zu files, %ld mutations\n", argv[1], corpus.size(), mutations);
   return 0;
 }

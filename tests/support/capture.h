@@ -59,8 +59,8 @@ inline int32_t count_of(const std::string& text, const std::string& part) {
 struct TemporaryDirectory {
   std::filesystem::path path;
 
-  TemporaryDirectory() {
-    std::string name = (std::filesystem::temp_directory_path() / "zelvan_test_XXXXXX").string();
+  explicit TemporaryDirectory(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+    std::string name = (parent / "zelvan_test_XXXXXX").string();
     path = mkdtemp(name.data());
   }
   ~TemporaryDirectory() { std::filesystem::remove_all(path); }
