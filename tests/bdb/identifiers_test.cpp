@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -47,18 +46,6 @@ TEST(Identifiers, TheLastOfTheListIsDropped) {
                                                  "no word 5, the identifier:\n90 1.0 0.5 a\n")}) {
     EXPECT_EXIT(ids_of(text, 5), testing::ExitedWithCode(255), sentence);
   }
-}
-
-TEST(Identifiers, DuplicatesFollowTheHeapSortAndTheHalving) {
-  std::vector<SeqRec> seqs(8);
-  for (SeqRec& s : seqs) {
-    s.id = "same";
-    s.len = static_cast<int32_t>(&s - seqs.data());
-  }
-  shsort(4, seqs.data());
-  for (int32_t k = 0; k < 4; ++k) EXPECT_EQ(seqs[static_cast<std::size_t>(k)].len, (k + 1) % 4) << "by hand";
-  EXPECT_EQ(findid(seqs.data(), 8, "same"), &seqs[3]) << "the middle of 0..7";
-  EXPECT_EQ(findid(seqs.data(), 6, "same"), &seqs[0]) << "six records are read in order";
 }
 
 }  // namespace

@@ -17,8 +17,6 @@ namespace {
 
 using testing::ExitedWithCode;
 
-const char* const SMALL = ">one first\nACDEF\n>two\n\n>three third one\nMKVW\n";
-
 // A 32-bit field as the files hold it.
 std::string field(int32_t value) {
   std::string bytes(sizeof value, '\0');
@@ -32,7 +30,7 @@ class Loader : public testing::Test {
     set_defaults(&p);
     set_keys(p, "MATRIX_DIR " ZELVAN_SOURCE_DIR
                 "/data/matrices MAX_NSEQ 1000 MAX_SEQ_LEN 10000000 TIME 0 DO_SORT 0");
-    p.DB_FILE.name = work.at("text");
+    p.DB_FILE.name = work.file("text", ">one first\nACDEF\n>two\n\n>three third one\nMKVW\n");
     p.BDB_INDEX_FILE.name = work.at("db.bix");
     p.BDB_SEQ_FILE.name = work.at("db.bsq");
   }
@@ -40,13 +38,6 @@ class Loader : public testing::Test {
   const ScoreMatrix& matrix(const char* name = "BLOSUM62") {
     p.MATRIX_FILE.name = name;  // reading a matrix makes this a path
     return *getmat(&p);
-  }
-
-  // Builds the binary database of a text.
-  void build(const std::string& text) {
-    work.file("text", text);
-    p.MATRIX_FILE.name = "BLOSUM62";
-    makedb(&p);
   }
 
   // The database as load_database gives it, encoded, as one text; also for one that was damaged.
@@ -71,7 +62,8 @@ class Loader : public testing::Test {
   void build_small(int32_t codes) {
     p.BDB_GIVEN = 1;
     p.APPLY_INDEX = codes;
-    build(SMALL);
+    p.MATRIX_FILE.name = "BLOSUM62";
+    makedb(&p);
     index = file_content(work.at("db.bix"));
     sequences = file_content(work.at("db.bsq"));
     wanted = contents();
@@ -146,23 +138,6 @@ TEST_F(Loader, ExtremeFieldsEndWithAMessage) {
       EXPECT_EQ(accepted(damaged, sequences), at == counts + 8 && bad > value) << at << " " << bad;
     }
   }
-}
-
-TEST_F(Loader, TellsWhatItFound) {
-  build(">A\nAC\n");
-  const ScoreMatrix& scores = matrix();
-  p.VERBOSE = 1;
-  BinaryDatabase database;
-  const std::string name = work.at("text");
-  EXPECT_EQ(
-      reported([&] { loadbdb(database, scores, &p); }),
-      "Opening Index file\nOpening database file\nLoading .in preamble\n\nInformation about this "
-      "database\nSequence index flag:    0 \nLength of index string: 24 \nThe index "
-      "string:ARNDCQEGHILKMFPSTWYVBZX \nNumber of sequences in database: 1\nNumber of residues in database: "
-      "2\nTotal characters in database: 8\n\nLength of date string: 26\nDatabase created on: " +
-          file_content(work.at("db.bix")).substr(48, 25) +
-          "Length of name string: " + std::to_string(name.size() + 1) + "\nFrom: " + name +
-          "\nNow reading the seq file into buffer\nNow creating seqs array\n");
 }
 
 }  // namespace

@@ -60,11 +60,3 @@ inline FrameProblem random_frame_problem(Random& random, int32_t ncolumns, int32
                          uniform(random, lowest_penalty, 12)};
   return {columns, rows, scores, pen};
 }
-
-// Codes match themselves, but NOTHING matches nothing.
-constexpr int8_t NOTHING = 10;
-inline Table<int32_t> match_scores(int32_t match, int32_t mismatch) {
-  Table<int32_t> scores = make_table<int32_t>(NOTHING + 1, NOTHING + 1, mismatch);
-  for (int32_t c = 0; c < NOTHING; ++c) scores[c][c] = match;
-  return scores;
-}
