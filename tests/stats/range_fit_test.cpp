@@ -4,45 +4,27 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 #include "stats/numerics/allocators.h"
 
-namespace {
-
-// A table whose bin 60 holds the counts of the scores 0..149.
-ScoreTable table_of(const std::vector<int32_t>& counts) {
-  ScoreTable table;
+// Exact frequencies give the exact curve; scores without a spread are refused.
+TEST(RangeFit, FollowsTheFrequenciesOfTheRange) {
+  ScoreTable table;  // bin 60 holds the counts of the scores 0..149
   table.nbuckets = 150;
   table.counts.assign(150 * LPL_BINS, 0);
-  std::copy(counts.begin(), counts.end(), table.counts.begin() + 60 * 150);
-  return table;
-}
-
-RangeFit fitted(const std::vector<int32_t>& counts, int expected_status = 0) {
+  const auto counts = table.counts.begin() + 60 * 150;
   LplRange range{60, 60, 0, 0};
-  for (const int32_t count : counts) range.count += count;
-  RangeFit fit;
-  const FrequencyTable frequencies = range_frequencies(table_of(counts), range, fit);
-  EXPECT_EQ(fit_range(frequencies, fit), expected_status);
-  return fit;
-}
-
-TEST(RangeFit, ExactFrequenciesGiveTheExactCurve) {
-  std::vector<int32_t> counts;
   for (int s = 0; s < 150; ++s) {
     const double z = (s + 0.5 - 35) / 5;
-    counts.push_back(static_cast<int32_t>(std::lround(1e7 * std::exp(-z - std::exp(-z)) / 5)));
+    counts[s] = static_cast<int32_t>(std::lround(1e7 * std::exp(-z - std::exp(-z)) / 5));
+    range.count += counts[s];
   }
-  const RangeFit fit = fitted(counts);
+  RangeFit fit;
+  EXPECT_EQ(fit_range(range_frequencies(table, range, fit), fit), 0);
   EXPECT_NEAR(fit.u, 35, 1e-4);
   EXPECT_NEAR(fit.beta, 5, 1e-4);
-}
 
-TEST(RangeFit, ScoresWithoutASpreadAreRefused) {
-  std::vector<int32_t> counts(150);
-  counts[30] = 500;
-  fitted(counts, SINGULAR);
+  std::fill(counts, counts + 150, 0);
+  counts[30] = range.count = 500;
+  EXPECT_EQ(fit_range(range_frequencies(table, range, fit), fit), SINGULAR);
 }
-
-}  // namespace

