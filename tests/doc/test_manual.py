@@ -1,6 +1,5 @@
 """The manual: its examples are what the program writes, its tables know every key, its pages can be read."""
 
-import html.parser
 import os
 import pathlib
 import re
@@ -58,24 +57,12 @@ class ManualTest(unittest.TestCase):
                 self.assertIn(first, explained, f"{path}: {text}")
         self.assertGreater(seen, 50)
 
-    def test_pages_are_well_formed(self):
-        open_tags = []
-
-        class Tags(html.parser.HTMLParser):
-            def handle_starttag(self, tag, attrs):
-                if tag != "meta":
-                    open_tags.append(tag)
-
-            def handle_endtag(self, tag):
-                assert open_tags.pop() == tag, f"</{tag}> closes nothing"
-
-        Tags().feed(self.html)
-        self.assertEqual(open_tags, [])
+    @unittest.skipUnless(shutil.which("groff"), "groff is not installed")
+    def test_pages_can_be_typeset(self):
         for page in ("zelvan_manual.7", "zelvan.1"):
-            if shutil.which("groff"):
-                done = subprocess.run(["groff", "-t", "-man", "-Tutf8", "-ww", "-rLL=100n", self.pages / page],
-                                      capture_output=True, text=True, check=True)  # fmt: skip
-                self.assertEqual(done.stderr, "")
+            done = subprocess.run(["groff", "-t", "-man", "-Tutf8", "-ww", "-rLL=100n", self.pages / page],
+                                  capture_output=True, text=True, check=True)  # fmt: skip
+            self.assertEqual(done.stderr, "")
 
 
 if __name__ == "__main__":

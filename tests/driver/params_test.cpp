@@ -73,11 +73,4 @@ TEST(Params, PrecisionIsOneOrAMultipleOfTen) {
   }
 }
 
-TEST(Params, LongLinesAreReadInPieces) {
-  const Params* p = configured("#" + std::string(99998, 'c') + "NITER 9\nMODE 202\n");
-  EXPECT_EQ(p->SUCCESS, 1);
-  EXPECT_EQ(p->NITER, 9) << "what does not fit into the buffer counts as the next line";
-  EXPECT_EQ(p->MODE, 202);
-}
-
 }  // namespace

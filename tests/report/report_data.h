@@ -17,5 +17,3 @@ inline SeqRec reported_sequence(const std::string& id, const std::string& title,
                                 const std::string& residues) {
   return sequence_of(report_matrix(), residues, id, title);
 }
-
-inline const std::string START_SCORES = "# Start_Scores: " + std::string(52, '-') + "\n";

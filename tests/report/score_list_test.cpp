@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "report/report_data.h"
 
 namespace {
@@ -37,15 +35,6 @@ TEST(ScoreList3, ListsAtMostMaxNoutButCountsAll) {
     EXPECT_EQ(hits.lines(), c.lines) << c.max_nout;
     EXPECT_EQ(hits.p.n_probcut2_hits, 3) << c.max_nout;
   }
-}
-
-TEST(ScoreList3, ComparesSinglePrecisionCutOffsAsDoubles) {
-  Hits hits;
-  hits.p.PROBCUT = hits.p.PROBCUT2 = 0.001F;  // 0.00100000004749745...
-  const double values[4] = {0.00100000004, 0.00100000005, std::nan(""), 0.0};
-  std::copy(values, values + 4, hits.significance);
-  EXPECT_EQ(hits.lines(), 2);
-  EXPECT_EQ(hits.p.n_probcut2_hits, 2);
 }
 
 }  // namespace

@@ -27,13 +27,6 @@ TEST(Memory, GivesAndResizesBlocks) {
   EXPECT_FALSE(UThaveroom(impossible));
 }
 
-TEST(Memory, RequestsWithoutExceptionsLeaveTheChoiceToTheCaller) {
-  EXPECT_EQ(::operator new(impossible, std::nothrow), nullptr);
-  void* block = ::operator new(16, std::nothrow);
-  ASSERT_NE(block, nullptr);
-  ::operator delete(block);  // the address sanitizer checks that both go to the same allocator
-}
-
 TEST(MemoryDeathTest, ExhaustionEndsTheRunWithStatusZero) {
   using testing::ExitedWithCode;
   EXPECT_EXIT(UTmalloc(impossible), ExitedWithCode(0), "malloc error: Cannot allocate memory\n");

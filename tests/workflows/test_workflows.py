@@ -83,7 +83,6 @@ class WorkflowTest(zelvan_cli.TestCase):
         self.prepare()
         for name in ("Snakefile", "config.yaml"):
             shutil.copy(WORKFLOWS / name, self.work)
-        shutil.copytree(WORKFLOWS / "slurm", self.work / "slurm")
         shutil.copy(zelvan_cli.EXAMPLES / "uniprot_sample.fasta", self.work / "proteins.fasta")
         broken = self.file("queries/broken.fasta", "no sequence")
         run = "snakemake --cores 2 --keep-going --nocolor --config options='-niter 1'"
@@ -98,8 +97,6 @@ class WorkflowTest(zelvan_cli.TestCase):
         lines = (self.work / "results" / "hits.tsv").read_text().splitlines()
         self.assertEqual(lines[0].split("\t")[0], "query")
         self.assertEqual(len({line.split("\t")[0] for line in lines[1:]}), 3)
-        profile = (WORKFLOWS / "slurm" / "config.yaml").read_text()
-        self.assertIn("slurm: true", profile)
 
 
 if __name__ == "__main__":
