@@ -66,7 +66,6 @@ TEST(BuildProfile, TakesLongSignificantPathsOfTheBestHits) {
       {pair, {5000, 3500}, 7, "MIN_LEN 7", {whole, " CDEFGHI  "}},
       {pair, {5000, 3500}, 2, "PROBCUT2 4e-18", {whole}},  // exp(-40)
       {pair, {5000, 3500}, 2, "MIN_LEN 8", {whole}},
-      {pair, {5000, 3500}, 0, "", {}},
       {repeats, {5000}, 1, "", {whole}},
       {repeats, {5000}, 1, "TOP_ONLY 0", {whole, "ACDEFGHI  "}},
   };

@@ -39,20 +39,10 @@ TEST(ResidueModel, TakesTheBackgroundFromTheDatabase) {
 }
 
 TEST(ResidueModel, FallsBackToHalfBits) {
-  const std::pair<int32_t, int32_t> scores[] = {{500, 100}, {-100, -100}, {300, -100}};
-  for (const auto& [match, mismatch] : scores) {
+  for (const auto& [match, mismatch] : {std::pair(500, 100), {-100, -100}, {300, -100}}) {
     const ResidueModel model = make_residue_model(match_or_not("ACDEX", match, mismatch), 100);
     EXPECT_NEAR(model.lambda, std::log(2.0) / 2, 1e-12) << match << " " << mismatch;
   }
-}
-
-TEST(ResidueModel, KnowsAmbiguousLetters) {
-  const ResidueModel model = make_residue_model(match_or_not("DNEBZJX", 500, -400), 100);
-  ASSERT_EQ(model.ambiguous.size(), 2U);  // J has neither I nor L here
-  EXPECT_EQ(model.ambiguous[0].code, 3);
-  EXPECT_EQ(model.ambiguous[0].members, (UTvector<int32_t>{0, 1}));
-  EXPECT_EQ(model.ambiguous[1].code, 4);
-  EXPECT_EQ(model.ambiguous[1].members, (UTvector<int32_t>{2}));
 }
 
 }  // namespace
