@@ -16,7 +16,7 @@ SETTINGS = (
 PROBCUT2 = 0.00005
 
 NUMBER = r"-?\d[\d.e+-]*"
-HEADER = re.compile(r"# ZELVAN Scan:    .+\n(?:# .+\n){21}# Iteration: (\d)\n# Start_Scores: -{52}\n")
+HEADER = re.compile(r"# ZELVAN Scan:    .+\n(?:# .+\n)+# Iteration: (\d)\n# Start_Scores: -{52}\n")
 TIMES = "# " + "-" * 54 + "\n# Scan Completed at: "
 HIT = re.compile(rf"( *\d+) ( *-?\d+) ({NUMBER}) +({NUMBER}) +(\S+) .*")
 ROW = re.compile(rf"(\S+) +({NUMBER}) +(\d+) +(\d+) +(\d+): (.*)")
@@ -36,11 +36,12 @@ class ReportTest(zelvan_cli.TestCase):
         self.assertLessEqual(values[-1], 10)
         return {line[5] for line, value in zip(lines, values) if value <= PROBCUT2}
 
-    def check_changes(self, section, before, now):
-        """The two reports against the two sets of hits; exactly the difference is told."""
+    def check_changes(self, section, i, before, now):
+        """The two reports of iteration i against the two sets of hits; exactly the difference is told."""
         told = re.fullmatch(
-            "#\n# Reported in iteration 0 but below the threshold in this iteration \\(1\\)\n#\n([^#]*)"
-            "# Reported in this iteration \\(1\\) but not in the previous iteration \\(0\\)\n#\n([^#]*)", section
+            f"#\n# Reported in iteration {i - 1} but below the threshold in this iteration \\({i}\\)\n#\n([^#]*)"
+            f"# Reported in this iteration \\({i}\\) but not in the previous iteration \\({i - 1}\\)\n#\n([^#]*)",
+            section,
         )
         for text, expected in ((told[1], before - now), (told[2], now - before)):
             self.assertEqual(sorted(HIT.fullmatch(line)[5] for line in text.splitlines()), sorted(expected))
@@ -56,31 +57,33 @@ class ReportTest(zelvan_cli.TestCase):
         return [(row[1], int(row[3]), int(row[4])) for row in rows]
 
     def test_sections_follow_and_agree(self):
-        report = self.search("NITER", 2)
-        start, zero, first, one, second = HEADER.split(report)
-        self.assertEqual((start, zero, one), ("", "0", "1"))
-        second, _ = second.split(TIMES)
+        report = self.search("NITER", 3)
+        *parts, last = HEADER.split(report)
+        self.assertEqual((parts[0], parts[1::2]), ("", ["0", "1", "2"]))
+        parts = [*parts[2::2], last.split(TIMES)[0]]
 
-        (query,) = zelvan_cli.fasta(QUERY).values()
-        database = zelvan_cli.fasta(SAMPLE)
+        ((query_name, query),) = zelvan_cli.fasta(QUERY).items()
+        sequences = zelvan_cli.fasta(SAMPLE) | {query_name: query}
         block_file = (self.work / "block_file_out.blc").read_text().split("# Alignment from izelvan iteration:")[1:]
-        fragments = (self.work / "frag_file_out.seq").read_text().splitlines()
+        fragments = (self.work / "frag_file_out.seq").read_text()
         found, expected_fragments = [], []
-        for i, part in enumerate((first, second)):
+        for i, part in enumerate(parts):
             scores, rest = part.split("# End_Scores: " + "-" * 54 + "\n")
             found.append(self.hits_of(scores))
             self.assertGreater(len(found[i]), 3)
             before, alignment = rest.split(f"# \n# Multiple alignment Start for iteration: {i}\n")
             alignment, _ = alignment.split(f"#\n# Multiple alignment End for iteration: {i}\n#\n")
-            if i == 1:
-                self.check_changes(before[: before.index("\n# Start_Alignments")], *found)
+            if i > 0:
+                self.check_changes(before[: before.index("\n# Start_Alignments")], i, *found[-2:])
             columns = block_file[i].split(f"*Iteration: {i}\n")[1].split("\n*\n")[0].split("\n")
             self.assertEqual("".join(column[0] for column in columns), query)
-            rows = self.check_alignment(alignment, columns)
-            expected_fragments += [query, *(database[name][start - 1 : end] for name, start, end in rows[1:])]
-        self.assertEqual(
-            [residues for head, residues in zip(fragments, fragments[1:]) if head.startswith(">")], expected_fragments
-        )
+            for name, start, end in self.check_alignment(alignment, columns):
+                whole = sequences[name]
+                expected_fragments += [(f"{name}({start}-{end}:{len(whole)})", whole[start - 1 : end])]
+        self.assertEqual(re.findall(r"^>(\S+) .*\n(.*)$", fragments, re.M), expected_fragments)
+        self.search("NITER", 3, "FRAG_FILE_FORMAT", 2)
+        pir = re.sub(r"(?m)^>(\S+) (.*)\n(.*)\n", r">\1\n\2\n\3\n*\n", fragments)
+        self.assertEqual((self.work / "frag_file_out.seq").read_text(), pir)
 
     def test_parts_that_were_not_asked_for(self):
         times = self.search("NITER", 0)

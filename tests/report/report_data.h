@@ -5,9 +5,6 @@
 #include "support/settings.h"
 #include "support/small_alphabet.h"
 
-// Codes are positions in "ARNDCX ^:!".
-constexpr int8_t GAP = 6;
-
 inline const ScoreMatrix& report_matrix() {
   static const ScoreMatrix matrix = match_or_not("ARNDCX", 0, 0);
   return matrix;
