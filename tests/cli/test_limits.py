@@ -30,12 +30,6 @@ class Limits(zelvan_cli.TestCase):
         (lines,) = zelvan_cli.score_lists(run.stdout)
         return lines
 
-    def test_names_of_a_megabyte(self):
-        record = f">{'i' * 1_000_000} {'t' * 1_000_000}\n" + QUERY.read_text().partition("\n")[2]
-        search = self.inputs(self.sample + record, record)
-        self.assertEqual(self.hits(*search, "-extract_seq", 3, "-extract_file", "best")[0][4], "i" * 30)
-        self.assertTrue((self.work / "best").read_text().startswith(record.partition("\n")[0] + "\n"))
-
     def test_very_many_sequences(self):
         lengths = [5 + k % 60 for k in range(MANY)]
         pool = zelvan_cli.draw(self.chance, 100_000)

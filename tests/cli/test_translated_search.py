@@ -24,10 +24,6 @@ def codons():
 CODONS = codons()
 
 
-def reverse_complement(dna):
-    return dna.translate(str.maketrans("ACGT", "TGCA"))[::-1]
-
-
 class TranslatedSearch(zelvan_cli.TestCase):
     def setUp(self):
         super().setUp()
@@ -42,9 +38,6 @@ class TranslatedSearch(zelvan_cli.TestCase):
 
     def gene(self, protein):
         return "".join(self.random.choice(CODONS[residue]) for residue in protein)
-
-    def bases(self, count):
-        return "".join(self.random.choices("ACGT", k=count))
 
     def inputs(self, mode, query, database):
         """Arguments of a search for one sequence; the database is a record of identifiers and letters."""
@@ -66,20 +59,23 @@ class Ranking(TranslatedSearch):
 
     def test_planted_genes_come_first_and_chance_is_told_by_the_e_value(self):
         protein = self.protein(120)
-        gene = self.gene(protein)
         relatives = {f"G{k}": "".join(r if self.random.random() < share else self.protein(1) for r in protein)
                      for k, share in enumerate((0.9, 0.6))}  # fmt: skip
+
+        def shifted_gene(residues):
+            gene = self.gene(residues)
+            flanks = ["".join(self.random.choices("ACGT", k=60)) for _ in range(2)]
+            return flanks[0] + gene[:150] + "G" + gene[150:] + flanks[1]
+
         for mode in (12, 20, 22):
             below_one = below_ten = 0
             for _ in range(3):
+                query, database = protein, self.proteins(700)
                 if mode == 12:
-                    query = protein
-                    database = {name: self.gene(p) for name, p in self.proteins(700).items()}
-                    database |= {name: self.bases(50) + self.gene(r) + self.bases(50) for name, r in relatives.items()}
-                    database["G0"] = database["G0"][:200] + "T" + database["G0"][200:]
+                    database = {name: self.gene(p) for name, p in database.items()}
+                    database |= {name: shifted_gene(p) for name, p in relatives.items()}
                 else:
-                    query = self.bases(60) + gene[:150] + "G" + gene[150:] + self.bases(61)
-                    database = self.proteins(700) | relatives
+                    query, database = shifted_gene(protein), database | relatives
                 lines = self.listed(mode, query, database, "-probcut", 10, "-aprint_to_threshold", 0)
                 self.assertEqual([line[4] for line in lines[:2]], ["G0", "G1"], mode)
                 self.assertLess(float(lines[1][3]), 1e-4)
@@ -134,11 +130,9 @@ class PlainList(TranslatedSearch):
         self.assertEqual([re.search(r"Target: (\S+)", body)[1] for _, body in self.sections(run)], ["D", "A"])
 
     def test_two_unlimited_settings_are_refused(self):
-        unlimited = ("-max_nout", -1, "-min_score", -1)
-        message = "Error:  Both min_score and max_nout are set to -1\n"
         for mode in (12, 20, 22):
-            self.refuse(message, *self.inputs(mode, *self.input[1:]), *unlimited)
-        self.search(10, "MKWV", {"A": "ATGAAATGG"}, *unlimited)
+            self.refuse("Error:  Both min_score and max_nout are set to -1\n",
+                        *self.inputs(mode, *self.input[1:]), "-max_nout", -1, "-min_score", -1)  # fmt: skip
 
 
 class Alignments(TranslatedSearch):
@@ -221,7 +215,7 @@ class Inputs(TranslatedSearch):
     def test_either_strand_is_searched(self):
         protein = self.protein(60)
         dna = self.gene(protein)
-        back = reverse_complement(dna)
+        back = dna.translate(str.maketrans("ACGT", "TGCA"))[::-1]
         for mode in (12, 20, 22):
             scores = []
             for letters, turn in ((dna, 0), (back, 1), (back, 0), (dna, 1)):
