@@ -140,8 +140,8 @@ class IterativeSearch(zelvan_cli.TestCase):
         printed = re.search(r"# FIT_A: (\S+) (\S+) (\S+)\n# FIT_B: 0 (\S+) \n", run.stdout).groups()
         for parameter, expected in zip(fitted, printed, strict=True):
             self.assertAlmostEqual(float(parameter), float(expected), places=3)
-        bins = [[float(word) for word in line.split()] for line in (self.work / "STAT_DATA").read_text().splitlines()]
-        self.assertEqual({line[-1] for line in bins} - {0}, set(range(1, ranges + 1)))
+        bins = (self.work / "STAT_DATA").read_text().splitlines()
+        self.assertEqual(len({line.split()[-1] for line in bins} - {"0"}), ranges)
         for name in ("FREQTAB_HISTS", "FREQTAB_OUT"):
             self.assertEqual((self.work / name).read_text().count("\n\n\n"), ranges)
 
