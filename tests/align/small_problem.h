@@ -2,11 +2,13 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
 #include "align/cell_flags.h"
 #include "align/lookup.h"
+#include "align/path_store.h"
 #include "align/scan_reference.h"
 #include "support/small_alphabet.h"
 
@@ -66,6 +68,14 @@ inline Problem random_problem(Random& random, int32_t mode, int32_t longest) {
     }
   }
   return problem;
+}
+
+// What tells paths apart: where they begin and end, and the best value.
+template <class Paths>
+std::vector<std::array<int32_t, 5>> fields(const Paths& paths) {
+  std::vector<std::array<int32_t, 5>> all;
+  for (const PathRec& p : paths) all.push_back({p.start_i, p.start_j, p.end_i, p.end_j, p.best});
+  return all;
 }
 
 // The whole matrix of cells, each worked out by itself from the definition.
