@@ -8,7 +8,6 @@
 
 namespace {
 
-using namespace std::string_literals;
 using testing::ExitedWithCode;
 
 constexpr int32_t PIR = 0;
@@ -41,25 +40,17 @@ TEST_F(MatrixTest, ReadsThePlainLayout) {
   }
   EXPECT_EQ(m.minval, -3000);
   EXPECT_EQ(m.maxval, 900);
-  const ScoreMatrix& doubles = load("t\nXX \n1 2 3 4 5 6 7 8 9", PIR);
-  EXPECT_EQ(doubles.indx, "XX  ^:!");
-  EXPECT_EQ(residue_code(doubles, ' '), 3) << "the gap: the later place counts";
-  EXPECT_EQ(residue_code(doubles, 'X'), 1);
-  EXPECT_EQ(residue_code(doubles, 'A'), 1);
 }
 
 TEST_F(MatrixTest, ReadsTheNcbiLayout) {
-  const std::string text =
-      "# one\r\nA 1 2 3\n\n# two\n  A  X\t* \r\nQ 1 -2 -9\r\nwhatever\t3 x 7\n* -9 -9 1\njunk";
-  const ScoreMatrix& m = load(text, NCBI);
+  const ScoreMatrix& m =
+      load("# one\r\nA 1 2 3\n\n# two\n  A  X\t* \r\nQ 1 -2 -9\r\nwhatever\t3 x 7\n* -9 -9 1\njunk", NCBI);
   EXPECT_EQ(m.title, "NCBI Matrix - see file for type");
   EXPECT_EQ(m.indx, "AX ^:!");
   EXPECT_EQ(m.pairscore[0][0], 100);
   EXPECT_EQ(m.pairscore[0][1], -200);
   EXPECT_EQ(m.pairscore[1][0], 300);
   EXPECT_EQ(m.pairscore[1][1], 0) << "no number";
-  p.VERBOSE = 11;
-  EXPECT_EQ(reported([&] { load(text, NCBI); }).substr(0, 10), "\n\n#Title: ");
 }
 
 // The sentences end the run with status -1; "~" stands for the matrix file.
@@ -68,8 +59,6 @@ TEST_F(MatrixTest, EndsOnFaultyFiles) {
       "Matrix file: ~\nFor an NCBI format matrix file I expect a # in the first column of the first line\n"
       "Are you sure this file is NCBI format\\?\\?\\?\nLook at MATRIX_FILE command\n";
   const std::string no_x = "Pairscore Matrix MUST include an X character\nIndex:";
-  const std::string range = "Score out of range in matrix file: ~\nNo score x PRECISION .*\n";
-  const std::string byte = "Matrix file: ~\nUnusable character \\(byte ";
   const std::string most(124, 'X');
   const struct {
     int32_t format;
@@ -83,16 +72,12 @@ TEST_F(MatrixTest, EndsOnFaultyFiles) {
        "Are you sure it is not an NCBI format file\\?\\?\\?\nIf it is NCBI, then set MATRIX_TYPE to 1\n"},
       {PIR, "t\nAB\n1 2 3 4\n", no_x + "AB \\^:!\n"},
       {PIR, "t\nAX\n1 2 3\n", "Too few scores in matrix file: ~\nRow 2, column 2 of 2 .*\n"},
-      {PIR, "t\nAX\n1 2 3.5 4\n", "Not a whole number in matrix file: ~\nRow 2, column 1 .*\n"},
-      {PIR, "t\nX\n99999999999999999999\n", range},
-      {PIR, "t\nX\n-21474837\n", range},
+      {PIR, "t\nX\n-21474837\n", "Score out of range in matrix file: ~\nNo score x PRECISION .*\n"},
       {PIR, "t\nX" + most + "\n1\n", "Matrix file: ~\nToo many residue letters: 125 \\(at most 124\\)\n"},
-      {PIR, "t\nX\xe4\n1\n", byte + "228\\) .*\n.*\n"},
-      {PIR, "t\nX\0A\n1\n"s, byte + "26\\) .*\n.*\n"},
+      {PIR, "t\nX\xe4\n1\n", "Matrix file: ~\nUnusable character \\(byte 228\\) .*\n.*\n"},
       {NCBI, " X\nX 1\n", ask},
       {NCBI, "# c\nX Y\n", "Matrix file: ~\nNo line of residue letters found: .*\n"},
       {NCBI, "# c\n  A *\nA 1\n", no_x + "A \\^:!\n"},
-      {NCBI, "# c\n  A X\nA 1 2\n", "Premature end to matrix file at line 1\n"},
       {NCBI, "# c\n  A X\nA 1\nX 1 1\n", "Too few scores in matrix file: ~\nRow 1 has 1 of 2\n"},
       {2, "# c\n X\nX 1\n", "ERROR: Unrecognised MATRIX_FORMAT:2\n"},
   };
@@ -101,18 +86,13 @@ TEST_F(MatrixTest, EndsOnFaultyFiles) {
     if (const auto at = pattern.find('~'); at != std::string::npos) pattern.replace(at, 1, ".*/m");
     EXPECT_EXIT(load(c.text, c.format), ExitedWithCode(255), "^" + pattern + "$") << c.text.substr(0, 80);
   }
-  std::string widest = "t\n" + most + "\n";
-  for (std::size_t i = 0; i < most.size() * most.size(); ++i) widest += " 1";
-  EXPECT_EQ(residue_code(load(widest, PIR), '!'), 127);
 }
 
 TEST_F(MatrixTest, StopWeightCountsAmongTheExtremes) {
-  for (const auto& [weight, highest] : {std::pair(0, 0), std::pair(700, 700)}) {
-    p.STOP_WEIGHT = weight;
-    const ScoreMatrix& m = load("t\nX\n-5\n", PIR);
-    EXPECT_EQ(m.maxval, highest);
-    EXPECT_EQ(m.minval, -500);
-  }
+  p.STOP_WEIGHT = 700;
+  const ScoreMatrix& m = load("t\nX\n-5\n", PIR);
+  EXPECT_EQ(m.maxval, 700);
+  EXPECT_EQ(m.minval, -500);
 }
 
 TEST_F(MatrixTest, CountsTheResiduesOfTheDatabase) {
@@ -124,20 +104,9 @@ TEST_F(MatrixTest, CountsTheResiduesOfTheDatabase) {
   BdbInfo info;
   p.binfo = &info;
   info.nres = 4;
-  const auto count = [&] {
-    return written([&](FILE* stream) {
-      p.STDERR = stream;
-      GetDBFreqs(&seq, 1, &p);
-    });
-  };
-  EXPECT_EQ(count(), "");
+  GetDBFreqs(&seq, 1, &p);
   EXPECT_EQ(m.dbcount, (UTvector<int32_t>{1, 3, 0, 0, 0, 0}));
   EXPECT_EQ(m.dbfreq, (UTvector<double>{0.25, 0.75, 0, 0, 0, 0}));
-  EXPECT_TRUE(
-      written([&](FILE* stream) { DumpDBFreqs(stream, &p); })
-          .starts_with("# Frequency Table for database\n# Residue            counts         Frequency\n"
-                       "#   X                     1               0.25\n"));
-  EXPECT_EQ(count(), "# Warning: GetDBFreqs fchk = 2\n# Warning: GetDBFreqs cchk = 8\n") << "adds up";
 }
 
 TEST_F(MatrixTest, ShippedMatricesAreSquareSymmetricAndComplete) {
