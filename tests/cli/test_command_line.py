@@ -39,8 +39,9 @@ class CommandLine(zelvan_cli.TestCase):
             (("-probcut2", 0.01, *QUIET), 255, CUTS),
             (("-probcut2", 0.01, "-probcut", 1, *QUIET), 255, CUTS),
             (("-probcut", 0.1, "-probcut2", 0.1, "-probcut", 1e-9, *QUIET), 0, ""),
-            *((("-precision", precision, *QUIET), 0, "") for precision in (1, 0, 1000)),
-            (("-precision", 15, "MODE", 31), 0, "Invalid Precision multiplier in getcmd: Invalid argument\n"),
+            *((("-precision", precision, *QUIET), 0, "") for precision in (1, 0, 1000, -20)),
+            *((("-precision", precision, "MODE", 31), 0, "Invalid Precision multiplier in getcmd: Invalid argument\n")
+              for precision in (15, 2, -1, 99)),
             (("-stdout", "/missing/x"), 1, "Cannot Open File: /missing/x: No such file or directory\n"),
         ):
             with self.subTest(args):

@@ -6,8 +6,6 @@
 
 namespace {
 
-using testing::ExitedWithCode;
-
 TEST(Params, ValuesFollowTheTypeOfTheKey) {
   const Params* p = configured("");  // the built-in values; their texts are held against the alias file
   EXPECT_EQ(p->SUCCESS, 1);
@@ -61,16 +59,6 @@ TEST(Params, TheOrderOfLinesMatters) {
   p = configured("LD_PEN 12\nPRECISION 10\nBDB_ROOT nr\nDB_DIR /data\n");
   EXPECT_EQ(p->LD_PEN, 1200);
   EXPECT_EQ(p->BDB_INDEX_FILE.name, ".//nr.bix");
-}
-
-TEST(Params, PrecisionIsOneOrAMultipleOfTen) {
-  for (const char* good : {"1", "0", "10", "1000", "-20"}) {
-    EXPECT_EQ(configured(std::string("PRECISION ") + good + "\n")->PRECISION, std::atoi(good));
-  }
-  for (const char* bad : {"15", "2", "-1", "99"}) {
-    EXPECT_EXIT(configured(std::string("PRECISION ") + bad + "\n"), ExitedWithCode(0),
-                "^Invalid Precision multiplier in getpars: .*\n$");
-  }
 }
 
 }  // namespace

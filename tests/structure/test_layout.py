@@ -1,9 +1,10 @@
 """The rules of the source tree that a compiler does not check."""
 import os
+import pathlib
 import re
 import unittest
 
-SOURCE = os.path.join(os.environ["ZELVAN_SOURCE"], "src")
+SOURCE = pathlib.Path(os.environ["ZELVAN_SOURCE"]) / "src"
 
 # Which folders a folder may include. driver/main.cpp, the dispatch, is free; the parameter record's header is a
 # leaf that everyone may include.
@@ -22,22 +23,20 @@ CONFIGURATION = {"driver/params.h", "driver/gap_defaults.h", "driver/help.h", "d
 
 
 def sources():
-    for folder, _, files in os.walk(SOURCE):
-        for name in files:
-            if name.endswith((".h", ".cpp")):
-                path = os.path.join(folder, name)
-                with open(path, encoding="utf-8") as source:
-                    yield os.path.relpath(path, SOURCE), source.read()
+    """(path below src/, text) of every source file."""
+    for path in SOURCE.rglob("*.*"):
+        if path.suffix in (".h", ".cpp"):
+            yield path.relative_to(SOURCE).as_posix(), path.read_text(encoding="utf-8")
 
 
 class Layout(unittest.TestCase):
     def test_every_include_follows_the_folder_table(self):
         seen = 0
         for path, text in sources():
-            folder = path.split(os.sep)[0]
+            folder = path.split("/")[0]
             for include in re.findall(r'^#include "([^"]+)"', text, re.M):
                 seen += 1
-                if path == os.path.join("driver", "main.cpp") or include in CONFIGURATION and folder != "util":
+                if path == "driver/main.cpp" or include in CONFIGURATION and folder != "util":
                     continue
                 used = include.split("/")[0]
                 self.assertTrue(used == folder or used in MAY_USE[folder], f"{path} includes {include}")
@@ -46,13 +45,13 @@ class Layout(unittest.TestCase):
     def test_only_the_failure_routines_end_the_process(self):
         ends = re.compile(r"\b(_?_?[eE]xit|abort|quick_exit|terminate)\s*\(")
         found = {path for path, text in sources() if ends.search(re.sub(r"//.*", "", text))}
-        self.assertEqual(found, {os.path.join("util", "process_end.cpp")})
+        self.assertEqual(found, {"util/process_end.cpp"})
 
     def test_storage_comes_from_the_checked_allocator(self):
-        owners = {os.path.join("util", "memory.cpp"), os.path.join("util", "memory.h")}
+        owners = {"util/memory.cpp", "util/memory.h"}
         raw = re.compile(r"\bnew\s+[A-Za-z_]|\b(malloc|calloc|realloc|free)\s*\(|std::vector<|std::string\b")
         for path, text in sources():
-            if path in owners or path.startswith(os.path.join("stats", "numerics")):
+            if path in owners or path.startswith("stats/numerics"):
                 continue
             code = re.sub(r"//.*", "", text)
             self.assertIsNone(raw.search(code), f"{path}: {raw.search(code)}")
