@@ -109,41 +109,25 @@ struct Exponential {
   explicit Exponential(std::initializer_list<double> start) : a(one_based(start)) {
     for (std::size_t i = 1; i < x.size(); ++i) y.push_back(2 + 5 * std::exp(-x[i] / 3));
   }
-  int step(const int* ia) {
-    return mrqmin(x.data(), y.data(), sigma.data(), 7, a.data(), ia, 3, covar.get(), alpha.get(), &chisq,
-                  fexp1, &alamda);
+  int step(std::initializer_list<int> fitted) {
+    return mrqmin(x.data(), y.data(), sigma.data(), 7, a.data(), fitted.begin(), 3, covar.get(), alpha.get(),
+                  &chisq, fexp1, &alamda);
   }
 };
 
-TEST(Mrqmin, DampsByTheRule) {
-  const int ia[4] = {0, 1, 1, 1};
-  Exponential fit({0, 1, 0.3});  // so far off that some steps are refused
-  int refused = 0;
-  ASSERT_EQ(fit.step(ia), 0);
-  EXPECT_TRUE(fit.alamda == 0.001 * 0.1 || fit.alamda == 0.001 * 10.0);
-  for (int k = 0; k < 60 && fit.chisq >= 1e-20; ++k) {
-    const Vector kept = fit.a;
-    const double chisq = fit.chisq, alamda = fit.alamda;
-    ASSERT_EQ(fit.step(ia), 0);
-    const bool better = fit.chisq < chisq;
-    EXPECT_EQ(fit.alamda, alamda * (better ? 0.1 : 10.0));
-    EXPECT_TRUE(better || (fit.chisq == chisq && fit.a == kept));
-    refused += better ? 0 : 1;
-  }
-  EXPECT_GT(refused, 0);
-  EXPECT_LT(fit.chisq, 1e-20);
-}
-
 // Here after a fit that was dropped and one that failed.
 TEST(Mrqmin, EveryFitStartsAfreshAndHoldsWhatItShould) {
-  const int all[4] = {0, 1, 1, 1}, but_one[4] = {0, 1, 0, 1};
   Exponential dropped({0, 1, 1}), failing({0, 0, 1});  // whose third parameter has no influence
-  ASSERT_EQ(dropped.step(all), 0);
-  EXPECT_EQ(failing.step(all), 33);
+  ASSERT_EQ(dropped.step({0, 1, 1, 1}), 0);
+  EXPECT_EQ(failing.step({0, 1, 1, 1}), 33);
   Exponential fit({7, 5, 2});
-  for (int k = 0; k < 20; ++k) ASSERT_EQ(fit.step(but_one), 0);
-  fit.alamda = 0;
-  ASSERT_EQ(fit.step(but_one), 0);
+  for (int k = 0; k <= 20; ++k) {
+    if (k == 20) fit.alamda = 0;
+    const Vector before = fit.a;
+    const double chisq = k == 0 ? HUGE_VAL : fit.chisq;
+    ASSERT_EQ(fit.step({0, 1, 0, 1}), 0);
+    EXPECT_TRUE(fit.chisq < chisq || fit.a == before) << "no step makes it worse";
+  }
   EXPECT_NEAR(fit.a[1], 2, 1e-6);
   EXPECT_EQ(fit.a[2], 5) << "held";
   EXPECT_NEAR(fit.a[3], 3, 1e-6);
