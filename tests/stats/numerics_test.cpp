@@ -124,9 +124,10 @@ TEST(Mrqmin, EveryFitStartsAfreshAndHoldsWhatItShould) {
   for (int k = 0; k <= 20; ++k) {
     if (k == 20) fit.alamda = 0;
     const Vector before = fit.a;
-    const double chisq = k == 0 ? HUGE_VAL : fit.chisq;
+    const double chisq = k == 0 ? HUGE_VAL : fit.chisq, alamda = k == 0 ? 0.001 : fit.alamda;
     ASSERT_EQ(fit.step({0, 1, 0, 1}), 0);
     EXPECT_TRUE(fit.chisq < chisq || fit.a == before) << "no step makes it worse";
+    EXPECT_EQ(fit.alamda, alamda * (fit.chisq < chisq ? 0.1 : 10.0));
   }
   EXPECT_NEAR(fit.a[1], 2, 1e-6);
   EXPECT_EQ(fit.a[2], 5) << "held";
