@@ -8,6 +8,9 @@ cd "$(dirname "$0")"
 . scripts/setup.sh
 need_tools "g++ g++" "cmake cmake" "ninja ninja-build" "python3 python3" \
   "/usr/include/gtest/gtest.h libgtest-dev"
+for tool in parallel snakemake; do
+  have "$tool" || echo "Package $tool is not installed: its test of the workflows is skipped"
+done
 
 run_preset() {
   echo "== $1 build"
