@@ -19,11 +19,9 @@ struct Search {
   LpfitData lpfit;
   LookupTable table;
 
-  Search(const std::string& query, const Texts& hit_texts, int32_t mode = 202)
-      : family(MATRIX, query), p(profile_params(mode)) {
+  Search(const std::string& query, const Texts& hit_texts) : family(MATRIX, query), p(profile_params()) {
     for (const std::string& text : hit_texts) hits.push_back(sequence_of(MATRIX, text));
-    set_keys(p, "LI_PEN 6 PROBCUT2 0.001 MIN_LEN 1 TOP_ONLY 1 PROFILE_WEIGHT_METHOD 0");
-    p.LD_PEN = mode % 10 == 0 ? 400 : 100;
+    set_keys(p, "LD_PEN 1 LI_PEN 6 PROBCUT2 0.001 MIN_LEN 1 TOP_ONLY 1 PROFILE_WEIGHT_METHOD 0");
     lpfit.EXPORLIN = 1;
     lpfit.paramA[0] = lpfit.paramA[1] = lpfit.paramB[0] = lpfit.paramB[1] = 0.0;
     lpfit.Bmin = lpfit.Bmax = 1.0;
@@ -80,9 +78,9 @@ TEST(BuildProfile, TakesLongSignificantPathsOfTheBestHits) {
   }
 }
 
-TEST(BuildProfile, CountsWhatItAligned) {
+TEST(BuildProfile, PrintsWhatItCountedAndMadeOfIt) {
   Search search("ACD", {"ACD", "ACD"});
-  search.p.PRINT_FRQ_TABS = 1;
+  set_keys(search.p, "PRINT_FRQ_TABS 1 PRINT_PROFILES 1");
   search.p.ITERATION = 4;
   EXPECT_EQ(printed([&] {
               search.run({1500, 1500}, 2);
@@ -91,7 +89,12 @@ TEST(BuildProfile, CountsWhatItAligned) {
             "Posn:   A   C   D   E   F   G   H   I   K   L   X       ^   :   !\n"
             "   1:   2   0   0   0   0   0   0   0   0   0   0   0   0   0   0\n"
             "   2:   0   2   0   0   0   0   0   0   0   0   0   0   0   0   0\n"
-            "   3:   0   0   2   0   0   0   0   0   0   0   0   0   0   0   0\n");
+            "   3:   0   0   2   0   0   0   0   0   0   0   0   0   0   0   0\n"
+            "#\n# Lookup table (profile) derived from iteration: 4\n"
+            "Posn:   A   C   D   E   F   G   H   I   K   L   X       ^   :   !\n"
+            "   1:   5  -4  -4  -4  -4  -4  -4  -4  -4  -4  -4   0   0   0 -30\n"
+            "   2:  -4   5  -4  -4  -4  -4  -4  -4  -4  -4  -4   0   0   0 -30\n"
+            "   3:  -4  -4   5  -4  -4  -4  -4  -4  -4  -4  -4   0   0   0 -30\n");
 }
 
 }  // namespace
