@@ -7,7 +7,8 @@
 // 2. The score matrix turns f into the frequencies that it expects among relatives of what was observed,
 //    g(c) = p(c) sum over b of f(b) exp(lambda s(b, c)), p being the background in the database and lambda
 //    the scale of the matrix (residue_model.h).
-// 3. Both are mixed, Q = (alpha f + beta g) / (alpha + beta), with beta = 10; between 8 and 20 it matters little.
+// 3. Both are mixed, Q = (alpha f + beta g) / (alpha + beta), with beta = 10: 7 lets more strangers in, 14 and 20
+//    find as much.
 //    Method 1: alpha is fixed at 2. Method 2: alpha is the number of independent observations behind the column,
 //    less one: the mean number of distinct residues per column of the common range, times the weight of the
 //    rows that do have a residue here. A family of near-identical sequences then says hardly more than the
