@@ -9,7 +9,7 @@
 #include <string>
 
 #include "align/lookup.h"
-#include "align/scan.h"
+#include "align/scan/scan.h"
 #include "dna/frame_scan.h"
 #include "seq/alphabet.h"
 #include "seq/matrix.h"

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "align/lookup.h"
-#include "align/traced_hits.h"
+#include "align/trace/traced_hits.h"
 #include "driver/params.h"
 #include "seq/matrix.h"
 #include "seq/sequence.h"

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "align/lookup.h"
-#include "align/scan_engine.h"
+#include "align/scan/scan_engine.h"
 #include "driver/params.h"
 #include "seq/sequence.h"
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "align/lookup.h"
-#include "align/move_flags.h"
+#include "align/trace/move_flags.h"
 #include "util/memory.h"
 
 // One column of an alignment, and what it takes of either sequence.

@@ -2,9 +2,9 @@
 
 #include "align/alignment_text.h"
 #include "align/lookup.h"
-#include "align/scan.h"
+#include "align/scan/scan.h"
 #include "align/score_range.h"
-#include "align/traced_hits.h"
+#include "align/trace/traced_hits.h"
 #include "bdb/database.h"
 #include "bdb/extraction.h"
 #include "driver/gap_defaults.h"

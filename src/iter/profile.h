@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "align/lookup.h"
-#include "align/traced_hits.h"
+#include "align/trace/traced_hits.h"
 #include "driver/params.h"
 #include "report/multiple_alignment.h"
 #include "seq/matrix.h"

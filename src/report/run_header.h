@@ -8,15 +8,8 @@
 #include "driver/params.h"
 #include "seq/matrix.h"
 #include "seq/sequence.h"
+#include "stats/zscore_stats.h"
 #include "util/timing.h"
-
-// The straight line of mean score against length of the z-score statistics.
-struct LineFit {
-  double slope = 0;
-  double intercept = 0;
-  double variance = 0;
-  int32_t nval = 0;  // points; 0: no line was fitted
-};
 
 // dump_info - the run header; its last line is "# Start_Scores: " and a rule.
 // In     p->binfo must be set

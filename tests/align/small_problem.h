@@ -8,8 +8,8 @@
 
 #include "align/cell_flags.h"
 #include "align/lookup.h"
-#include "align/path_store.h"
-#include "align/scan_reference.h"
+#include "align/scan/scan_reference.h"
+#include "align/trace/path_store.h"
 #include "support/small_alphabet.h"
 
 constexpr int32_t MODES[] = {200, 202, 210, 212};

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "align/lookup.h"
-#include "align/scan.h"
+#include "align/scan/scan.h"
 #include "support/small_alphabet.h"
 
 constexpr InstructionSet VECTOR_SETS[] = {InstructionSet::PORTABLE, InstructionSet::SSE41,

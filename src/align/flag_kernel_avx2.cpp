@@ -1,8 +1,0 @@
-#if defined(__x86_64__)
-#define LANES 8
-#include "align/flag_kernel_body.h"
-
-void run_flag_kernel_avx2(const FlagBlock& block) {
-  run_block(block);
-}
-#endif

@@ -1,6 +1,0 @@
-#define LANES 4
-#include "align/flag_kernel_body.h"
-
-void run_flag_kernel_portable(const FlagBlock& block) {
-  run_block(block);
-}

@@ -1,7 +1,0 @@
-#include "align/vec_portable.h"
-// The recurrences need the lanes above.
-#include "align/kernel_dispatch.h"
-
-InstructionSet run_kernel_portable(const KernelCall& call) {
-  return run_kernel(call);
-}

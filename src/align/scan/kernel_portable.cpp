@@ -1,0 +1,7 @@
+#include "align/simd/vec_portable.h"
+// The recurrences need the lanes above.
+#include "align/scan/kernel_dispatch.h"
+
+InstructionSet run_kernel_portable(const KernelCall& call) {
+  return run_kernel(call);
+}

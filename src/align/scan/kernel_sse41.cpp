@@ -1,0 +1,9 @@
+#if defined(__x86_64__)
+#include "align/simd/vec_sse41.h"
+// The recurrences need the lanes above.
+#include "align/scan/kernel_dispatch.h"
+
+InstructionSet run_kernel_sse41(const KernelCall& call) {
+  return run_kernel(call);
+}
+#endif

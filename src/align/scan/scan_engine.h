@@ -1,0 +1,28 @@
+// The vector scan behind scan_database: one instruction set, lanes as narrow as the scores allow, sequences
+// whose lanes overflow repeated with wider ones.
+#pragma once
+
+#include <cstdint>
+
+#include "align/scan/lane_table.h"
+#include "align/scan/scan_kernel.h"
+#include "align/scan/scan_meter.h"
+#include "align/simd/instruction_set.h"
+#include "seq/sequence.h"
+
+// What a scan did, for tests and benchmarks.
+struct ScanTally {
+  InstructionSet set = InstructionSet::REFERENCE;  // as the kernel object itself tells
+  int64_t sequences[3] = {};                       // finished per LaneWidth
+  int64_t saturated[2] = {};                       // handed on by BITS8 and BITS16
+};
+
+// scan_sequences - the score of every sequence, as the scalar kernels give it.
+// In     scores.table->rows < ROW_CODES, scores.positions >= 1; seqs[0..n-1] encoded
+//        no penalty of a translated recurrence is negative
+//        set: usable, not REFERENCE
+//        first: the narrowest lanes to try
+// Out    out_scores[0..n-1]; -1 for a sequence without residues
+//        meter: told of every sequence that ends
+ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n, int32_t* out_scores,
+                         InstructionSet set, LaneWidth first, ScanMeter& meter);

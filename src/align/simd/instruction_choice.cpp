@@ -1,0 +1,20 @@
+// The choice among the instruction sets, in a file of its own: test programs link another in its place.
+#include <initializer_list>
+
+#include "align/simd/instruction_set.h"
+
+namespace {
+
+InstructionSet find_best() {
+  for (const InstructionSet set : {InstructionSet::AVX512, InstructionSet::AVX2, InstructionSet::SSE41}) {
+    if (is_usable(set)) return set;
+  }
+  return InstructionSet::PORTABLE;
+}
+
+}  // namespace
+
+InstructionSet best_instruction_set() {
+  static const InstructionSet best = find_best();
+  return best;
+}

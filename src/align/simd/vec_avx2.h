@@ -1,0 +1,136 @@
+// AVX2 registers as lanes of 8, 16 and 32 bits. Included by one kernel object only; everything is local to it.
+#pragma once
+
+#include <immintrin.h>
+
+#include "align/simd/instruction_set.h"
+
+namespace {
+
+constexpr InstructionSet COMPILED_SET = InstructionSet::AVX2;
+using Register = __m256i;
+
+}  // namespace
+
+#include "align/simd/vec_lanes.h"
+
+namespace {
+
+template <class V>
+V load(const uint8_t* from) {
+  return {_mm256_load_si256(reinterpret_cast<const __m256i*>(from))};
+}
+template <class V>
+void store(uint8_t* to, V a) {
+  _mm256_store_si256(reinterpret_cast<__m256i*>(to), a.v);
+}
+template <class V>
+V splat(uint32_t pattern) {
+  return {_mm256_set1_epi32(static_cast<int>(pattern))};
+}
+template <class V>
+V select(V mask, V where_set, V where_clear) {
+  return {_mm256_blendv_epi8(where_clear.v, where_set.v, mask.v)};
+}
+
+inline Vec8 add(Vec8 a, Vec8 b) {
+  return {_mm256_adds_epi8(a.v, b.v)};
+}
+inline Vec8 sub(Vec8 a, Vec8 b) {
+  return {_mm256_subs_epi8(a.v, b.v)};
+}
+inline Vec8 max(Vec8 a, Vec8 b) {
+  return {_mm256_max_epi8(a.v, b.v)};
+}
+inline Vec8 equal(Vec8 a, Vec8 b) {
+  return {_mm256_cmpeq_epi8(a.v, b.v)};
+}
+
+inline Vec16 add(Vec16 a, Vec16 b) {
+  return {_mm256_adds_epi16(a.v, b.v)};
+}
+inline Vec16 sub(Vec16 a, Vec16 b) {
+  return {_mm256_subs_epi16(a.v, b.v)};
+}
+inline Vec16 max(Vec16 a, Vec16 b) {
+  return {_mm256_max_epi16(a.v, b.v)};
+}
+inline Vec16 equal(Vec16 a, Vec16 b) {
+  return {_mm256_cmpeq_epi16(a.v, b.v)};
+}
+
+inline Vec32 add(Vec32 a, Vec32 b) {
+  return {_mm256_add_epi32(a.v, b.v)};
+}
+inline Vec32 sub(Vec32 a, Vec32 b) {
+  return {_mm256_sub_epi32(a.v, b.v)};
+}
+inline Vec32 max(Vec32 a, Vec32 b) {
+  return {_mm256_max_epi32(a.v, b.v)};
+}
+inline Vec32 equal(Vec32 a, Vec32 b) {
+  return {_mm256_cmpeq_epi32(a.v, b.v)};
+}
+
+inline Register and_bits(Register a, Register b) {
+  return _mm256_and_si256(a, b);
+}
+inline Register or_bits(Register a, Register b) {
+  return _mm256_or_si256(a, b);
+}
+inline Register xor_bits(Register a, Register b) {
+  return _mm256_xor_si256(a, b);
+}
+inline Register splat_byte(char value) {
+  return _mm256_set1_epi8(value);
+}
+inline Register add_unsigned_bytes(Register a, Register b) {
+  return _mm256_adds_epu8(a, b);
+}
+inline Register sub_bytes(Register a, Register b) {
+  return _mm256_sub_epi8(a, b);
+}
+inline Register shuffle_bytes(Register table, Register index) {
+  return _mm256_shuffle_epi8(table, index);
+}
+inline Register interleave_lower(Register a, Register b) {
+  return _mm256_unpacklo_epi8(a, b);
+}
+inline Register interleave_upper(Register a, Register b) {
+  return _mm256_unpackhi_epi8(a, b);
+}
+// 16 bytes in both halves: byte shuffles work in halves.
+inline Register load_table(const uint8_t* from) {
+  return _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(from)));
+}
+// The codes of two columns of 16 lanes, in the order that interleaving, which works in halves, turns into lanes.
+inline Register load_column_pair(const uint8_t* residues) {
+  const __m128i* columns = reinterpret_cast<const __m128i*>(residues);
+  const __m128i first = _mm_load_si128(columns);
+  const __m128i second = _mm_load_si128(columns + 1);
+  return _mm256_set_m128i(_mm_unpackhi_epi64(first, second), _mm_unpacklo_epi64(first, second));
+}
+
+}  // namespace
+
+#include "align/simd/vec_byte_shuffle.h"
+
+namespace {
+
+template <int COLUMNS>
+struct Codes<Vec32, COLUMNS> {
+  static constexpr int ROW_BYTES = 4 * ROW_CODES;
+  __m256i index[COLUMNS];
+  explicit Codes(const uint8_t* residues) {
+    for (int k = 0; k < COLUMNS; ++k) {
+      index[k] = _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(residues + 8 * k)));
+    }
+  }
+  void look_up(const uint8_t* row, Vec32* out) const {
+    for (int k = 0; k < COLUMNS; ++k) {
+      out[k].v = _mm256_i32gather_epi32(reinterpret_cast<const int*>(row), index[k], 4);
+    }
+  }
+};
+
+}  // namespace

@@ -1,0 +1,143 @@
+// AVX-512 registers (with the byte and word instructions) as lanes of 8, 16 and 32 bits. Included by one kernel
+// object only; everything is local to it.
+#pragma once
+
+#include <immintrin.h>
+
+#include "align/simd/instruction_set.h"
+
+namespace {
+
+constexpr InstructionSet COMPILED_SET = InstructionSet::AVX512;
+using Register = __m512i;
+
+}  // namespace
+
+#include "align/simd/vec_lanes.h"
+
+namespace {
+
+template <class V>
+V load(const uint8_t* from) {
+  return {_mm512_load_si512(from)};
+}
+template <class V>
+void store(uint8_t* to, V a) {
+  _mm512_store_si512(to, a.v);
+}
+template <class V>
+V splat(uint32_t pattern) {
+  return {_mm512_set1_epi32(static_cast<int>(pattern))};
+}
+template <class V>
+V select(V mask, V where_set, V where_clear) {
+  return {_mm512_mask_blend_epi8(_mm512_movepi8_mask(mask.v), where_clear.v, where_set.v)};
+}
+
+inline Vec8 add(Vec8 a, Vec8 b) {
+  return {_mm512_adds_epi8(a.v, b.v)};
+}
+inline Vec8 sub(Vec8 a, Vec8 b) {
+  return {_mm512_subs_epi8(a.v, b.v)};
+}
+inline Vec8 max(Vec8 a, Vec8 b) {
+  return {_mm512_max_epi8(a.v, b.v)};
+}
+inline Vec8 where_equal(Vec8 a, Vec8 b, Vec8 yes, Vec8 no) {
+  return {_mm512_mask_blend_epi8(_mm512_cmpeq_epi8_mask(a.v, b.v), no.v, yes.v)};
+}
+
+inline Vec16 add(Vec16 a, Vec16 b) {
+  return {_mm512_adds_epi16(a.v, b.v)};
+}
+inline Vec16 sub(Vec16 a, Vec16 b) {
+  return {_mm512_subs_epi16(a.v, b.v)};
+}
+inline Vec16 max(Vec16 a, Vec16 b) {
+  return {_mm512_max_epi16(a.v, b.v)};
+}
+inline Vec16 where_equal(Vec16 a, Vec16 b, Vec16 yes, Vec16 no) {
+  return {_mm512_mask_blend_epi16(_mm512_cmpeq_epi16_mask(a.v, b.v), no.v, yes.v)};
+}
+
+inline Vec32 add(Vec32 a, Vec32 b) {
+  return {_mm512_add_epi32(a.v, b.v)};
+}
+inline Vec32 sub(Vec32 a, Vec32 b) {
+  return {_mm512_sub_epi32(a.v, b.v)};
+}
+inline Vec32 max(Vec32 a, Vec32 b) {
+  return {_mm512_max_epi32(a.v, b.v)};
+}
+inline Vec32 where_equal(Vec32 a, Vec32 b, Vec32 yes, Vec32 no) {
+  return {_mm512_mask_blend_epi32(_mm512_cmpeq_epi32_mask(a.v, b.v), no.v, yes.v)};
+}
+
+// The gap value that a cell hands on: its own less the extension where it got its value by this gap, else less
+// the opening. `change` is opening XOR extension.
+template <class V>
+V carry(V cell, V gap, V open, V change) {
+  const V extend{_mm512_xor_si512(open.v, change.v)};
+  return sub(cell, where_equal(cell, gap, extend, open));
+}
+
+// A byte shuffle reads tables of 16 entries and gives 0 where an index has its top bit set. A row of 32 takes
+// two shuffles whose indices are set up so that exactly one of them answers: code + 0x70 has its top bit set from
+// 16 on, code - 16 below 16.
+template <int COLUMNS>
+struct Codes<Vec8, COLUMNS> {
+  static constexpr int ROW_BYTES = ROW_CODES;
+  __m512i in_lower[COLUMNS];
+  __m512i in_upper[COLUMNS];
+  explicit Codes(const uint8_t* residues) {
+    for (int k = 0; k < COLUMNS; ++k) {
+      const __m512i codes = _mm512_load_si512(residues + 64 * k);
+      in_lower[k] = _mm512_adds_epu8(codes, _mm512_set1_epi8(0x70));
+      in_upper[k] = _mm512_sub_epi8(codes, _mm512_set1_epi8(16));
+    }
+  }
+  void look_up(const uint8_t* row, Vec8* out) const {
+    const __m128i* halves = reinterpret_cast<const __m128i*>(row);
+    const __m512i lower = _mm512_broadcast_i32x4(_mm_load_si128(halves));
+    const __m512i upper = _mm512_broadcast_i32x4(_mm_load_si128(halves + 1));
+    for (int k = 0; k < COLUMNS; ++k) {
+      out[k].v =
+          _mm512_or_si512(_mm512_shuffle_epi8(lower, in_lower[k]), _mm512_shuffle_epi8(upper, in_upper[k]));
+    }
+  }
+};
+
+// A row of 32 words is one register.
+template <int COLUMNS>
+struct Codes<Vec16, COLUMNS> {
+  static constexpr int ROW_BYTES = 2 * ROW_CODES;
+  __m512i index[COLUMNS];
+  explicit Codes(const uint8_t* residues) {
+    for (int k = 0; k < COLUMNS; ++k) {
+      index[k] = _mm512_cvtepu8_epi16(_mm256_load_si256(reinterpret_cast<const __m256i*>(residues + 32 * k)));
+    }
+  }
+  void look_up(const uint8_t* row, Vec16* out) const {
+    const __m512i scores = _mm512_load_si512(row);
+    for (int k = 0; k < COLUMNS; ++k) out[k].v = _mm512_permutexvar_epi16(index[k], scores);
+  }
+};
+
+// A row of 32 double words is two registers.
+template <int COLUMNS>
+struct Codes<Vec32, COLUMNS> {
+  static constexpr int ROW_BYTES = 4 * ROW_CODES;
+  __m512i index[COLUMNS];
+  explicit Codes(const uint8_t* residues) {
+    for (int k = 0; k < COLUMNS; ++k) {
+      index[k] = _mm512_cvtepu8_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(residues + 16 * k)));
+    }
+  }
+  void look_up(const uint8_t* row, Vec32* out) const {
+    const __m512i lower = _mm512_load_si512(row);
+    const __m512i upper = _mm512_load_si512(row + 64);
+    for (int k = 0; k < COLUMNS; ++k) out[k].v = _mm512_permutex2var_epi32(lower, index[k], upper);
+  }
+};
+
+}  // namespace

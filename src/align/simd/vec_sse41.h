@@ -1,0 +1,130 @@
+// SSE4.1 registers as lanes of 8, 16 and 32 bits. Included by one kernel object only; everything is local to it.
+#pragma once
+
+#include <immintrin.h>
+
+#include "align/simd/instruction_set.h"
+
+namespace {
+
+constexpr InstructionSet COMPILED_SET = InstructionSet::SSE41;
+using Register = __m128i;
+
+}  // namespace
+
+#include "align/simd/vec_lanes.h"
+
+namespace {
+
+template <class V>
+V load(const uint8_t* from) {
+  return {_mm_load_si128(reinterpret_cast<const __m128i*>(from))};
+}
+template <class V>
+void store(uint8_t* to, V a) {
+  _mm_store_si128(reinterpret_cast<__m128i*>(to), a.v);
+}
+template <class V>
+V splat(uint32_t pattern) {
+  return {_mm_set1_epi32(static_cast<int>(pattern))};
+}
+template <class V>
+V select(V mask, V where_set, V where_clear) {
+  return {_mm_blendv_epi8(where_clear.v, where_set.v, mask.v)};
+}
+
+inline Vec8 add(Vec8 a, Vec8 b) {
+  return {_mm_adds_epi8(a.v, b.v)};
+}
+inline Vec8 sub(Vec8 a, Vec8 b) {
+  return {_mm_subs_epi8(a.v, b.v)};
+}
+inline Vec8 max(Vec8 a, Vec8 b) {
+  return {_mm_max_epi8(a.v, b.v)};
+}
+inline Vec8 equal(Vec8 a, Vec8 b) {
+  return {_mm_cmpeq_epi8(a.v, b.v)};
+}
+
+inline Vec16 add(Vec16 a, Vec16 b) {
+  return {_mm_adds_epi16(a.v, b.v)};
+}
+inline Vec16 sub(Vec16 a, Vec16 b) {
+  return {_mm_subs_epi16(a.v, b.v)};
+}
+inline Vec16 max(Vec16 a, Vec16 b) {
+  return {_mm_max_epi16(a.v, b.v)};
+}
+inline Vec16 equal(Vec16 a, Vec16 b) {
+  return {_mm_cmpeq_epi16(a.v, b.v)};
+}
+
+inline Vec32 add(Vec32 a, Vec32 b) {
+  return {_mm_add_epi32(a.v, b.v)};
+}
+inline Vec32 sub(Vec32 a, Vec32 b) {
+  return {_mm_sub_epi32(a.v, b.v)};
+}
+inline Vec32 max(Vec32 a, Vec32 b) {
+  return {_mm_max_epi32(a.v, b.v)};
+}
+inline Vec32 equal(Vec32 a, Vec32 b) {
+  return {_mm_cmpeq_epi32(a.v, b.v)};
+}
+
+inline Register and_bits(Register a, Register b) {
+  return _mm_and_si128(a, b);
+}
+inline Register or_bits(Register a, Register b) {
+  return _mm_or_si128(a, b);
+}
+inline Register xor_bits(Register a, Register b) {
+  return _mm_xor_si128(a, b);
+}
+inline Register splat_byte(char value) {
+  return _mm_set1_epi8(value);
+}
+inline Register add_unsigned_bytes(Register a, Register b) {
+  return _mm_adds_epu8(a, b);
+}
+inline Register sub_bytes(Register a, Register b) {
+  return _mm_sub_epi8(a, b);
+}
+inline Register shuffle_bytes(Register table, Register index) {
+  return _mm_shuffle_epi8(table, index);
+}
+inline Register interleave_lower(Register a, Register b) {
+  return _mm_unpacklo_epi8(a, b);
+}
+inline Register interleave_upper(Register a, Register b) {
+  return _mm_unpackhi_epi8(a, b);
+}
+inline Register load_table(const uint8_t* from) {
+  return _mm_load_si128(reinterpret_cast<const __m128i*>(from));
+}
+// The codes of two columns of 8 lanes.
+inline Register load_column_pair(const uint8_t* residues) {
+  return load_table(residues);
+}
+
+}  // namespace
+
+#include "align/simd/vec_byte_shuffle.h"
+
+namespace {
+
+template <int COLUMNS>
+struct Codes<Vec32, COLUMNS> {
+  static constexpr int ROW_BYTES = 4 * ROW_CODES;
+  const uint8_t* codes;
+  explicit Codes(const uint8_t* residues) : codes(residues) {}
+  void look_up(const uint8_t* row, Vec32* out) const {
+    const int* scores = reinterpret_cast<const int*>(row);
+    for (int k = 0; k < COLUMNS; ++k) {
+      const uint8_t* c = codes + 4 * k;
+      out[k].v = _mm_setr_epi32(scores[c[0]], scores[c[1]], scores[c[2]], scores[c[3]]);
+    }
+  }
+};
+
+}  // namespace

@@ -1,0 +1,8 @@
+#if defined(__x86_64__)
+#define LANES 8
+#include "align/trace/flag_kernel_body.h"
+
+void run_flag_kernel_avx2(const FlagBlock& block) {
+  run_block(block);
+}
+#endif

@@ -1,0 +1,6 @@
+#define LANES 4
+#include "align/trace/flag_kernel_body.h"
+
+void run_flag_kernel_portable(const FlagBlock& block) {
+  run_block(block);
+}

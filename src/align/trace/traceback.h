@@ -1,0 +1,36 @@
+// Traceback: the local alignment paths of one pair of sequences, and the move flags to trace them by.
+#pragma once
+
+#include <cstdint>
+
+#include "align/lookup.h"
+#include "align/trace/move_flags.h"
+#include "align/trace/path_store.h"
+#include "align/trace/path_trace.h"
+#include "driver/params.h"
+#include "seq/matrix.h"
+#include "util/memory.h"
+
+// swpathl (modes 200 and 210), swpathli (202 and 212) - align one pair.
+// Does   the recurrence of swl or swli over the whole matrix. A path carries where it began and its best cell;
+//        it ends where the cell diagonally behind it falls to 0, or at the end of either sequence; of the
+//        paths from one start the best is kept, of equals the first. Penalties come from the table's gap rows
+//        in the modes 210 and 212, else from the arguments
+// In     query (not read), target: codes; qlen, dlen: stored lengths; out_flags shaped for them
+// Out    out_store: emptied, then the paths whose best is at least p->MIN_SCORE and that span more than one
+//        position of either sequence; out_flags[j][i], j = 0..dlen-2, i = 0..qlen-2
+// Returns the best cell value, or -1 when there is no cell. The scan kernels give the same, but where gaps at
+//        the last query position add to the score (negative penalties there): scans do not carry that cell
+int32_t swpathl(const int8_t* query, int32_t qlen, const int8_t* target, int32_t dlen,
+                const LookupTable& table, int32_t ld_pen, PathStore& out_store, MoveFlags& out_flags,
+                const ScoreMatrix& matrix, const Params* p);
+int32_t swpathli(const int8_t* query, int32_t qlen, const int8_t* target, int32_t dlen,
+                 const LookupTable& table, int32_t ld_pen, int32_t li_pen, PathStore& out_store,
+                 MoveFlags& out_flags, const ScoreMatrix& matrix, const Params* p);
+
+// align_pair - swpathl or swpathli as p->MODE asks (no path for any other mode), then dosort: the paths,
+// highest best first. The one routine that the alignment printer and the profile builder share. out_flags is
+// shaped for the pair: handing over the flags of one pair to the next saves their allocation.
+UTvector<PathRec> align_pair(const int8_t* query, int32_t qlen, const int8_t* target, int32_t dlen,
+                             const LookupTable& table, MoveFlags& out_flags, const ScoreMatrix& matrix,
+                             const Params* p);
