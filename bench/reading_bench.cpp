@@ -11,6 +11,7 @@
 #include "seq/matrix.h"
 #include "seq/sequence_file.h"
 
+namespace zelvan {
 namespace {
 
 constexpr std::size_t FILE_SIZE = std::size_t{64} << 20;
@@ -77,3 +78,4 @@ BENCHMARK(Read)->Unit(benchmark::kMillisecond);
 BENCHMARK(ReadAndEncode)->Unit(benchmark::kMillisecond);
 
 }  // namespace
+}  // namespace zelvan

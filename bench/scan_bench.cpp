@@ -15,6 +15,7 @@
 #include "seq/matrix.h"
 #include "seq/sequence_file.h"
 
+namespace zelvan {
 namespace {
 
 struct Setting {
@@ -149,3 +150,4 @@ const bool registered = [] {
 }();
 
 }  // namespace
+}  // namespace zelvan

@@ -9,6 +9,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 double log_length(const SeqRec& seq) {
@@ -155,3 +156,5 @@ void printbit(FILE* stream, int32_t start, int32_t& out_end, const char* letters
   std::fwrite(letters + from, 1, static_cast<std::size_t>(to - from), stream);
   std::fprintf(stream, " %7d\n", out_end);
 }
+
+}  // namespace zelvan

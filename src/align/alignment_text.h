@@ -11,6 +11,8 @@
 #include "seq/sequence.h"
 #include "stats/lpfit.h"
 
+namespace zelvan {
+
 // print_alignments_pp - realigns the best hits and writes one section for each to std_out, best first.
 // In     scores[0..n-1]; order[0..n-1]: sequences by increasing score; at most p->MAX_AOUT hits are shown
 //        p is changed during the call and restored (MIN_SCORE)
@@ -48,3 +50,5 @@ void printbid(FILE* stream, const UTstring& markers, int32_t from, int32_t to);
 // printbit - a line of letters with the sequence positions of its ends.
 // Out    out_end: position of the last residue, start - 1 without one; blanks and "^" are no residues
 void printbit(FILE* stream, int32_t start, int32_t& out_end, const char* letters, int32_t from, int32_t to);
+
+}  // namespace zelvan

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace zelvan {
+
 // Set for every move whose value equals the cell's.
 enum MoveFlag : uint8_t {
   MOVE_DIAGONAL = 1,
@@ -13,3 +15,5 @@ constexpr uint8_t ALL_MOVES = MOVE_DIAGONAL | MOVE_UP | MOVE_LEFT;
 
 // Set where the value is 0, whatever moves reach it as well.
 constexpr uint8_t CELL_ZERO = 8;
+
+}  // namespace zelvan

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+namespace zelvan {
 namespace {
 
 void end_line(FILE* stream) {
@@ -65,3 +66,5 @@ void PrintLookup4(int32_t len, const LookupTable& table, const ScoreMatrix& matr
                   const Params* p) {
   print_table("Posn:", 1, len, table, matrix, 4, p->PRECISION, stream);
 }
+
+}  // namespace zelvan

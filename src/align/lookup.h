@@ -8,6 +8,8 @@
 #include "seq/matrix.h"
 #include "util/table.h"
 
+namespace zelvan {
+
 // table[c][i], c = 0..inlen-1, i = 0..len-2 (len = stored query length): score of code c against query
 // position i, matrix units x PRECISION. Position 0 is the pad; entry len-1 is zero and never read. mlookgap's
 // tables hold penalties in two rows: extension (or the linear penalty) in the row of GAP_CHARACTER, opening
@@ -34,3 +36,5 @@ void PrintLookup2(int32_t len, const LookupTable& table, const ScoreMatrix& matr
 void PrintLookup3(int32_t len, const LookupTable& table, const ScoreMatrix& matrix, FILE* stream);
 void PrintLookup4(int32_t len, const LookupTable& table, const ScoreMatrix& matrix, FILE* stream,
                   const Params* p);
+
+}  // namespace zelvan

@@ -5,6 +5,7 @@
 #include "util/failure.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 // The sum of the largest entries of the positions.
@@ -45,3 +46,5 @@ void check_score_range(const LookupTable& table, const ScoreMatrix& matrix, cons
               "scores of the matrix or the size of negative penalties\n",
               p->PRECISION, static_cast<long long>(bound), INT32_MAX);
 }
+
+}  // namespace zelvan

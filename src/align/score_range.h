@@ -8,6 +8,8 @@
 #include "seq/matrix.h"
 #include "seq/sequence.h"
 
+namespace zelvan {
+
 // check_score_range - bounds every cell of the alignments of a table with the sequences seqs[0..n-1].
 // Does   a path meets each query position at most once opposite a residue, so that no cell exceeds the sum of
 //        the largest entries of the positions; each gap step with a negative penalty adds at most its size,
@@ -17,3 +19,5 @@
 // Ends   when the bound is more than 2^31 - 1 (status -1)
 void check_score_range(const LookupTable& table, const ScoreMatrix& matrix, const SeqRec* seqs, int32_t n,
                        const Params* p);
+
+}  // namespace zelvan

@@ -22,6 +22,7 @@
 #include "util/text.h"
 #include "util/timing.h"
 
+namespace zelvan {
 namespace {
 
 constexpr std::size_t WRITE_BUFFER = std::size_t{1} << 20;
@@ -244,3 +245,5 @@ void makedb(Params* p) {
   publish(pending);
   show_build_time("", p);
 }
+
+}  // namespace zelvan

@@ -3,6 +3,8 @@
 
 #include "driver/params.h"
 
+namespace zelvan {
+
 // makedb - mode 99: reads the text database DB_FILE and writes it to p->BDB_INDEX_FILE and p->BDB_SEQ_FILE.
 // Does   residues are stored as codes when APPLY_INDEX is 1, and sequences in ascending order of length (ties
 //        as UTindexx leaves them) when DO_SORT is 1. Both files are written under names of their own in the
@@ -13,3 +15,5 @@
 // Ends   on every fault of the input, on a database that 32-bit positions cannot address, and when an output
 //        file cannot be opened (status -1); when it cannot be written (status 1)
 void makedb(Params* p);
+
+}  // namespace zelvan

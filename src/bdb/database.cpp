@@ -2,6 +2,8 @@
 
 #include "util/index_sort.h"
 
+namespace zelvan {
+
 void load_database(Database& out_database, const ScoreMatrix& matrix, Params* p) {
   UTvector<SeqRec>* seqs;
   if (p->BDB_GIVEN == 0) {
@@ -26,3 +28,5 @@ UTvector<int32_t> length_order(const UTvector<SeqRec>& seqs) {
   return UTsorted_order(static_cast<int32_t>(seqs.size()),
                         [first](int32_t a, int32_t b) { return first[a].len < first[b].len; });
 }
+
+}  // namespace zelvan

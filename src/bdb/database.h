@@ -11,6 +11,8 @@
 #include "seq/sequence_file.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // A database in memory: a text database or a binary one.
 struct Database {
   SeqRec* seqs = nullptr;  // [n], owned by the part that was filled
@@ -31,3 +33,5 @@ bool stored_as_codes(const Params* p);
 
 // length_order - the numbers 0..n-1 of the sequences by ascending length, ties as UTindexx leaves them.
 UTvector<int32_t> length_order(const UTvector<SeqRec>& seqs);
+
+}  // namespace zelvan

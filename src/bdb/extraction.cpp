@@ -11,6 +11,7 @@
 #include "util/failure.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 void close_extract_file(Params* p) {
@@ -82,3 +83,5 @@ void ex1(Params* p) {
   close_extract_file(p);
   p->binfo = nullptr;
 }
+
+}  // namespace zelvan

@@ -7,6 +7,8 @@
 #include "seq/matrix.h"
 #include "seq/sequence.h"
 
+namespace zelvan {
+
 // subset_db - mode 667: an evenly spaced sample of the text database DB_FILE by length, to std_out.
 // Does   from the longest sequence downwards, every (sequences / NSUBSET)-th; never the shortest. Residues on
 //        one line, letters as read
@@ -25,3 +27,5 @@ void extract_seqs(const SeqRec* seqs, int32_t n, const int32_t* order, const Sco
 // Ends   as extract_seqs and ReadIdListFromScanFile, on every fault of the database, and when EXTRACT_SEQ is
 //        below 1 (status -1)
 void ex1(Params* p);
+
+}  // namespace zelvan

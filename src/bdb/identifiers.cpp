@@ -10,6 +10,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 bool holds(const UTvector<char>& line, const char* text) {
@@ -64,3 +65,5 @@ const SeqRec* findid(const SeqRec* seqs, int32_t n, const char* id) {
   const int32_t k = UTfind_sorted(n, [=](int32_t at) { return std::strcmp(id, seqs[at].id); });
   return k >= 0 ? &seqs[k] : nullptr;
 }
+
+}  // namespace zelvan

@@ -8,6 +8,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // ReadIdListFromScanFile - the identifiers of the first score list in the report of a search.
 // Does   reads at most EXTRACT_SEQ lines of the list; the identifier is a line's fifth word when a line with
 //        "# FIT" came before the list, otherwise its third
@@ -24,3 +26,5 @@ void shsort(int32_t n, SeqRec* seqs);
 // findid - a record with this identifier (of several the one that UTfind_sorted takes), or null.
 // In     seqs[0..n-1] as shsort leaves them
 const SeqRec* findid(const SeqRec* seqs, int32_t n, const char* id);
+
+}  // namespace zelvan

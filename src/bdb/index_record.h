@@ -10,6 +10,8 @@
 
 #include <cstdint>
 
+namespace zelvan {
+
 // Where one sequence lies. Positions are bytes from the start of the sequence file.
 struct IndexRecord {
   int32_t id_at;
@@ -20,3 +22,5 @@ struct IndexRecord {
   int32_t len;       // residue buffer: residues + 2
 };
 static_assert(sizeof(IndexRecord) == 24);
+
+}  // namespace zelvan

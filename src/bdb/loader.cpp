@@ -13,6 +13,7 @@
 #include "util/streams.h"
 #include "util/timing.h"
 
+namespace zelvan {
 namespace {
 
 [[noreturn]] UT_PRINTF(2, 3) void end_damaged(const FileRec& file, const char* format, ...) {
@@ -219,3 +220,5 @@ void loadbdb(BinaryDatabase& out_database, const ScoreMatrix& matrix, Params* p)
   show_time("loadbdb indexed seqs array complete ", p);
   if (p->TIME > 5 && own_stopwatch) UT_reset_times();
 }
+
+}  // namespace zelvan

@@ -7,6 +7,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // A binary database in memory.
 struct BinaryDatabase {
   BdbInfo info;
@@ -24,3 +26,5 @@ struct BinaryDatabase {
 //        sequence file that is shorter than its header says brings a warning only, as long as no record
 //        needs what is missing
 void loadbdb(BinaryDatabase& out_database, const ScoreMatrix& matrix, Params* p);
+
+}  // namespace zelvan

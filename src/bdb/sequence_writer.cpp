@@ -4,6 +4,7 @@
 
 #include "seq/alphabet.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int32_t LINE_LENGTH = 70;
@@ -41,3 +42,5 @@ void save_sequence(FILE* stream, const SeqRec& record, const ScoreMatrix& matrix
   if (p->EXTRACT_SEQ_FORMAT == 0) SavePirSeq(stream, record, matrix);
   if (p->EXTRACT_SEQ_FORMAT == 1) SaveFastaSeq(stream, record, matrix);
 }
+
+}  // namespace zelvan

@@ -9,6 +9,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // CopySeq - a copy of `length` bytes.
 UTvector<int8_t> CopySeq(const int8_t* bytes, int32_t length);
 
@@ -21,3 +23,5 @@ void SaveFastaSeq(FILE* stream, const SeqRec& record, const ScoreMatrix& matrix)
 
 // save_sequence - the one of EXTRACT_SEQ_FORMAT: 0 PIR, 1 FASTA, nothing with any other value.
 void save_sequence(FILE* stream, const SeqRec& record, const ScoreMatrix& matrix, const Params* p);
+
+}  // namespace zelvan

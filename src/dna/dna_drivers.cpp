@@ -22,6 +22,7 @@
 #include "util/streams.h"
 #include "util/timing.h"
 
+namespace zelvan {
 namespace {
 
 // What every translated search sets up first.
@@ -241,3 +242,5 @@ void swadp(Params* p) {
 void swaidp2(Params* p) {
   search_translated(p);
 }
+
+}  // namespace zelvan

@@ -3,6 +3,8 @@
 
 #include "driver/params.h"
 
+namespace zelvan {
+
 // swipd - mode 10: protein query, DNA database (text); "score identifier" for every sequence, in file order.
 // Does   neither gap defaults nor MAX_NSEQ nor PRECISION apply: penalties are those configured, scores are
 //        divided by 100. Batches of a few million bases are held at a time and written when they are read:
@@ -21,3 +23,5 @@ void swipd(Params* p);
 void swaipd2(Params* p);
 void swadp(Params* p);
 void swaidp2(Params* p);
+
+}  // namespace zelvan

@@ -2,6 +2,7 @@
 
 #include "dna/frame_shift_reference.h"
 
+namespace zelvan {
 namespace {
 
 // In mode 10 the last two positions, which begin no whole codon, are never rows.
@@ -61,3 +62,5 @@ void scan_frames(int32_t m, const SeqRec* seqs, int32_t n, const LookupTable& ta
                  const Params* p) {
   scan_frames_by(best_instruction_set(), LaneWidth::BITS8, m, seqs, n, table, out_scores, p);
 }
+
+}  // namespace zelvan

@@ -9,6 +9,8 @@
 #include "driver/params.h"
 #include "seq/sequence.h"
 
+namespace zelvan {
+
 // scan_frames - the score of every database sequence against the table, by the kernel of p->MODE with LD_PEN,
 //        LI_PEN and FS_PEN: 10 nswli over the rows of len - 2; 12 nswli over the rows of len; 20 npswl;
 //        22 npswli2.
@@ -23,3 +25,5 @@ void scan_frames(int32_t m, const SeqRec* seqs, int32_t n, const LookupTable& ta
 // than `first`. Returns what was done; negative penalties and alphabets of more than 31 codes fall to REFERENCE.
 ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t m, const SeqRec* seqs, int32_t n,
                          const LookupTable& table, int32_t* out_scores, const Params* p);
+
+}  // namespace zelvan

@@ -6,6 +6,7 @@
 #include "align/cell_flags.h"
 #include "seq/sequence.h"
 
+namespace zelvan {
 namespace {
 
 struct Cell {
@@ -102,3 +103,5 @@ int32_t npswl(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table
   }
   return best;
 }
+
+}  // namespace zelvan

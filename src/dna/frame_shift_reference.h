@@ -16,6 +16,8 @@
 // Ends   never: no allocation, no output, no exit
 // Exact  the reference: every vector variant returns the same integer for every input
 
+namespace zelvan {
+
 // nswli - translated rows against protein columns, affine gaps; a vertical gap step is one codon.
 int32_t nswli(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table, int32_t ld_pen,
               int32_t li_pen, int32_t fs_pen);
@@ -31,3 +33,5 @@ int32_t npswl(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table
 // Move flags of the frame shift; the other moves are those of MoveFlag in cell_flags.h.
 constexpr uint8_t SHIFT_IN_ROWS = 8;      // nswli
 constexpr uint8_t SHIFT_IN_COLUMNS = 32;  // npswli2
+
+}  // namespace zelvan

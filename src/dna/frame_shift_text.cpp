@@ -8,6 +8,7 @@
 #include "dna/frame_shift_traceback.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int32_t CODON = 3;
@@ -168,3 +169,5 @@ void print_frame_alignments(const SeqRec& query, const UTvector<int8_t>& dna, co
     print_section_end(rank);
   }
 }
+
+}  // namespace zelvan

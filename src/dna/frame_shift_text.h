@@ -10,6 +10,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // print_frame_alignments - realigns the best hits of a DNA query with their proteins and writes one section
 // for each to std_out, best first, at most p->MAX_AOUT of them.
 // Does   a hit has at most one alignment, of the score that the scan gave. It is counted in the section's
@@ -25,3 +27,5 @@
 // Ends   when OUTPUT_LENGTH is below 1 and there is a hit to show (status -1)
 void print_frame_alignments(const SeqRec& query, const UTvector<int8_t>& dna, const ResultRec& results,
                             const ScoreMatrix& matrix, const LookupTable& table, const Params* p);
+
+}  // namespace zelvan

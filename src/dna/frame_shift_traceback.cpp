@@ -5,6 +5,7 @@
 
 #include "dna/frame_shift_reference.h"
 
+namespace zelvan {
 namespace {
 
 // Columns -2..0 are the zero boundary: column j stands at index j + 3 of the rows kept here.
@@ -106,3 +107,5 @@ FramePath trace_frames(int32_t m, const int8_t* rows, int32_t n, const LookupTab
   path.first_base = j + CODON;
   return path;
 }
+
+}  // namespace zelvan

@@ -8,6 +8,8 @@
 #include "align/trace/move_flags.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // One column of an alignment, and what it takes of either sequence.
 enum class FrameStep : uint8_t {
   MATCH,        // a residue opposite a codon
@@ -36,3 +38,5 @@ struct FramePath {
 //        flags: working storage, one byte a cell, shaped here; handed from pair to pair to spare allocations
 FramePath trace_frames(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table, int32_t ld_pen,
                        int32_t li_pen, int32_t fs_pen, int32_t fse_pen, MoveFlags& flags);
+
+}  // namespace zelvan

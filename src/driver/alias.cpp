@@ -7,6 +7,7 @@
 #include "driver/config_file.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 // One line, already split at "#", as an entry; false when it does not consist of words and a description.
@@ -58,3 +59,5 @@ int32_t alias(const char* token, const char* key, const AliasTable& table) {
   }
   return -1;
 }
+
+}  // namespace zelvan

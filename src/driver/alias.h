@@ -4,6 +4,8 @@
 
 #include "driver/params.h"
 
+namespace zelvan {
+
 // read_aliases - reads the alias file, one entry a line ("KEY alias ... # description"); the first empty line
 // ends it.
 // Out    out_table replaced
@@ -13,3 +15,5 @@ bool read_aliases(const char* path, AliasTable& out_table, Params* p);
 
 // alias - 0 when the token (one leading "-" ignored) is one of the words listed for the key, else -1.
 int32_t alias(const char* token, const char* key, const AliasTable& table);
+
+}  // namespace zelvan

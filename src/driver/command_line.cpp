@@ -5,6 +5,8 @@
 #include "util/failure.h"
 #include "util/streams.h"
 
+namespace zelvan {
+
 Params* GetCmd(Params* p, int argc, const char* const* argv) {
   if (argc <= 1) ZELVAN_PrintOptions(p->STDERR, p->ALIASES, p->VERSION.c_str());
   const int given = argc - 1;
@@ -33,3 +35,5 @@ Params* GetCmd(Params* p, int argc, const char* const* argv) {
   p->SUCCESS = 1;
   return p;
 }
+
+}  // namespace zelvan

@@ -6,6 +6,8 @@
 #include "util/line_reader.h"
 #include "util/streams.h"
 
+namespace zelvan {
+
 bool open_config(ConfigFile& out_file, const char* path, const char* reader, const Params* p) {
   out_file.path = path;
   out_file.text = UTlinebuffer(static_cast<std::size_t>(p->LINE_BUFFER_LEN), reader);
@@ -41,3 +43,5 @@ void report_malformed(const ConfigFile& file, const char* message) {
   errno = EINVAL;
   report_config(file, message);
 }
+
+}  // namespace zelvan

@@ -6,6 +6,8 @@
 
 #include "driver/params.h"
 
+namespace zelvan {
+
 struct ConfigFile {
   const char* path = "";    // not owned
   FILE* stream = nullptr;   // owned while open
@@ -31,3 +33,5 @@ void report_config(const ConfigFile& file, const char* message);
 
 // report_malformed - the same for a line that is not as it should be.
 void report_malformed(const ConfigFile& file, const char* message);
+
+}  // namespace zelvan

@@ -5,6 +5,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int32_t FIELDS = 6;  // mode, matrix and four penalties
@@ -76,3 +77,5 @@ void setgapdefs(Params* p) {
     return;
   }
 }
+
+}  // namespace zelvan

@@ -3,6 +3,8 @@
 
 #include "driver/params.h"
 
+namespace zelvan {
+
 // GetGaps - reads the gap-defaults file into p->GAPDEFS and p->NGAPDEFS, penalties scaled by the PRECISION in
 // force.
 // Does   one entry a line, "mode:matrix:LD_PEN:LI_PEN:FS_PEN:FSE_PEN"; lines that begin with "#" are comments, the
@@ -14,3 +16,5 @@ bool GetGaps(const char* path, Params* p);
 // changes nothing when USE_GAPDEFS is not 1 or no entry fits. Call it before the matrix name gets its
 // directory.
 void setgapdefs(Params* p);
+
+}  // namespace zelvan

@@ -3,6 +3,7 @@
 #include "util/failure.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int32_t RULE_WIDTH = 69;
@@ -51,3 +52,5 @@ void ZELVAN_BriefHelp(FILE* stream, int32_t flag) {
       "\n",
       stream);
 }
+
+}  // namespace zelvan

@@ -5,6 +5,8 @@
 
 #include "driver/params.h"
 
+namespace zelvan {
+
 // Who made the program, two lines without newline: the banner shows the first, the header of a report both as
 // comments ("# " in front).
 inline constexpr const char* CREDIT_LINES[2] = {
@@ -18,3 +20,5 @@ inline constexpr const char* CREDIT_LINES[2] = {
 
 // ZELVAN_BriefHelp - writes the brief help when flag is 0, nothing otherwise.
 void ZELVAN_BriefHelp(FILE* stream, int32_t flag);
+
+}  // namespace zelvan

@@ -8,6 +8,7 @@
 #include "util/numbers.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 const KeyEntry KEYS[] = {
@@ -228,3 +229,5 @@ void set_defaults(Params* p) {
   p->STDOUT = stdout;
   p->STDERR = stderr;
 }
+
+}  // namespace zelvan

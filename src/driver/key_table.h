@@ -7,6 +7,8 @@
 
 #include "driver/params.h"
 
+namespace zelvan {
+
 enum class KeyType {
   INT,             // base-10 integer, trailing junk ignored, no digits: 0
   INT_SCALED,      // the same, times the PRECISION in force
@@ -54,3 +56,5 @@ void store_value(const KeyEntry& key, const char* value, const char* caller, Par
 
 // set_defaults - gives every key its default.
 void set_defaults(Params* p);
+
+}  // namespace zelvan

@@ -13,6 +13,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 constexpr const char* VERSION_TEXT = "2.3.9 (Wed Jul 17 14:02:27 BST 2002)\n";
@@ -110,8 +111,10 @@ void check_report() {
 }
 
 }  // namespace
+}  // namespace zelvan
 
 int main(int argc, char** argv) {
+  using namespace zelvan;
   UTholdstreams();
   UTinitfile();
   run_mode(configure(argc, argv));

@@ -6,6 +6,7 @@
 #include "util/failure.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 // Applies one line of the defaults file; false after a report. What follows the value is ignored.
@@ -52,3 +53,5 @@ Params* GetPars(const char* defaults_path, const char* alias_path) {
   if (applied && read_whole) p->SUCCESS = 1;
   return p;
 }
+
+}  // namespace zelvan

@@ -10,6 +10,8 @@
 #include "util/file_record.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 struct ScoreMatrix;
 struct BdbInfo;
 struct LpfitData;
@@ -172,3 +174,5 @@ struct Params {
 //        (reported)
 // Ends   on a refused PRECISION (status 0) and on a stream key whose file cannot be opened (status 1)
 Params* GetPars(const char* defaults_path, const char* alias_path);
+
+}  // namespace zelvan

@@ -3,6 +3,8 @@
 #include "util/streams.h"
 #include "util/timing.h"
 
+namespace zelvan {
+
 void progress(const char* text, const Params* p) {
   if (p->VERBOSE != 0) std::fputs(text, std_err);
 }
@@ -12,3 +14,5 @@ void show_time(const char* label, const Params* p) {
   std::fputs(label, std_err);
   UT_show_times(std_err, 1);
 }
+
+}  // namespace zelvan

@@ -23,6 +23,7 @@
 #include "util/streams.h"
 #include "util/timing.h"
 
+namespace zelvan {
 namespace {
 
 // What one run works on.
@@ -248,3 +249,5 @@ void swpp2_iter(Params* p) {
   if (p->SHOW_BLURB != 0) print_times2(std_out, search.times, search.query.len - 2, p->binfo->nres);
   p->binfo = nullptr;
 }
+
+}  // namespace zelvan

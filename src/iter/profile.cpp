@@ -8,6 +8,7 @@
 #include "util/failure.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 // Lays one traced path out in query coordinates: a row of the alignment and its part of the counts. Residues
@@ -88,3 +89,5 @@ void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* score
   }
   p->MIN_SCORE = saved_min_score;
 }
+
+}  // namespace zelvan

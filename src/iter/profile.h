@@ -11,6 +11,8 @@
 #include "seq/sequence.h"
 #include "stats/lpfit.h"
 
+namespace zelvan {
+
 // build_profile - realigns the best hits and rewrites the table from them.
 // Does   aligns each of the nsel best hits against the current table; a path of at least MIN_LEN columns whose
 //        significance is at or below PROBCUT2 becomes a row; then weight method 0 (profile_counts.h), 1 or 2
@@ -24,3 +26,5 @@
 void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
                    int32_t nhits, const ScoreMatrix& matrix, LookupTable& table, const LpfitData& lpfit,
                    int32_t nsel, TracedHits& traced, AlignData& aldat, Params* p);
+
+}  // namespace zelvan

@@ -5,6 +5,7 @@
 
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 void average_pair_scores(const ScoreMatrix& matrix, const LookupTable& count, const UTvector<int32_t>& total,
@@ -64,3 +65,5 @@ UTvector<int32_t> calc_profile(const int8_t* query, int32_t qlen, const ScoreMat
   }
   return total;
 }
+
+}  // namespace zelvan

@@ -8,6 +8,8 @@
 #include "seq/matrix.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // calc_profile - rewrites the table from counts.
 // Does   adds the query itself to the counts (so that no total is 0); table[c][i] = mean score of code c over
 //        the counted codes, an integer quotient truncated toward zero; where gaps were counted the gap row
@@ -19,3 +21,5 @@
 // Returns total[0..qlen-2]: codes counted at each position
 UTvector<int32_t> calc_profile(const int8_t* query, int32_t qlen, const ScoreMatrix& matrix,
                                LookupTable& table, LookupTable& count, const Params* p);
+
+}  // namespace zelvan

@@ -10,6 +10,7 @@
 #include "seq/sequence_file.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 constexpr double BETA = 10.0;            // weight of the matrix's expectation, in observations
@@ -214,3 +215,5 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
     std::fflush(std_err);
   }
 }
+
+}  // namespace zelvan

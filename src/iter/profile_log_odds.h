@@ -39,7 +39,11 @@
 #include "report/multiple_alignment.h"
 #include "seq/matrix.h"
 
+namespace zelvan {
+
 // calc_profile2 - rewrites the table from the rows, as told above; what it held before does not matter.
 // In     aldat.query: the encoded query, which the table belongs to
 // Ends   when the identity filter switches off every row of a position (status 1)
 void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignData& aldat, const Params* p);
+
+}  // namespace zelvan

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string_view>
 
+namespace zelvan {
 namespace {
 
 constexpr double HALF_BIT = 0.34657359027997264;  // ln(2) / 2
@@ -94,3 +95,5 @@ ResidueModel make_residue_model(const ScoreMatrix& matrix, int32_t precision) {
   }
   return model;
 }
+
+}  // namespace zelvan

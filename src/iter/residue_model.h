@@ -8,6 +8,8 @@
 #include "util/memory.h"
 #include "util/table.h"
 
+namespace zelvan {
+
 // A letter that stands for any of several residues (B, Z, J).
 struct AmbiguousCode {
   int32_t code = 0;
@@ -29,3 +31,5 @@ struct ResidueModel {
 //        negative, or no score is positive) is taken to be in half bits: ln(2) / 2.
 // Source Karlin & Altschul 1990, PNAS 87:2264
 ResidueModel make_residue_model(const ScoreMatrix& matrix, int32_t precision);
+
+}  // namespace zelvan

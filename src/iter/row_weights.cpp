@@ -5,6 +5,7 @@
 #include "util/failure.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 int32_t row_count(const AlignData& aldat) {
@@ -152,3 +153,5 @@ void move_row_weights(RowWeights& weights, int32_t i, const AlignData& aldat, co
   share_columns(weights, gap);
   weigh_sequences(weights, aldat);
 }
+
+}  // namespace zelvan

@@ -9,6 +9,8 @@
 #include "util/memory.h"
 #include "util/table.h"
 
+namespace zelvan {
+
 // The weights at one query position, and what is kept to reach the next position cheaply.
 struct RowWeights {
   // ---- the result
@@ -48,3 +50,5 @@ void move_row_weights(RowWeights& weights, int32_t i, const AlignData& aldat, co
 // Ends   when no active row is left: "Error in pidfilter: *nactive = %d\n", status 1
 void pidfilter(const int8_t* reference, const AlignData& aldat, int32_t first_row, UTvector<char>& active,
                int32_t range_start, int32_t range_end, int32_t& nactive, int8_t gap, double threshold);
+
+}  // namespace zelvan

@@ -6,6 +6,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 using HitList = UTvector<IterHit>;
@@ -100,3 +101,5 @@ int32_t print_changes(IterHistory& history, const SeqRec* seqs, int32_t iteratio
   lines += print_unmatched(current, seqs, stream, print_names_of_entered, p);
   return lines;
 }
+
+}  // namespace zelvan

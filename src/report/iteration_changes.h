@@ -8,6 +8,8 @@
 #include "report/score_list.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 struct IterHit {
   int32_t seqno = 0;  // database sequence, from 0
   int32_t score = 0;  // x PRECISION
@@ -30,3 +32,5 @@ void iter_hist(IterHistory& history, const ResultRec& results, int32_t iteration
 //        iteration 0, which has nothing to compare with
 int32_t print_changes(IterHistory& history, const SeqRec* seqs, int32_t iteration, FILE* stream,
                       const Params* p);
+
+}  // namespace zelvan

@@ -8,6 +8,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 constexpr std::size_t FIRST_ROWS = 10;
@@ -141,3 +142,5 @@ void print_frag_file(const AlignData& aldat, const Params* p) {
 void destroy_aldat(AlignData& aldat) {
   aldat = AlignData();
 }
+
+}  // namespace zelvan

@@ -8,6 +8,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // One database sequence in query coordinates. Whoever aligns it fills in the codes, ranges and significance.
 struct AlignRow {
   UTvector<int8_t> aligned;  // [query stored length] residue codes where aligned, fill code elsewhere; last 0
@@ -45,3 +47,5 @@ void print_frag_file(const AlignData& aldat, const Params* p);
 
 // destroy_aldat - releases the rows, not the sequences.
 void destroy_aldat(AlignData& aldat);
+
+}  // namespace zelvan

@@ -8,6 +8,7 @@
 #include "util/index_sort.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 UTvector<int32_t> identity(int32_t n) {
@@ -77,3 +78,5 @@ UTvector<int32_t> do_zs_sort(const int32_t* zscores, int32_t n, const Params* p)
   if (n <= 1 || p->DO_SORT != 1) return identity(n);
   return ascending(counted_from_1(zscores, n), n, UTindexx);
 }
+
+}  // namespace zelvan

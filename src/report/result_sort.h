@@ -8,6 +8,8 @@
 #include "util/memory.h"
 #include "util/timing.h"
 
+namespace zelvan {
+
 // do_result_sort - the identity, and the settings that the lists and alignments after it go by.
 // Does   unless SPECIAL is set: fills the sorting slot of `times`; limits MAX_NOUT to n, or sets it to n with
 //        NPRINT_TO_THRESHOLD 1; sets MIN_ASCORE to MIN_SCORE. All of it stays for the rest of the run
@@ -21,3 +23,5 @@ UTvector<int32_t> do_pv_sort(const double* key, int32_t n, const Params* p);
 // do_zs_sort - by an integer key, ascending; the identity unless DO_SORT is 1.
 // In     zscores[0..n-1]
 UTvector<int32_t> do_zs_sort(const int32_t* zscores, int32_t n, const Params* p);
+
+}  // namespace zelvan

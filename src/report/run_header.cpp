@@ -10,6 +10,7 @@
 #include "util/file_record.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int32_t TITLE_WIDTH = 61;
@@ -168,3 +169,5 @@ void print_times2(FILE* stream, const RunTimes& times, int32_t query_length, int
   std::fprintf(stream, "# Millions of cell updates/sec in scan (CPU): %6.2f (Elapsed): %6.2f\n", cpu_rate,
                elapsed_rate);
 }
+
+}  // namespace zelvan

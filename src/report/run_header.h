@@ -11,6 +11,8 @@
 #include "stats/zscore_stats.h"
 #include "util/timing.h"
 
+namespace zelvan {
+
 // dump_info - the run header; its last line is "# Start_Scores: " and a rule.
 // In     p->binfo must be set
 //        z_fit_opt: written when DO_STATS is 1, null as a line of no points (the reader of a list tells from
@@ -26,3 +28,5 @@ void FullParameterDump(FILE* stream, const Params* p);
 // In     query_length in residues, db_residues of the whole database
 //        times: a slot that was never filled is shown as zeros; without a scan time the rates are 0
 void print_times2(FILE* stream, const RunTimes& times, int32_t query_length, int32_t db_residues);
+
+}  // namespace zelvan

@@ -7,6 +7,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int32_t END_RULE_WIDTH = 54;
@@ -131,3 +132,5 @@ int32_t print_score_list3(const SeqRec& query, const ResultRec& results, const S
                     [p](double significance) { return within(p->PROBCUT2, significance); }));
   return lines;
 }
+
+}  // namespace zelvan

@@ -10,6 +10,8 @@
 #include "seq/sequence.h"
 #include "util/timing.h"
 
+namespace zelvan {
+
 // The results of one scan, column by column, indexed 0..n-1 by database sequence; nothing is owned. Columns
 // that a list variant does not print may be null.
 struct ResultRec {
@@ -49,3 +51,5 @@ void require_precision(const Params* p);
 // In     score x PRECISION
 // Ends   when PRECISION is 0 (status -1)
 int32_t whole_score(int32_t score, const Params* p);
+
+}  // namespace zelvan

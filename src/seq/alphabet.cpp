@@ -1,5 +1,7 @@
 #include "seq/alphabet.h"
 
+namespace zelvan {
+
 int8_t* seqtoi(int8_t* seq, int32_t len, const ScoreMatrix& matrix) {
   for (int32_t i = 0; i <= len - 2; ++i) seq[i] = residue_code(matrix, seq[i]);
   return seq;
@@ -28,3 +30,5 @@ void PrintMatrix(const ScoreMatrix& matrix, FILE* stream) {
     std::fputc('\n', stream);
   }
 }
+
+}  // namespace zelvan

@@ -6,6 +6,8 @@
 
 #include "seq/matrix.h"
 
+namespace zelvan {
+
 // seqtoi - replaces letters by codes in place.
 // In     seq[0..len-2]: the leading blank and the residues, any bytes; the terminator at len-1 is left alone. To
 //        convert a part of a buffer pass its length plus one; len <= 1 converts nothing
@@ -26,3 +28,5 @@ void encode_sequences(SeqRec* seqs, int32_t n, const ScoreMatrix& matrix);
 // PrintMatrix - plain dump for debugging, scores as stored (x PRECISION). Row and column 0 are left out on
 // purpose.
 void PrintMatrix(const ScoreMatrix& matrix, FILE* stream);
+
+}  // namespace zelvan

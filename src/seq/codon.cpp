@@ -9,6 +9,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 constexpr std::size_t CODON_LINE_SIZE = 10;
@@ -179,3 +180,5 @@ void setup_dnaseq(UTvector<int8_t>& out_dna, SeqRec& record, const CodonTable& c
     end_untranslated(record, at, "Something weird happened when translating");
   }
 }
+
+}  // namespace zelvan

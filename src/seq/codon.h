@@ -8,6 +8,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 struct Codon {
   char codon[10];  // as in the file, at most 9 characters; only those of three letters can be found
   char residue;    // its amino acid; STOP_CHARACTER for a stop codon
@@ -51,3 +53,5 @@ void end_untranslated(const SeqRec& record, int32_t at, const char* failure);
 // Ends   when the sequence cannot be translated (status 0)
 void setup_dnaseq(UTvector<int8_t>& out_dna, SeqRec& record, const CodonTable& codons,
                   int32_t complement_flag);
+
+}  // namespace zelvan

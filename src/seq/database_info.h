@@ -6,6 +6,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 // Fields in the order of the index file.
 struct BdbInfo {
   int32_t index_flag = 0;    // 1: residues are stored as codes, 0: as letters
@@ -19,3 +21,5 @@ struct BdbInfo {
   int32_t name_length = 0;
   UTstring name;  // source file
 };
+
+}  // namespace zelvan

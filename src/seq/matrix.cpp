@@ -12,6 +12,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int32_t NSPECIAL = 4;     // gap, F-gap, I-gap and stop close every alphabet
@@ -272,3 +273,5 @@ void DumpDBFreqs(FILE* stream, const Params* p) {
                  matrix.dbcount[at], matrix.dbfreq[at]);
   }
 }
+
+}  // namespace zelvan

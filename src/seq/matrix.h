@@ -11,6 +11,8 @@
 #include "util/memory.h"
 #include "util/table.h"
 
+namespace zelvan {
+
 struct ScoreMatrix {
   UTstring title;
   UTstring indx;  // alphabet: the file's letters, then gap, F-gap, I-gap and stop character
@@ -70,3 +72,5 @@ void GetDBFreqs(const SeqRec* seqs, int32_t n, Params* p);
 
 // DumpDBFreqs - counts and frequencies of p->matrix as a table of comment lines.
 void DumpDBFreqs(FILE* stream, const Params* p);
+
+}  // namespace zelvan

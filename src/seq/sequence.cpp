@@ -4,6 +4,7 @@
 
 #include "util/buffer_sizes.h"
 
+namespace zelvan {
 namespace {
 
 // The block to append `size` bytes to. A vector that stays within its capacity does not move its bytes.
@@ -44,3 +45,5 @@ SeqRec store_sequence(SeqStore& store, const char* id, int32_t ilen, const char*
 void freeseqs(SeqStore& store) {
   store = SeqStore();
 }
+
+}  // namespace zelvan

@@ -6,6 +6,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 // One sequence. The three strings are not owned: they point into a SeqStore (sequences read from text) or into
 // the one block of a binary database, which must outlive the record.
 struct SeqRec {
@@ -35,3 +37,5 @@ SeqRec store_sequence(SeqStore& store, const char* id, int32_t ilen, const char*
 
 // freeseqs - releases every string of the store; records that point into it become invalid.
 void freeseqs(SeqStore& store);
+
+}  // namespace zelvan

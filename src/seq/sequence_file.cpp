@@ -10,6 +10,7 @@
 #include "util/line_reader.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 constexpr std::size_t MAX_LINE = INT32_MAX - 1;  // identifier and title lengths are 32-bit numbers
@@ -260,3 +261,5 @@ BdbInfo text_database_info(const TextDatabase& database, const Params* p) {
   info.totchar = info.nres;
   return info;
 }
+
+}  // namespace zelvan

@@ -12,6 +12,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // A sequence file being read. It reads ahead: nothing else may read the stream meanwhile.
 struct SeqReader {
   FILE* stream = nullptr;      // not owned
@@ -60,3 +62,5 @@ void read_text_database(TextDatabase& out_database, bool progress, Params* p);
 // text_database_info - the header that stands for a text database: its counts.
 // Ends   when the residues do not fit 32 bits (status -1)
 BdbInfo text_database_info(const TextDatabase& database, const Params* p);
+
+}  // namespace zelvan

@@ -2,6 +2,7 @@
 
 #include "stats/numerics/models.h"
 
+namespace zelvan {
 namespace {
 
 FileRec created(const char* name, int32_t wanted) {
@@ -122,3 +123,5 @@ void close_fit_trace(FitTrace& trace) {
   close_written(trace.freqtab);
   close_written(trace.stat);
 }
+
+}  // namespace zelvan

@@ -14,6 +14,8 @@
 #include "stats/score_table.h"
 #include "util/file_record.h"
 
+namespace zelvan {
+
 struct FitTrace {
   FileRec processing;
   FileRec hists;
@@ -35,3 +37,5 @@ void trace_result(const FitTrace& trace, const LpfitData& lpfit);
 
 // close_fit_trace - closes the files; a failed write ends the run (status 1).
 void close_fit_trace(FitTrace& trace);
+
+}  // namespace zelvan

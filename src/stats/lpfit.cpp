@@ -13,6 +13,7 @@
 #include "util/numbers.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
@@ -226,3 +227,5 @@ UTvector<double> dud_lpfit(double value, int32_t n) {
 void freeup_lpfit(LpfitData& lpfit) {
   lpfit = LpfitData();
 }
+
+}  // namespace zelvan

@@ -18,6 +18,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // Why a fit failed; 40, 41 and 50 do not occur. When both location fits fail the code is the status of the
 // linear fit plus 100 times that of the exponential one (numerics/allocators.h lists them).
 enum LpfitError : int32_t {
@@ -104,3 +106,5 @@ UTvector<double> dud_lpfit(double value, int32_t n);
 
 // freeup_lpfit - releases the per-hit arrays and empties the record.
 void freeup_lpfit(LpfitData& lpfit);
+
+}  // namespace zelvan

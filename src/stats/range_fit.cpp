@@ -8,6 +8,7 @@
 #include "stats/numerics/levenberg_marquardt.h"
 #include "stats/numerics/models.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int STEP_LIMIT = 1000;
@@ -94,3 +95,5 @@ int fit_range(const FrequencyTable& frequencies, RangeFit& fit) {
   const bool usable = std::isfinite(fit.u) && std::isfinite(fit.beta) && fit.beta > 0.0;
   return status == NUMERICS_OK && !usable ? NOT_SETTLED : status;
 }
+
+}  // namespace zelvan

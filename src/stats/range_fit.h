@@ -6,6 +6,8 @@
 #include "stats/score_table.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 struct RangeFit {
   double u = 0;     // location, matrix units
   double beta = 0;  // scale, > 0
@@ -36,3 +38,5 @@ FrequencyTable range_frequencies(const ScoreTable& table, const LplRange& range,
 // Returns 0, or a status of the fitting routines: no room, singular matrix, or not settled (no ten quiet steps
 //        among 1,000, or a result that is no scale)
 int fit_range(const FrequencyTable& frequencies, RangeFit& fit);
+
+}  // namespace zelvan

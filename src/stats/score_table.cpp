@@ -6,6 +6,7 @@
 
 #include "util/numbers.h"
 
+namespace zelvan {
 namespace {
 
 constexpr double LOWEST_LPL = FIRST_LPL_TENTHS / 10.0;
@@ -77,3 +78,5 @@ RangeChoice ranges_of_width(const ScoreTable& table, int32_t width, int32_t minb
   }
   return choice;
 }
+
+}  // namespace zelvan

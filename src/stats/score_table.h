@@ -6,6 +6,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 constexpr int32_t LPL_BINS = 160;              // of width 0.1
 constexpr int32_t FIRST_LPL_TENTHS = 40;       // lower edge of bin 0, in widths of a bin
 constexpr int32_t MAX_RANGE_WIDTH = 20;        // bins
@@ -67,3 +69,5 @@ ScoreTable count_scores(const float* score, const int32_t* qlen, const int32_t* 
 
 // ranges_of_width - the usable ranges, those with more than minbuck hits, of the grouping that starts at bin 0.
 RangeChoice ranges_of_width(const ScoreTable& table, int32_t width, int32_t minbuck);
+
+}  // namespace zelvan

@@ -7,6 +7,7 @@
 #include "util/file_record.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 constexpr const char* LOG_NAME = "zelvan_dump_stats.log";
@@ -108,3 +109,5 @@ void dump_stats(const ZStats& stats, const int32_t* zscores, const SeqRec& query
   UTfilewritten(log);
   UTfileclose(log, 1);
 }
+
+}  // namespace zelvan

@@ -6,6 +6,7 @@
 
 #include "util/numbers.h"
 
+namespace zelvan {
 namespace {
 
 constexpr double BIN_WIDTH = 0.2;       // of ln(length)
@@ -199,3 +200,5 @@ UTvector<double> get_e(const int32_t* zscores, int32_t n, const Params* p) {
   for (double& value : values) value *= n;
   return values;
 }
+
+}  // namespace zelvan

@@ -11,6 +11,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // The straight line of mean score against length of the z-score statistics.
 struct LineFit {
   double slope = 0;
@@ -56,3 +58,5 @@ UTvector<int32_t> get_zscores(const ZStats& stats, const int32_t* scores, const 
 // Source extreme-value distribution of mean 50 and standard deviation 10
 UTvector<double> get_p(const int32_t* zscores, int32_t n, const Params* p);
 UTvector<double> get_e(const int32_t* zscores, int32_t n, const Params* p);
+
+}  // namespace zelvan

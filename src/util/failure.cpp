@@ -6,6 +6,7 @@
 
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 [[noreturn]] void end_run(int status, FILE* stream, const char* format, va_list values) {
@@ -48,3 +49,5 @@ void UTend_memory(const char* message) {
   UTerror(message);
   UTend_process(0);
 }
+
+}  // namespace zelvan

@@ -11,6 +11,8 @@
 #define UT_PRINTF(format_at, values_at)
 #endif
 
+namespace zelvan {
+
 // UTerror - reports a message with the system's description of the current error number.
 // Does   writes "message: description\n" (without "message: " when the text is empty) to std_err
 // Ends   never
@@ -29,3 +31,5 @@ void error(const char* message, int exit_flag);
 // UTend_process - what all of them end with: exit. It has a source file of its own, so that a program that must
 // outlive a run, such as a fuzzer, can be linked with another one, which may throw.
 [[noreturn]] void UTend_process(int status);
+
+}  // namespace zelvan

@@ -9,6 +9,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 // fopen opens a directory for reading and only the first read fails, which readers take for an empty file.
@@ -93,3 +94,5 @@ const char* UTlocaltime() {
   const std::time_t now = std::time(nullptr);
   return std::asctime(std::localtime(&now));
 }
+
+}  // namespace zelvan

@@ -6,6 +6,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 // A file name and its open stream (null when not open). The open mode is passed to each open call.
 struct FileRec {
   UTstring name;
@@ -40,3 +42,5 @@ void UTfilewritten(const FileRec& file);
 
 // UTlocaltime - the current local time in asctime layout, newline included; shared static buffer.
 const char* UTlocaltime();
+
+}  // namespace zelvan

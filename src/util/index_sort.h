@@ -6,6 +6,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 // UTindexx, UTindexxD - the ascending order of integer or double keys.
 // In     key[1..n], n >= 0; entry 0 is never touched
 // Out    out_index[1..n]: a permutation of 1..n with key[out_index[1]] <= key[out_index[2]] <= ...
@@ -57,3 +59,5 @@ UTvector<int32_t> UTsorted_order(int32_t n, Less less) {
   for (int32_t& number : order) --number;
   return order;
 }
+
+}  // namespace zelvan

@@ -3,6 +3,8 @@
 #include "util/failure.h"
 #include "util/streams.h"
 
+namespace zelvan {
+
 UTvector<char> UTlinebuffer(std::size_t size, const char* caller) {
   // A missing line buffer has its own message and status, unlike other exhausted memory.
   if (!UThaveroom(size)) {
@@ -33,3 +35,5 @@ bool UTgetline(FILE* stream, UTvector<char>& buffer) {
   buffer[length] = '\0';
   return length > 0;
 }
+
+}  // namespace zelvan

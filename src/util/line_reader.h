@@ -6,6 +6,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 // What a zero byte of a text file is read as: it would hide the rest of the text behind it.
 constexpr char ZERO_BYTE_STAND_IN = '\x1a';  // "substitute" in ASCII
 
@@ -21,3 +23,5 @@ UTvector<char> UTlinebuffer(std::size_t size, const char* caller);
 // Out    buffer: its size is unchanged
 // Returns false at the end of the file, and when reading fails (ferror tells which); the text is then empty
 bool UTgetline(FILE* stream, UTvector<char>& buffer);
+
+}  // namespace zelvan

@@ -5,6 +5,8 @@
 
 #include "util/failure.h"
 
+namespace zelvan {
+
 void* UTmalloc(std::size_t size) {
   void* block = std::malloc(size > 0 ? size : 1);
   if (block == nullptr) UTend_memory("malloc error");
@@ -29,12 +31,14 @@ void UTfree(void* block) {
   std::free(block);
 }
 
+}  // namespace zelvan
+
 // What the standard library allocates by itself fails in the same way.
 void* operator new(std::size_t size) {
-  return UTmalloc(size);
+  return zelvan::UTmalloc(size);
 }
 void* operator new[](std::size_t size) {
-  return UTmalloc(size);
+  return zelvan::UTmalloc(size);
 }
 // Without exceptions (temporary buffers of the sorts) a missing block is the library's to handle. Replaced
 // as well, so that every block that delete sees comes from malloc.

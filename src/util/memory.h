@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace zelvan {
+
 // UTmalloc - a block of `size` bytes, contents unset; "malloc error" and status 0 when there is none.
 void* UTmalloc(std::size_t size);
 
@@ -54,3 +56,5 @@ struct UTunset_allocator : UTallocator<T> {
 };
 template <class T>
 using UTbuffer = std::vector<T, UTunset_allocator<T>>;
+
+}  // namespace zelvan

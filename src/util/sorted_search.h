@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+namespace zelvan {
+
 // UTfind_sorted - the place of a key in an ascending table.
 // In     compare(k), k = 0..n-1: negative, 0 or positive as the key is below, equal to or above entry k; n >= 0
 // Returns 0..n-1, or -1 when no entry is equal
@@ -24,3 +26,5 @@ int32_t UTfind_sorted(int32_t n, Compare compare) {
   }
   return -1;
 }
+
+}  // namespace zelvan

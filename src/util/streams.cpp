@@ -5,6 +5,8 @@
 
 #include <initializer_list>
 
+namespace zelvan {
+
 FILE* std_in = stdin;
 FILE* std_out = stdout;
 FILE* std_err = stderr;
@@ -21,3 +23,5 @@ void UTinitfile() {
   std_out = stdout;
   std_err = stderr;
 }
+
+}  // namespace zelvan

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+namespace zelvan {
+
 extern FILE* std_in;
 extern FILE* std_out;  // the report
 extern FILE* std_err;  // diagnostics
@@ -16,3 +18,5 @@ void UTholdstreams();
 
 // UTinitfile - points the three streams at the process's standard input, output and error.
 void UTinitfile();
+
+}  // namespace zelvan

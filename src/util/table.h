@@ -6,6 +6,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 template <class T>
 struct Table {
   int32_t rows = 0;
@@ -29,3 +31,5 @@ Table<T> make_table(int32_t rows, int32_t cols, T value) {
   table.cells.assign(static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols), value);
   return table;
 }
+
+}  // namespace zelvan

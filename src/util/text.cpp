@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace zelvan {
+
 UTstring UTstrdup(const char* text) {
   return UTstring(text);
 }
@@ -65,3 +67,5 @@ void UTpline(FILE* stream, char character, int32_t n) {
   for (int32_t k = 0; k < n; ++k) std::fputc(character, stream);
   std::fputc('\n', stream);
 }
+
+}  // namespace zelvan

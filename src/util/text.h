@@ -8,6 +8,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 // UTstrdup - a copy of a text.
 UTstring UTstrdup(const char* text);
 
@@ -48,3 +50,5 @@ void UTpTITLEstring(FILE* stream, const char* text, int32_t width, int32_t lengt
 
 // UTpline - writes the character n times, then a newline (only the newline when n <= 0).
 void UTpline(FILE* stream, char character, int32_t n);
+
+}  // namespace zelvan

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+namespace zelvan {
 namespace {
 
 Stopwatch watch;
@@ -125,3 +126,5 @@ void UT_show_times(FILE* stream, int32_t mode) {
       break;
   }
 }
+
+}  // namespace zelvan

@@ -11,6 +11,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 // The slots of a run's times, each a text made by UT_get_times(1).
 enum RunTimeSlot : std::size_t {
   TIME_SETUP = 0,       // load matrix, query and index
@@ -52,3 +54,5 @@ UTstring UT_get_times(int32_t mode);
 // UT_show_times - takes a reading and writes it in one of four layouts (0: elapsed; 1: one line; 2: a table;
 // 3: cumulative).
 void UT_show_times(FILE* stream, int32_t mode);
+
+}  // namespace zelvan

@@ -6,6 +6,7 @@
 #include "support/settings.h"
 #include "support/small_alphabet.h"
 
+namespace zelvan {
 namespace {
 
 // A query and its hits, ranked as given, best first. Significance is exp(-score / 10).
@@ -123,3 +124,5 @@ TEST(AlignmentText, ThresholdsOfHitsAndOfPaths) {
     EXPECT_EQ(after("# N: ", text), c.shown) << c.settings;
   }
 }
+
+}  // namespace zelvan

@@ -4,6 +4,8 @@
 
 #include "align/small_problem.h"
 
+namespace zelvan {
+
 // A query of four residues and one target of ten, 6 + 12 steps. Position 2 may score
 // `top`, the others `high` each.
 TEST(ScoreRange, TheBestPathMustFit) {
@@ -47,3 +49,5 @@ TEST(ScoreRange, TheBestPathMustFit) {
     }
   }
 }
+
+}  // namespace zelvan

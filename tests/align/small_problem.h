@@ -12,6 +12,8 @@
 #include "align/trace/path_store.h"
 #include "support/small_alphabet.h"
 
+namespace zelvan {
+
 constexpr int32_t MODES[] = {200, 202, 210, 212};
 
 inline int32_t reference_score(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
@@ -120,3 +122,5 @@ struct CellModel {
     return best;
   }
 };
+
+}  // namespace zelvan

@@ -4,6 +4,7 @@
 
 #include <string>
 
+namespace zelvan {
 namespace {
 
 // Reads the identifiers of a text with EXTRACT_SEQ `wanted`: "ids joined by blanks/EXTRACT_SEQ afterwards".
@@ -49,3 +50,4 @@ TEST(Identifiers, TheLastOfTheListIsDropped) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -13,6 +13,7 @@
 #include "support/capture.h"
 #include "support/settings.h"
 
+namespace zelvan {
 namespace {
 
 using testing::ExitedWithCode;
@@ -141,3 +142,4 @@ TEST_F(Loader, ExtremeFieldsEndWithAMessage) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -7,6 +7,8 @@
 #include "dna/frame_shift_reference.h"
 #include "support/small_alphabet.h"
 
+namespace zelvan {
+
 // A stored sequence: pad, codes, terminator.
 inline Codes stored(Codes residues) {
   residues.insert(residues.begin(), 0);
@@ -60,3 +62,5 @@ inline FrameProblem random_frame_problem(Random& random, int32_t ncolumns, int32
                          uniform(random, lowest_penalty, 12)};
   return {columns, rows, scores, pen};
 }
+
+}  // namespace zelvan

@@ -6,6 +6,7 @@
 #include "dna/frame_shift_reference.h"
 #include "support/scan_trial.h"
 
+namespace zelvan {
 namespace {
 
 struct Trial : ScanTrial {
@@ -39,3 +40,4 @@ TEST_P(EverySet, KeepsItsPlaceInLongTargetsAndLongQueries) {
 INSTANTIATE_TEST_SUITE_P(FrameScan, EverySet, ::testing::ValuesIn(VECTOR_SETS), set_name);
 
 }  // namespace
+}  // namespace zelvan

@@ -5,6 +5,7 @@
 #include "dna/frame_problem.h"
 #include "seq/sequence_file.h"
 
+namespace zelvan {
 namespace {
 
 // The best cell straight from the definition, all cells kept. One step along the protein and three along the
@@ -57,3 +58,4 @@ TEST(FrameShiftKernels, FollowTheirDefinition) {
 }
 
 }  // namespace
+}  // namespace zelvan

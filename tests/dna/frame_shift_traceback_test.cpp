@@ -6,6 +6,7 @@
 
 #include "dna/frame_problem.h"
 
+namespace zelvan {
 namespace {
 
 // What a path scores when its steps are charged one by one; also where it ends.
@@ -105,3 +106,4 @@ TEST(FrameShiftTraceback, PlantedErrorsAreShown) {
 }
 
 }  // namespace
+}  // namespace zelvan

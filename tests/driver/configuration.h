@@ -8,6 +8,8 @@
 #include "driver/params.h"
 #include "support/capture.h"
 
+namespace zelvan {
+
 inline const std::string CONFIG_DIR = ZELVAN_SOURCE_DIR "/data/config/";
 inline const std::string ALIAS_PATH = CONFIG_DIR + "zelvan_alias.dat";
 
@@ -22,3 +24,5 @@ inline bool read_gaps(std::string_view content, Params* p) {
   const TemporaryDirectory work;
   return GetGaps(work.file("gapdefs", content).c_str(), p);
 }
+
+}  // namespace zelvan

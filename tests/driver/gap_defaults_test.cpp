@@ -4,6 +4,7 @@
 
 #include "driver/configuration.h"
 
+namespace zelvan {
 namespace {
 
 TEST(GapDefaults, FirstFittingEntryWins) {
@@ -35,3 +36,4 @@ TEST(GapDefaults, FirstFittingEntryWins) {
 }
 
 }  // namespace
+}  // namespace zelvan

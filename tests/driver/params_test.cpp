@@ -4,6 +4,7 @@
 
 #include "driver/configuration.h"
 
+namespace zelvan {
 namespace {
 
 TEST(Params, ValuesFollowTheTypeOfTheKey) {
@@ -62,3 +63,4 @@ TEST(Params, TheOrderOfLinesMatters) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -9,6 +9,7 @@
 #include "driver/key_table.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 TEST(ShippedAliases, NameAndDescribeEveryKey) {
@@ -57,3 +58,4 @@ TEST(ShippedGapDefaults, SuitEveryMatrixAndMode) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -13,6 +13,8 @@
 #include "util/streams.h"
 #include "util/timing.h"
 
+namespace zelvan {
+
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 // The linker sends every call of fopen and fclose here (--wrap), and calls of __real_* to the library.
@@ -147,3 +149,5 @@ int32_t Choices::number(int32_t low, int32_t high) {
   }
   return static_cast<int32_t>(low + static_cast<int64_t>(value % range));
 }
+
+}  // namespace zelvan

@@ -14,6 +14,8 @@
 #include "seq/matrix.h"
 #include "support/capture.h"
 
+namespace zelvan {
+
 using FuzzInput = std::string_view;
 
 // What is read from the input, and what must hold whatever it is.
@@ -69,3 +71,5 @@ bool came_back(Run run) {
     return false;
   }
 }
+
+}  // namespace zelvan

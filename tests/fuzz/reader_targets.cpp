@@ -17,6 +17,7 @@
 #include "util/streams.h"
 #include "util/text.h"
 
+namespace zelvan {
 namespace {
 
 // ---- Configuration.
@@ -246,3 +247,5 @@ const FuzzTargets& reader_targets() {
   };
   return targets;
 }
+
+}  // namespace zelvan

@@ -16,6 +16,7 @@
 
 #include "harness.h"
 
+namespace zelvan {
 namespace {
 
 constexpr std::size_t LONGEST = 4096;
@@ -74,7 +75,10 @@ void on_signal(int number) {
 // In programs with sanitizers.
 extern "C" __attribute__((weak)) void __sanitizer_set_death_callback(void (*callback)());
 
+}  // namespace zelvan
+
 int main(int argc, char** argv) {
+  using namespace zelvan;
   FILE* const terminal = stdout;
   require(argc == 4, "the arguments: TARGET CORPUS SECONDS");
   const std::string name = argv[1];

@@ -10,6 +10,7 @@
 #include "support/forced_set.h"
 #include "support/scan_problem.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int32_t MODES[] = {200, 202, 210, 212, 10, 12, 20, 22};
@@ -156,3 +157,5 @@ const FuzzTargets& search_targets() {
   static const FuzzTargets targets = {{"scan", scan}, {"search", search}};
   return targets;
 }
+
+}  // namespace zelvan

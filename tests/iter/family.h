@@ -7,6 +7,8 @@
 #include "support/settings.h"
 #include "support/small_alphabet.h"
 
+namespace zelvan {
+
 // The shipped settings, as far as profiles read them.
 inline Params profile_params(int32_t mode = 202) {
   Params p = small_params(mode);
@@ -39,3 +41,5 @@ struct Family {
     }
   }
 };
+
+}  // namespace zelvan

@@ -7,6 +7,7 @@
 
 #include "iter/family.h"
 
+namespace zelvan {
 namespace {
 
 // What calc_profile makes of a query and of counts in addition to it.
@@ -55,3 +56,4 @@ TEST(CalcProfile, AveragesAndStretchesToTheLastInteger) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -7,6 +7,7 @@
 #include "iter/family.h"
 #include "iter/residue_model.h"
 
+namespace zelvan {
 namespace {
 
 const char* const RESIDUES = "ARNDCQEGHILKMFPSTWYV";
@@ -157,3 +158,4 @@ TEST(GapRows, ScaleAlikeAndStayWithinTheirLimits) {
 }
 
 }  // namespace
+}  // namespace zelvan

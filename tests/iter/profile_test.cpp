@@ -5,6 +5,7 @@
 #include "iter/family.h"
 #include "support/capture.h"
 
+namespace zelvan {
 namespace {
 
 const ScoreMatrix MATRIX = match_or_not("ACDEFGHIKLX", 500, -400, -3000);
@@ -98,3 +99,4 @@ TEST(BuildProfile, PrintsWhatItCountedAndMadeOfIt) {
 }
 
 }  // namespace
+}  // namespace zelvan

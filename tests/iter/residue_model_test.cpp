@@ -6,6 +6,7 @@
 
 #include "support/small_alphabet.h"
 
+namespace zelvan {
 namespace {
 
 double sum_of_targets(const ResidueModel& model) {
@@ -46,3 +47,4 @@ TEST(ResidueModel, FallsBackToHalfBits) {
 }
 
 }  // namespace
+}  // namespace zelvan

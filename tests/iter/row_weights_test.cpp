@@ -7,6 +7,7 @@
 
 #include "iter/family.h"
 
+namespace zelvan {
 namespace {
 
 const ScoreMatrix MATRIX = match_or_not("ACDEX", 500, -200);
@@ -94,3 +95,4 @@ TEST(RowWeights, EqualTheDefinitionOnRandomAlignments) {
 }
 
 }  // namespace
+}  // namespace zelvan

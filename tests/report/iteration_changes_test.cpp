@@ -8,6 +8,7 @@
 
 #include "report/report_data.h"
 
+namespace zelvan {
 namespace {
 
 // Matches found in one iteration must not leak into the comparison with the next one.
@@ -37,3 +38,4 @@ TEST(PrintChanges, CountsWhatCameAndWentOverManyIterations) {
 }
 
 }  // namespace
+}  // namespace zelvan

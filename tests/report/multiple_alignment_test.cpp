@@ -4,6 +4,7 @@
 
 #include "report/report_data.h"
 
+namespace zelvan {
 namespace {
 
 // Letters shown of a query of given length and block width: position s + W - 1 of each full block is missing.
@@ -41,3 +42,4 @@ TEST(PrintMultipleAlignment, CutsBlocksByWidth) {
 }
 
 }  // namespace
+}  // namespace zelvan

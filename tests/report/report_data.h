@@ -5,6 +5,8 @@
 #include "support/settings.h"
 #include "support/small_alphabet.h"
 
+namespace zelvan {
+
 inline const ScoreMatrix& report_matrix() {
   static const ScoreMatrix matrix = match_or_not("ARNDCX", 0, 0);
   return matrix;
@@ -14,3 +16,5 @@ inline SeqRec reported_sequence(const std::string& id, const std::string& title,
                                 const std::string& residues) {
   return sequence_of(report_matrix(), residues, id, title);
 }
+
+}  // namespace zelvan

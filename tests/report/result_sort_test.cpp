@@ -6,6 +6,7 @@
 
 #include "report/report_data.h"
 
+namespace zelvan {
 namespace {
 
 using Order = UTvector<int32_t>;
@@ -41,3 +42,4 @@ TEST(Sorts, OrderTiesAsTheHeapLeavesThem) {
 }
 
 }  // namespace
+}  // namespace zelvan

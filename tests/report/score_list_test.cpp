@@ -4,6 +4,7 @@
 
 #include "report/report_data.h"
 
+namespace zelvan {
 namespace {
 
 TEST(ScoreList3, ListsAtMostMaxNoutButCountsAll) {
@@ -28,3 +29,4 @@ TEST(ScoreList3, ListsAtMostMaxNoutButCountsAll) {
 }
 
 }  // namespace
+}  // namespace zelvan

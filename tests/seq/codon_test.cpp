@@ -7,6 +7,7 @@
 #include "seq_data.h"
 #include "support/capture.h"
 
+namespace zelvan {
 namespace {
 
 using testing::ExitedWithCode;
@@ -100,3 +101,4 @@ TEST(TranslateDna, FollowsFindcodonForEveryCodon) {
 }
 
 }  // namespace
+}  // namespace zelvan

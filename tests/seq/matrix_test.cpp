@@ -6,6 +6,7 @@
 #include "seq_data.h"
 #include "support/capture.h"
 
+namespace zelvan {
 namespace {
 
 using testing::ExitedWithCode;
@@ -128,3 +129,4 @@ TEST_F(MatrixTest, ShippedMatricesAreSquareSymmetricAndComplete) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -7,6 +7,8 @@
 #include "seq/sequence.h"
 #include "support/settings.h"
 
+namespace zelvan {
+
 struct Record {
   std::string id;
   std::string title;
@@ -40,3 +42,5 @@ inline Params settings() {
   set_keys(p, "MAX_NSEQ 1000 MAX_SEQ_LEN 10000000 QSEQ_FORMAT 1");
   return p;
 }
+
+}  // namespace zelvan

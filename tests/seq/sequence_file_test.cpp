@@ -9,6 +9,7 @@
 #include "seq_data.h"
 #include "support/capture.h"
 
+namespace zelvan {
 namespace {
 
 using namespace std::string_literals;
@@ -133,3 +134,4 @@ TEST(SequenceFile, ResiduesOfADatabaseMustBeCountable) {
 }
 
 }  // namespace
+}  // namespace zelvan

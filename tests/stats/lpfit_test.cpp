@@ -12,6 +12,7 @@
 #include "support/capture.h"
 #include "support/settings.h"
 
+namespace zelvan {
 namespace {
 
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
@@ -193,3 +194,4 @@ TEST(GetLpfitProbs, TheFactorFollowsTheKey) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -11,6 +11,7 @@
 #include "stats/numerics/models.h"
 #include "stats/numerics/parameter_fits.h"
 
+namespace zelvan {
 namespace {
 
 using Vector = std::vector<double>;
@@ -171,3 +172,4 @@ TEST(LinfitPARAMB2, FitsTheSlopeOnly) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -7,6 +7,8 @@
 
 #include "stats/numerics/allocators.h"
 
+namespace zelvan {
+
 // Exact frequencies give the exact curve; scores without a spread are refused.
 TEST(RangeFit, FollowsTheFrequenciesOfTheRange) {
   ScoreTable table;  // bin 60 holds the counts of the scores 0..149
@@ -28,3 +30,5 @@ TEST(RangeFit, FollowsTheFrequenciesOfTheRange) {
   counts[30] = range.count = 500;
   EXPECT_EQ(fit_range(range_frequencies(table, range, fit), fit), SINGULAR);
 }
+
+}  // namespace zelvan

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+namespace zelvan {
 namespace {
 
 // The product is formed in 32 bits; what wraps to zero or below has no logarithm.
@@ -66,3 +67,4 @@ TEST(ScoreTable, ARangeIsUsableAboveTheLeastNumberOfHits) {
 }
 
 }  // namespace
+}  // namespace zelvan

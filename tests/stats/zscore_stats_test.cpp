@@ -10,6 +10,7 @@
 #include "support/capture.h"
 #include "support/small_alphabet.h"
 
+namespace zelvan {
 namespace {
 
 // Scores of a database as chance and kinship would give them; only lengths and scores matter.
@@ -144,3 +145,4 @@ TEST(ZscoreLog, ShowsObservedBesideExpected) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -27,7 +27,7 @@ class KernelObjects(unittest.TestCase):
         for name, symbols in objects.items():
             shared = [text for kind, text in symbols if kind.isupper() and kind != "U" or kind in "vwu"]
             if shared or os.environ["ZELVAN_X86_64"] == "1":
-                entry = f"run_{name}({'FlagBlock' if name.startswith('flag') else 'KernelCall'} const&)"
+                entry = f"zelvan::run_{name}(zelvan::{'FlagBlock' if name.startswith('flag') else 'KernelCall'} const&)"
                 self.assertEqual(shared, [entry], name)
             called = {text for kind, text in symbols if kind == "U"} - {"_GLOBAL_OFFSET_TABLE_"}
             self.assertLessEqual(called, {"memcpy", "memset", "memmove", "__stack_chk_fail"}, name)

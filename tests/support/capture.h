@@ -11,6 +11,8 @@
 
 #include "util/streams.h"
 
+namespace zelvan {
+
 // written - everything that `write` puts on the stream it is given.
 template <class Write>
 std::string written(Write write) {
@@ -88,3 +90,5 @@ inline std::string file_content(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
+
+}  // namespace zelvan

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace zelvan {
 namespace {
 
 pid_t unfinished = 0;  // the process whose tests are running; death tests run in others, which may end
@@ -28,3 +29,4 @@ const bool watching = [] {
 }();
 
 }  // namespace
+}  // namespace zelvan

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace zelvan {
 namespace {
 
 constexpr InstructionSet ALL_SETS[] = {InstructionSet::REFERENCE, InstructionSet::PORTABLE,
@@ -32,3 +33,5 @@ InstructionSet forced_set = asked_for();
 InstructionSet best_instruction_set() {
   return forced_set;
 }
+
+}  // namespace zelvan

@@ -3,6 +3,10 @@
 
 #include "align/simd/instruction_set.h"
 
+namespace zelvan {
+
 // What best_instruction_set gives: the set that the environment variable ZELVAN_TEST_SET names (as
 // instruction_set_name), otherwise the last usable one; targets may set another that is usable.
 extern InstructionSet forced_set;
+
+}  // namespace zelvan

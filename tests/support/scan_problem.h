@@ -7,6 +7,8 @@
 #include "align/scan/scan.h"
 #include "support/small_alphabet.h"
 
+namespace zelvan {
+
 constexpr InstructionSet VECTOR_SETS[] = {InstructionSet::PORTABLE, InstructionSet::SSE41,
                                           InstructionSet::AVX2, InstructionSet::AVX512};
 constexpr LaneWidth WIDTHS[] = {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32};
@@ -89,3 +91,5 @@ struct ScanProblem {
     }
   }
 };
+
+}  // namespace zelvan

@@ -7,6 +7,8 @@
 
 #include "support/scan_problem.h"
 
+namespace zelvan {
+
 // The folder under test says what is compared.
 struct ScanTrial : ScanProblem {
   virtual ~ScanTrial() = default;
@@ -88,3 +90,5 @@ class EverySet : public ::testing::TestWithParam<InstructionSet> {
 inline std::string set_name(const ::testing::TestParamInfo<InstructionSet>& instance) {
   return instruction_set_name(instance.param);
 }
+
+}  // namespace zelvan

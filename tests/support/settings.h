@@ -9,6 +9,8 @@
 
 #include "driver/key_table.h"
 
+namespace zelvan {
+
 // set_keys - sets keys from "KEY value KEY value ...", in that order; penalties and scores are in matrix units.
 inline void set_keys(Params& p, const std::string& settings) {
   std::istringstream words(settings);
@@ -29,3 +31,5 @@ inline Params params_of(const std::string& settings) {
   set_keys(p, settings);
   return p;
 }
+
+}  // namespace zelvan

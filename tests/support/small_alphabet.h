@@ -12,6 +12,8 @@
 #include "seq/matrix.h"
 #include "seq/sequence.h"
 
+namespace zelvan {
+
 using Codes = std::vector<int8_t>;
 using Random = std::mt19937;
 
@@ -89,3 +91,5 @@ inline Codes encoded(const std::string& letters, const ScoreMatrix& matrix) {
 inline int32_t stored_length(const Codes& codes) {
   return static_cast<int32_t>(codes.size());
 }
+
+}  // namespace zelvan

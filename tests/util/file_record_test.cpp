@@ -4,6 +4,7 @@
 
 #include "support/capture.h"
 
+namespace zelvan {
 namespace {
 
 using testing::ExitedWithCode;
@@ -31,3 +32,4 @@ TEST(FileRecordDeathTest, FailuresAreLeftToTheCallerUnlessTheyMustNotHappen) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <new>
 
+namespace zelvan {
+
 // A request that cannot be met must reach the checks under the address sanitizer, too.
 extern "C" const char* __asan_default_options();
 extern "C" const char* __asan_default_options() {
@@ -38,3 +40,4 @@ TEST(MemoryDeathTest, ExhaustionEndsTheRunWithStatusZero) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -10,6 +10,7 @@
 
 #include "support/capture.h"
 
+namespace zelvan {
 namespace {
 
 std::vector<double> numbers(const UTstring& text) {
@@ -56,3 +57,4 @@ TEST(Timing, LaysItsFiguresOutInFixedColumns) {
 }
 
 }  // namespace
+}  // namespace zelvan

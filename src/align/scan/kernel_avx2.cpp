@@ -3,7 +3,11 @@
 // The recurrences need the lanes above.
 #include "align/scan/kernel_dispatch.h"
 
+namespace zelvan {
+
 InstructionSet run_kernel_avx2(const KernelCall& call) {
   return run_kernel(call);
 }
+
+}  // namespace zelvan
 #endif

@@ -4,6 +4,7 @@
 #include "align/scan/kernel_frames.h"
 #include "align/scan/kernel_local.h"
 
+namespace zelvan {
 namespace {
 
 template <class V, ScoreSource SOURCE>
@@ -49,3 +50,4 @@ inline InstructionSet run_kernel(const KernelCall& call) {
 }
 
 }  // namespace
+}  // namespace zelvan

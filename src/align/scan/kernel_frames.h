@@ -4,6 +4,7 @@
 
 #include "align/scan/kernel_lanes.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int FRAMES = 3;
@@ -127,3 +128,4 @@ struct TranslatedQueryScan {
 };
 
 }  // namespace
+}  // namespace zelvan

@@ -11,6 +11,7 @@
 
 #include "align/scan/scan_kernel.h"
 
+namespace zelvan {
 namespace {
 
 template <class V, Recurrence R>
@@ -107,3 +108,4 @@ void run(const KernelCall& call) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -3,6 +3,7 @@
 
 #include "align/scan/kernel_lanes.h"
 
+namespace zelvan {
 namespace {
 
 template <class V, bool AFFINE, ScoreSource SOURCE>
@@ -62,3 +63,4 @@ struct LocalScan {
 };
 
 }  // namespace
+}  // namespace zelvan

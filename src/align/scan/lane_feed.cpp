@@ -5,6 +5,7 @@
 #include <cstring>
 #include <initializer_list>
 
+namespace zelvan {
 namespace {
 
 std::size_t chunk_columns(const KernelShape& shape) {
@@ -139,3 +140,5 @@ bool fill_chunk(LaneFeed& feed) {
   feed.blocks = used / feed.shape.columns;
   return used > 0;
 }
+
+}  // namespace zelvan

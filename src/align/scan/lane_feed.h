@@ -9,6 +9,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // Blocks of a full chunk. Residues are transposed by squares of 8 columns: a chunk has whole squares whatever the
 // columns of a block are.
 constexpr int32_t CHUNK_BLOCKS = 16;
@@ -53,3 +55,5 @@ void start_feed(LaneFeed& feed, const KernelShape& shape, const SeqRec* seqs, co
 // fill_chunk - the next piece of all lanes: blocks, residues, turns, masks and ends.
 // Returns false when every sequence has ended before
 bool fill_chunk(LaneFeed& feed);
+
+}  // namespace zelvan

@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <numeric>
 
+namespace zelvan {
 namespace {
 
 // The row of every query position, codes side by side.
@@ -156,3 +157,5 @@ LaneTable make_lane_table(const LaneScores& scores, LaneWidth width, const Kerne
   table.shift = lane_pattern(scores.shift, width);
   return table;
 }
+
+}  // namespace zelvan

@@ -8,6 +8,8 @@
 #include "align/simd/aligned_block.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // What every target is scored against, whatever the kernel.
 struct ScanScores {
   Recurrence recurrence = Recurrence::LOCAL;
@@ -52,3 +54,5 @@ struct LaneTable {
 // make_lane_table - the same for the kernel of this width and shape.
 // In     scores that fit the width
 LaneTable make_lane_table(const LaneScores& scores, LaneWidth width, const KernelShape& shape);
+
+}  // namespace zelvan

@@ -4,6 +4,7 @@
 
 #include "align/scan/scan_reference.h"
 
+namespace zelvan {
 namespace {
 
 int32_t reference_score(int32_t qlen, const SeqRec& s, const LookupTable& table, const ScoreMatrix& matrix,
@@ -66,3 +67,5 @@ void scan_database(int32_t qlen, const SeqRec* seqs, int32_t n, const LookupTabl
                    const ScoreMatrix& matrix, int32_t* out_scores, const Params* p) {
   scan_database_by(best_instruction_set(), LaneWidth::BITS8, qlen, seqs, n, table, matrix, out_scores, p);
 }
+
+}  // namespace zelvan

@@ -9,6 +9,8 @@
 #include "seq/matrix.h"
 #include "seq/sequence.h"
 
+namespace zelvan {
+
 // scan_database - the score of every database sequence against the table, by the kernel of p->MODE:
 //        200 swl with LD_PEN; 202 swli with LD_PEN and LI_PEN; 210 swlv; 212 swliv (penalties from the
 //        table).
@@ -24,3 +26,5 @@ void scan_database(int32_t qlen, const SeqRec* seqs, int32_t n, const LookupTabl
 ScanTally scan_database_by(InstructionSet set, LaneWidth first, int32_t qlen, const SeqRec* seqs, int32_t n,
                            const LookupTable& table, const ScoreMatrix& matrix, int32_t* out_scores,
                            const Params* p);
+
+}  // namespace zelvan

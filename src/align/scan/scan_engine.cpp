@@ -5,6 +5,7 @@
 
 #include "align/scan/lane_feed.h"
 
+namespace zelvan {
 namespace {
 
 // More distinct query positions than this are no longer worth preparing per column.
@@ -163,3 +164,5 @@ ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n
   }
   return tally;
 }
+
+}  // namespace zelvan

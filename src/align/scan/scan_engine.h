@@ -10,6 +10,8 @@
 #include "align/simd/instruction_set.h"
 #include "seq/sequence.h"
 
+namespace zelvan {
+
 // What a scan did, for tests and benchmarks.
 struct ScanTally {
   InstructionSet set = InstructionSet::REFERENCE;  // as the kernel object itself tells
@@ -26,3 +28,5 @@ struct ScanTally {
 //        meter: told of every sequence that ends
 ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n, int32_t* out_scores,
                          InstructionSet set, LaneWidth first, ScanMeter& meter);
+
+}  // namespace zelvan

@@ -7,6 +7,8 @@
 
 #include "align/simd/instruction_set.h"
 
+namespace zelvan {
+
 // A score row has one entry per residue code; the last code is the pad that fills a lane behind its sequence.
 constexpr int32_t ROW_CODES = 32;
 constexpr uint8_t PAD_CODE = ROW_CODES - 1;
@@ -97,3 +99,5 @@ InstructionSet run_kernel_portable(const KernelCall& call);
 InstructionSet run_kernel_sse41(const KernelCall& call);
 InstructionSet run_kernel_avx2(const KernelCall& call);
 InstructionSet run_kernel_avx512(const KernelCall& call);
+
+}  // namespace zelvan

@@ -7,6 +7,7 @@
 
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 constexpr std::chrono::milliseconds QUIET{2000};
@@ -68,3 +69,5 @@ UTstring meter_text(double done, double total, double seconds) {
   }
   return line;
 }
+
+}  // namespace zelvan

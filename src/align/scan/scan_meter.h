@@ -8,6 +8,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 using MeterTime = std::chrono::steady_clock::time_point;
 
 struct ScanMeter {
@@ -36,3 +38,5 @@ void end_scan_meter(ScanMeter& meter);
 
 // meter_text - the line: part of the cells done, billions of cells per second, seconds left at that rate.
 UTstring meter_text(double done, double total, double seconds);
+
+}  // namespace zelvan

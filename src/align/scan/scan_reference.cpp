@@ -5,6 +5,7 @@
 #include "align/cell_flags.h"
 #include "seq/sequence.h"
 
+namespace zelvan {
 namespace {
 
 struct Cell {
@@ -96,3 +97,5 @@ int32_t swliv(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTabl
               const ScoreMatrix& matrix, const Params* p) {
   return flagged_scan(qlen, target, dlen, table, gap_rows(table, matrix, p));
 }
+
+}  // namespace zelvan

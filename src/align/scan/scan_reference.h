@@ -18,6 +18,8 @@
 // Exact  every vector variant returns the same integer for every input
 // Source Smith & Waterman 1981; gaps as told above
 
+namespace zelvan {
+
 // swl - linear gaps: every gap position costs `penalty`.
 int32_t swl(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table, int32_t penalty);
 
@@ -30,3 +32,5 @@ int32_t swlv(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable
              const ScoreMatrix& matrix, const Params* p);
 int32_t swliv(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
               const ScoreMatrix& matrix, const Params* p);
+
+}  // namespace zelvan

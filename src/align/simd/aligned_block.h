@@ -7,6 +7,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 // Moved with its storage, never copied: the copy would point into the storage of the original.
 struct AlignedBlock {
   UTvector<uint8_t> storage;
@@ -25,3 +27,5 @@ inline void resize_block(AlignedBlock& block, std::size_t size) {
   std::size_t room = block.storage.size();
   block.data = static_cast<uint8_t*>(std::align(LINE, size, first, room));
 }
+
+}  // namespace zelvan

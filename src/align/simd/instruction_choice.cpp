@@ -3,6 +3,7 @@
 
 #include "align/simd/instruction_set.h"
 
+namespace zelvan {
 namespace {
 
 InstructionSet find_best() {
@@ -18,3 +19,5 @@ InstructionSet best_instruction_set() {
   static const InstructionSet best = find_best();
   return best;
 }
+
+}  // namespace zelvan

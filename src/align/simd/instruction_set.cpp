@@ -1,5 +1,7 @@
 #include "align/simd/instruction_set.h"
 
+namespace zelvan {
+
 bool is_usable(InstructionSet set) {
   switch (set) {
     case InstructionSet::REFERENCE:
@@ -34,3 +36,5 @@ const char* instruction_set_name(InstructionSet set) {
   }
   return "";
 }
+
+}  // namespace zelvan

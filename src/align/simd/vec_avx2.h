@@ -5,15 +5,18 @@
 
 #include "align/simd/instruction_set.h"
 
+namespace zelvan {
 namespace {
 
 constexpr InstructionSet COMPILED_SET = InstructionSet::AVX2;
 using Register = __m256i;
 
 }  // namespace
+}  // namespace zelvan
 
 #include "align/simd/vec_lanes.h"
 
+namespace zelvan {
 namespace {
 
 template <class V>
@@ -112,9 +115,11 @@ inline Register load_column_pair(const uint8_t* residues) {
 }
 
 }  // namespace
+}  // namespace zelvan
 
 #include "align/simd/vec_byte_shuffle.h"
 
+namespace zelvan {
 namespace {
 
 template <int COLUMNS>
@@ -134,3 +139,4 @@ struct Codes<Vec32, COLUMNS> {
 };
 
 }  // namespace
+}  // namespace zelvan

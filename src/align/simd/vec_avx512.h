@@ -6,15 +6,18 @@
 
 #include "align/simd/instruction_set.h"
 
+namespace zelvan {
 namespace {
 
 constexpr InstructionSet COMPILED_SET = InstructionSet::AVX512;
 using Register = __m512i;
 
 }  // namespace
+}  // namespace zelvan
 
 #include "align/simd/vec_lanes.h"
 
+namespace zelvan {
 namespace {
 
 template <class V>
@@ -141,3 +144,4 @@ struct Codes<Vec32, COLUMNS> {
 };
 
 }  // namespace
+}  // namespace zelvan

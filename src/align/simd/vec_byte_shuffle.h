@@ -4,6 +4,7 @@
 
 #include "align/scan/scan_kernel.h"
 
+namespace zelvan {
 namespace {
 
 // The gap value that a cell hands on: its own less the extension where it got its value by this gap, else less
@@ -62,3 +63,4 @@ struct Codes<Vec16, COLUMNS> {
 };
 
 }  // namespace
+}  // namespace zelvan

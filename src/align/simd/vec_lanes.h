@@ -4,6 +4,7 @@
 
 #include "align/scan/scan_kernel.h"
 
+namespace zelvan {
 namespace {
 
 template <LaneWidth W>
@@ -20,3 +21,4 @@ template <class V, int COLUMNS>
 struct Codes;
 
 }  // namespace
+}  // namespace zelvan

@@ -8,6 +8,7 @@
 
 #include "align/scan/scan_kernel.h"
 
+namespace zelvan {
 namespace {
 
 constexpr InstructionSet COMPILED_SET = InstructionSet::PORTABLE;
@@ -83,3 +84,4 @@ struct Codes {
 };
 
 }  // namespace
+}  // namespace zelvan

@@ -5,15 +5,18 @@
 
 #include "align/simd/instruction_set.h"
 
+namespace zelvan {
 namespace {
 
 constexpr InstructionSet COMPILED_SET = InstructionSet::SSE41;
 using Register = __m128i;
 
 }  // namespace
+}  // namespace zelvan
 
 #include "align/simd/vec_lanes.h"
 
+namespace zelvan {
 namespace {
 
 template <class V>
@@ -108,9 +111,11 @@ inline Register load_column_pair(const uint8_t* residues) {
 }
 
 }  // namespace
+}  // namespace zelvan
 
 #include "align/simd/vec_byte_shuffle.h"
 
+namespace zelvan {
 namespace {
 
 template <int COLUMNS>
@@ -128,3 +133,4 @@ struct Codes<Vec32, COLUMNS> {
 };
 
 }  // namespace
+}  // namespace zelvan

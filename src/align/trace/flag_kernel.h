@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace zelvan {
+
 // Successive target positions that one call works out side by side: the cells of a vector lie one query position
 // and one target position apart, so that none waits for another.
 constexpr int32_t FLAG_ROWS = 16;
@@ -34,3 +36,5 @@ constexpr int32_t FORBIDDEN = INT32_MIN / 2;
 void run_flag_kernel_portable(const FlagBlock& block);
 void run_flag_kernel_avx2(const FlagBlock& block);
 void run_flag_kernel_avx512(const FlagBlock& block);
+
+}  // namespace zelvan

@@ -2,7 +2,11 @@
 #define LANES 8
 #include "align/trace/flag_kernel_body.h"
 
+namespace zelvan {
+
 void run_flag_kernel_avx2(const FlagBlock& block) {
   run_block(block);
 }
+
+}  // namespace zelvan
 #endif

@@ -7,6 +7,7 @@
 #include "align/cell_flags.h"
 #include "align/trace/flag_kernel.h"
 
+namespace zelvan {
 namespace {
 
 typedef int32_t Vec __attribute__((vector_size(4 * LANES)));
@@ -122,3 +123,4 @@ void run_block(const FlagBlock& block) {
 }
 
 }  // namespace
+}  // namespace zelvan

@@ -4,6 +4,7 @@
 
 #include "align/trace/flag_kernel.h"
 
+namespace zelvan {
 namespace {
 
 // Takes note of a row's best cell. The cells above it are handed on for the first that counts.
@@ -150,3 +151,5 @@ bool any_negative(const GapRows& gaps, int32_t qlen) {
   return std::any_of(gaps.extend, gaps.extend + qlen - 2, is_negative) ||
          std::any_of(gaps.open, gaps.open + qlen - 2, is_negative);
 }
+
+}  // namespace zelvan

@@ -10,6 +10,8 @@
 #include "util/memory.h"
 #include "util/table.h"
 
+namespace zelvan {
+
 // [target position][query position]: what cell_flags.h lists; row and column 0 clear.
 using MoveFlags = Table<uint8_t>;
 
@@ -55,3 +57,5 @@ FlagSweep fill_flags(int32_t qlen, const int8_t* target, int32_t dlen, const Loo
 
 // any_negative - whether a penalty of any query position is negative.
 bool any_negative(const GapRows& gaps, int32_t qlen);
+
+}  // namespace zelvan

@@ -5,6 +5,8 @@
 #include "util/failure.h"
 #include "util/index_sort.h"
 
+namespace zelvan {
+
 void empty_store(PathStore& store, int32_t qlen) {
   store.slots.resize(static_cast<std::size_t>(qlen));
   for (UTvector<PathRec>& slot : store.slots) slot.clear();
@@ -40,3 +42,5 @@ UTvector<PathRec> dosort(PathStore& store) {
   std::transform(order.begin(), order.end(), sorted.begin(), path);
   return sorted;
 }
+
+}  // namespace zelvan

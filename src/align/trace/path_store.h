@@ -5,6 +5,8 @@
 
 #include "util/memory.h"
 
+namespace zelvan {
+
 struct PathRec {
   int32_t start_i = 0;  // query position where the path begins
   int32_t start_j = 0;  // target position where it begins
@@ -32,3 +34,5 @@ void addsco(const PathRec& record, PathStore& store);
 // dosort - empties the store into one list, highest best first, equals as UTindexx leaves them.
 // Ends   when slots and total disagree (status 0)
 UTvector<PathRec> dosort(PathStore& store);
+
+}  // namespace zelvan

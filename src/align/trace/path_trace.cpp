@@ -5,6 +5,7 @@
 #include "util/failure.h"
 #include "util/streams.h"
 
+namespace zelvan {
 namespace {
 
 void trace(const int8_t* query, const int8_t* target, const PathRec& path, const MoveFlags& flags,
@@ -62,3 +63,5 @@ void trace_path(const int8_t* query, const int8_t* target, const PathRec& path, 
 void reval(int8_t* buffer, int32_t first, int32_t last) {
   std::reverse(buffer + first, buffer + last + 1);
 }
+
+}  // namespace zelvan

@@ -9,6 +9,8 @@
 #include "seq/matrix.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // Two rows of codes of equal length, gaps as the code of GAP_CHARACTER.
 struct AlignedRows {
   UTvector<int8_t> query;
@@ -29,3 +31,5 @@ void trace_path(const int8_t* query, const int8_t* target, const PathRec& path, 
 
 // reval - reverses buffer[first..last] in place.
 void reval(int8_t* buffer, int32_t first, int32_t last);
+
+}  // namespace zelvan

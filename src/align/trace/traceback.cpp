@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+namespace zelvan {
 namespace {
 
 // A path that comes from above the rows looked at: its start is not worked out before it is needed.
@@ -290,3 +291,5 @@ UTvector<PathRec> align_pair(const int8_t* query, int32_t qlen, const int8_t* ta
   }
   return dosort(store);
 }
+
+}  // namespace zelvan

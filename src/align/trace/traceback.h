@@ -11,6 +11,8 @@
 #include "seq/matrix.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 // swpathl (modes 200 and 210), swpathli (202 and 212) - align one pair.
 // Does   the recurrence of swl or swli over the whole matrix. A path carries where it began and its best cell;
 //        it ends where the cell diagonally behind it falls to 0, or at the end of either sequence; of the
@@ -34,3 +36,5 @@ int32_t swpathli(const int8_t* query, int32_t qlen, const int8_t* target, int32_
 UTvector<PathRec> align_pair(const int8_t* query, int32_t qlen, const int8_t* target, int32_t dlen,
                              const LookupTable& table, MoveFlags& out_flags, const ScoreMatrix& matrix,
                              const Params* p);
+
+}  // namespace zelvan

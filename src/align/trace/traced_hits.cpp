@@ -2,6 +2,7 @@
 
 #include <utility>
 
+namespace zelvan {
 namespace {
 
 void trace_hit(TracedHit& hit, const SeqRec& query, const SeqRec& target, const LookupTable& table,
@@ -40,3 +41,5 @@ const UTvector<TracedPath>& traced_paths(TracedHits& hits, int32_t rank, const S
   hits.kept[at] = std::move(hits.latest);
   return hits.kept[at].paths;
 }
+
+}  // namespace zelvan

@@ -12,6 +12,8 @@
 #include "seq/sequence.h"
 #include "util/memory.h"
 
+namespace zelvan {
+
 struct TracedPath {
   PathRec path;
   AlignedRows rows;
@@ -43,3 +45,5 @@ constexpr std::size_t MOST_KEPT_BYTES = std::size_t{256} << 20;
 const UTvector<TracedPath>& traced_paths(TracedHits& hits, int32_t rank, const SeqRec& query,
                                          const SeqRec& target, const LookupTable& table,
                                          const ScoreMatrix& matrix, const Params* p);
+
+}  // namespace zelvan

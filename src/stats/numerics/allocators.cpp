@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace zelvan {
 namespace {
 
 // One element more than asked for, in front, so that the handle of a 1-based vector is the block itself.
@@ -72,3 +73,5 @@ void free_dmatrix(double** m, long lo, long, long lo2, long) {
   std::free(m[lo] - (1 - lo2));
   release(m, lo);
 }
+
+}  // namespace zelvan

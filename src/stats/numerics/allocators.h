@@ -4,6 +4,8 @@
 // checked allocator, which would end the run.
 #pragma once
 
+namespace zelvan {
+
 // Status of the fitting routines; a code says what failed, the caller knows where. The numbers are shown to the user.
 enum NumericsStatus : int {
   NUMERICS_OK = 0,
@@ -31,3 +33,5 @@ void free_ivector(int* v, long lo, long hi);
 void free_dvector(double* v, long lo, long hi);
 void free_vector(double* v, long lo, long hi);
 void free_dmatrix(double** m, long lo, long hi, long lo2, long hi2);
+
+}  // namespace zelvan

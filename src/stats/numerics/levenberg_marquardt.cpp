@@ -4,6 +4,7 @@
 #include "stats/numerics/linear_system.h"
 #include "stats/numerics/normal_equations.h"
 
+namespace zelvan {
 namespace {
 
 // What mrqmin keeps from call to call, 1-based.
@@ -120,3 +121,5 @@ int mrqmin(const double* x, const double* y, const double* sig, int ndata, doubl
   }
   return NUMERICS_OK;
 }
+
+}  // namespace zelvan

@@ -4,6 +4,8 @@
 
 #include "stats/numerics/models.h"
 
+namespace zelvan {
+
 // mrqcof - curvature matrix, gradient and chi-square of a model at given parameters.
 // In     x[1..ndata], y[1..ndata], sig[1..ndata] the standard deviations of y; a[1..ma]; ia[j] != 0: parameter j
 //        is fitted
@@ -25,3 +27,5 @@ int mrqcof(const double* x, const double* y, const double* sig, int ndata, const
 //        was started and dropped is released when the next one starts
 int mrqmin(const double* x, const double* y, const double* sig, int ndata, double* a, const int* ia, int ma,
            double** covar, double** alpha, double* chisq, FitModel model, double* alamda);
+
+}  // namespace zelvan

@@ -4,6 +4,7 @@
 #include "stats/numerics/linear_system.h"
 #include "stats/numerics/normal_equations.h"
 
+namespace zelvan {
 namespace {
 
 // What the held coefficients leave of y at the point whose basis functions are in afunc.
@@ -61,3 +62,5 @@ int lfit(const double* x, const double* y, const double* sig, int ndat, double* 
   free_vector(afunc, 1, ma);
   return status;
 }
+
+}  // namespace zelvan

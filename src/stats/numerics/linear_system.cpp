@@ -5,6 +5,7 @@
 
 #include "stats/numerics/allocators.h"
 
+namespace zelvan {
 namespace {
 
 // Work vectors of one elimination, 1-based.
@@ -102,3 +103,5 @@ void covsrt(double** covar, int ma, const int* ia, int mfit) {
     --packed;
   }
 }
+
+}  // namespace zelvan

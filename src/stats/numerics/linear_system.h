@@ -1,6 +1,8 @@
 // Linear equations and the covariance of a least-squares fit; 1-based arrays as in allocators.h.
 #pragma once
 
+namespace zelvan {
+
 // gaussj - solves a set of linear equations for several right-hand sides at once.
 // Does   Gauss-Jordan elimination with full pivoting, in place
 // In     a[1..n][1..n] the matrix, b[1..n][1..m] one right-hand side per column
@@ -14,3 +16,5 @@ int gaussj(double** a, int n, double** b, int m);
 // Out    covar[1..ma][1..ma]
 // Source the same, section 15.4
 void covsrt(double** covar, int ma, const int* ia, int mfit);
+
+}  // namespace zelvan

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+namespace zelvan {
 namespace {
 
 // Exponents beyond this would overflow, in the exponential or in its square.
@@ -37,3 +38,5 @@ void funcs(double x, double* afunc, int ma) {
     power *= x;
   }
 }
+
+}  // namespace zelvan

@@ -3,6 +3,8 @@
 // scale (a2 of the density, a3 of the exponential) gives what is not a number.
 #pragma once
 
+namespace zelvan {
+
 // A model: its value y at abscissa x under the parameters a[1..ma], and dyda[1..ma].
 using FitModel = void (*)(double x, const double* a, double* y, double* dyda, int ma);
 
@@ -18,3 +20,5 @@ void fexp1(double x, const double* a, double* y, double* dyda, int ma);
 
 // funcs - the basis 1, x, x^2, ... of which the line fits use the first two.
 void funcs(double x, double* afunc, int ma);
+
+}  // namespace zelvan

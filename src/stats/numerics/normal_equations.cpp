@@ -1,5 +1,7 @@
 #include "stats/numerics/normal_equations.h"
 
+namespace zelvan {
+
 int count_fitted(const int* ia, int ma) {
   int mfit = 0;
   for (int j = 1; j <= ma; ++j) mfit += ia[j] != 0;
@@ -32,3 +34,5 @@ void complete_equations(double** alpha, int mfit) {
     for (int k = 1; k < j; ++k) alpha[k][j] = alpha[j][k];
   }
 }
+
+}  // namespace zelvan

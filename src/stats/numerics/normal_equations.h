@@ -1,6 +1,8 @@
 // The equations of a least-squares fit, over the fitted parameters only; 1-based arrays as in allocators.h.
 #pragma once
 
+namespace zelvan {
+
 // count_fitted - how many of ia[1..ma] are not zero.
 int count_fitted(const int* ia, int ma);
 
@@ -13,3 +15,5 @@ void clear_equations(double** alpha, double* beta, int mfit);
 void add_point(const double* derivatives, double misfit, double weight, const int* ia, int ma, double** alpha,
                double* beta);
 void complete_equations(double** alpha, int mfit);
+
+}  // namespace zelvan

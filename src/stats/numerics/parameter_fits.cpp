@@ -7,6 +7,7 @@
 #include "stats/numerics/linear_fit.h"
 #include "stats/numerics/models.h"
 
+namespace zelvan {
 namespace {
 
 constexpr int STEP_LIMIT = 10000;
@@ -134,3 +135,5 @@ int linfitPARAMB2(const double* x, const double* y, int n, double* a, int* error
   if (status != NUMERICS_OK) *error = status;
   return status;
 }
+
+}  // namespace zelvan

@@ -6,6 +6,8 @@
 
 #include <cstdio>
 
+namespace zelvan {
+
 // expfitPARAMA - fits a1 + a2 x exp(-lpl / a3), every point of weight 1, from the given coefficients.
 // Does   steps of mrqmin until eight in a row lowered chi-square by less than 0.001
 // Returns NUMERICS_OK, NO_IVECTOR, a code of mrqmin, or NOT_SETTLED (within 10,000 steps, or the result is not
@@ -15,3 +17,5 @@ int expfitPARAMA(const double* x, const double* y, int n, double* a, int* error,
 // linfitPARAMB2 - fits a2 x lpl, every standard deviation 0.001; a1 is set to 0 and held.
 // Returns NUMERICS_OK, NO_IVECTOR or a code of lfit
 int linfitPARAMB2(const double* x, const double* y, int n, double* a, int* error, int trace, FILE* stream);
+
+}  // namespace zelvan

@@ -4,6 +4,7 @@
 
 #include "align/small_problem.h"
 
+namespace zelvan {
 namespace {
 
 // The best sum over all local alignments with a fixed cost for every gap position, tried one by one.
@@ -42,3 +43,5 @@ TEST(ScanReference, KernelsFollowTheDefinitionCellByCell) {
     ASSERT_EQ(problem.scan_score(), CellModel(problem).best()) << round;
   }
 }
+
+}  // namespace zelvan

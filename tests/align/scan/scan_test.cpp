@@ -6,6 +6,7 @@
 #include "align/small_problem.h"
 #include "support/scan_trial.h"
 
+namespace zelvan {
 namespace {
 
 struct Trial : ScanTrial {
@@ -92,3 +93,4 @@ TEST(ScanDatabase, LeavesWhatLanesCannotHoldToTheScalarKernels) {
 }
 
 }  // namespace
+}  // namespace zelvan

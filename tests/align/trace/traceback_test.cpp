@@ -4,6 +4,7 @@
 
 #include "align/small_problem.h"
 
+namespace zelvan {
 namespace {
 
 // The paths that should be found, from the model's cells and two rolling rows of records.
@@ -168,3 +169,5 @@ TEST(PathStore, OrdersEqualPathsAsTheHeapSortLeavesThem) {
     EXPECT_EQ(order, expected);
   }
 }
+
+}  // namespace zelvan

@@ -4,6 +4,7 @@
 
 #include "align/small_problem.h"
 
+namespace zelvan {
 namespace {
 
 SeqRec record(Codes& codes) {
@@ -53,3 +54,5 @@ TEST(TracedHits, GiveTheSameFromTheStore) {
     EXPECT_LE(store.kept.size(), 4U);
   }
 }
+
+}  // namespace zelvan
