@@ -19,7 +19,8 @@ ODD_COUNT = (
     "Every command should have a value: e.g. TIME 1 not TIME\n"
     "Type zelvan for brief help\n"
 )
-UNKNOWN_KEY = "Unrecognised Parameter Command\nArgument:{} Type: {} \n"
+HELP = "Help: zelvan without arguments shows the version and an overview, man zelvan_manual explains everything\n"
+UNKNOWN_KEY = "Unrecognised Parameter Command\nArgument:{} Type: {} \nEverything from here on is ignored{}\n"
 NO_MODE = "Sorry but MODE:{} is not available\n"
 CUTS = "Error:  PROBCUT (0.001) must be >= PROBCUT2 (0.01)\n"
 QUIET = ("-mode", 9999)  # a mode that is accepted and does nothing
@@ -28,11 +29,14 @@ QUIET = ("-mode", 9999)  # a mode that is accepted and does nothing
 class CommandLine(zelvan_cli.TestCase):
     def test_status_and_words(self):
         for args, status, words in (
-            (("TIME",), 255, ODD_COUNT.format(1)),
+            *(((word,), 255, ODD_COUNT.format(1) + HELP) for word in ("TIME", "--help")),
             (("-nonsense", 1, "-precision", 15, "x"), 255, ODD_COUNT.format(5)),  # counted before anything is applied
             # An unknown key ends the reading but not the run: what came before it holds.
-            (("-mode", 31, "-nonsense", 1, "-mode", 11), 255, UNKNOWN_KEY.format(3, "-nonsense") + NO_MODE.format(31)),
-            ((*QUIET, "--mode", 31), 0, UNKNOWN_KEY.format(3, "--mode")),
+            (("-mode", 31, "-nonsense", 1, "-mode", 11), 255, UNKNOWN_KEY.format(3, "-nonsense", "") + NO_MODE.format(31)),
+            *(((*QUIET, typed, 31), 0, UNKNOWN_KEY.format(3, typed, f": did you mean -{meant}?"))
+              for typed, meant in (("--mode", "mode"), ("-Nitre", "niter"), ("MATRX_FILE", "matrix_file"), ("-S", "s"))),
+            *(((*QUIET, typed, 31), 0, UNKNOWN_KEY.format(3, typed, "")) for typed in ("-h", "", "-", "x" * 10**5)),
+            ((*QUIET, "-evalue", 1, "-inclusion_ethresh", 1, "-num_iterations", 1), 0, ""),
             *((("MODE", mode), 255, NO_MODE.format(mode)) for mode in (1, 3, 31, -1, 201, 98)),
             *((("MODE", mode), 0, "") for mode in (11, 29, 9999)),
             # PROBCUT2 is held against the PROBCUT in force when it arrives.
@@ -56,7 +60,7 @@ class CommandLine(zelvan_cli.TestCase):
             (("PROBCUT2", 0.5), 255, "Error:  PROBCUT .*", ""),
             (("PRECISION", 7), 0, "Invalid Precision .*", ""),
             (("STDOUT", "/missing/report"), 1, "Cannot Open File: .*", ""),
-            (("MODE", 31, "nonsense", 1), 255, "", UNKNOWN_KEY.format(5, "nonsense") + NO_MODE.format(31)),
+            (("MODE", 31, "nonsense", 1), 255, "", UNKNOWN_KEY.format(5, "nonsense", "") + NO_MODE.format(31)),
         ):
             self.refuse(told, "STDERR", log, *args, status=status)
             self.assertEqual(log.read_text(), logged)
