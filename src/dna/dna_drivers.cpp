@@ -214,12 +214,11 @@ void swipd(Params* p) {
   Setup setup;
   set_up(setup, "Getting pairscore matrix\n", p);
   progress("Opening database\n", p);
-  UTfileopen(p->DB_FILE, "r", 1);
+  SeqReader reader = open_text_database(p);
   progress("Scanning\n", p);
   if (p->VERBOSE != 0) {
     std::fprintf(std_err, "Penalties: ld_pen: %d li_pen: %d fs_pen %d\n", p->LD_PEN, p->LI_PEN, p->FS_PEN);
   }
-  SeqReader reader = make_reader(p->DB_FILE.stream, p->DB_FILE.name.c_str());
   Batch batch;
   for (read_batch(batch, reader, setup, p); !batch.seqs.empty(); read_batch(batch, reader, setup, p)) {
     score_batch(batch, setup, p);

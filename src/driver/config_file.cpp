@@ -5,6 +5,7 @@
 #include "util/failure.h"
 #include "util/line_reader.h"
 #include "util/streams.h"
+#include "util/text_start.h"
 
 namespace zelvan {
 
@@ -18,7 +19,7 @@ bool open_config(ConfigFile& out_file, const char* path, const char* reader, con
 
 bool next_line(ConfigFile& file) {
   if (!UTgetline(file.stream, file.text)) return false;
-  ++file.line_number;
+  if (++file.line_number == 1) UTskip_mark(file.text);
   return true;
 }
 

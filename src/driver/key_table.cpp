@@ -197,7 +197,7 @@ void store_value(const KeyEntry& key, const char* value, const char* caller, Par
       field_of<int32_t>(key, p) = check_precision(integer_value(value), caller);
       break;
     case KeyType::FILE_NAME:
-      UTfilerename(field_of<FileRec>(key, p), value);
+      UTfilerename(field_of<FileRec>(key, p), value).given = true;
       break;
     case KeyType::TEXT:
       UTstrrename(field_of<UTstring>(key, p), value);
@@ -219,6 +219,8 @@ void set_defaults(Params* p) {
   for (const KeyEntry& key : KEYS) {
     if (key.type == KeyType::DATABASE_ROOT) {
       UTstrrename(p->BDB_ROOT, key.initial);  // the name alone: no binary database was asked for
+    } else if (key.type == KeyType::FILE_NAME) {
+      UTfilerename(field_of<FileRec>(key, p), key.initial);
     } else if (key.initial != nullptr) {
       store_value(key, key.initial, "", p);
     }

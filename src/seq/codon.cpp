@@ -8,6 +8,7 @@
 #include "util/sorted_search.h"
 #include "util/streams.h"
 #include "util/text.h"
+#include "util/text_start.h"
 
 namespace zelvan {
 namespace {
@@ -107,6 +108,11 @@ CodonTable getcodon(const Params* p) {
   int32_t lines = 0;
   UTvector<char> line = UTlinebuffer(CODON_LINE_SIZE, "getcodon");
   while (UTgetline(file.stream, line)) {
+    if (lines == 0) {
+      UTrefuse_compressed(line.data(), std::strlen(line.data()), path.c_str(),
+                          "> NEW_FILE, and -codon NEW_FILE");
+      UTskip_mark(line);
+    }
     if (lines < NCODONS) {
       Codon& entry = codons[static_cast<std::size_t>(lines)];
       if (std::sscanf(line.data(), "%9s %c", entry.codon, &entry.residue) != 2) entry = Codon{};

@@ -11,6 +11,7 @@
 #include "util/line_reader.h"
 #include "util/streams.h"
 #include "util/text.h"
+#include "util/text_start.h"
 
 namespace zelvan {
 namespace {
@@ -27,6 +28,15 @@ void open_matrix(Params* p) {
 
 void close_matrix(Params* p) {
   UTfileclose(p->MATRIX_FILE, 0);
+}
+
+// The first line of the file, without a byte-order mark; false when there is none.
+bool first_line(UTvector<char>& line, const Params* p) {
+  if (!UTgetline(p->MATRIX_FILE.stream, line)) return false;
+  UTrefuse_compressed(line.data(), std::strlen(line.data()), p->MATRIX_FILE.name.c_str(),
+                      "> NEW_FILE, and -m NEW_FILE");
+  UTskip_mark(line);
+  return true;
 }
 
 // The score of one number of the file, x PRECISION. A score is far from its limits in any sensible matrix, but a
@@ -87,7 +97,7 @@ UTstring without_newline(const UTvector<char>& line) {
 UTstring ncbi_letters(UTvector<char>& line, const Params* p) {
   FILE* const stream = p->MATRIX_FILE.stream;
   const char* const name = p->MATRIX_FILE.name.c_str();
-  if (!UTgetline(stream, line) || line[0] != '#') {
+  if (!first_line(line, p) || line[0] != '#') {
     UTend_input(std_err,
                 "Matrix file: %s\n"
                 "For an NCBI format matrix file I expect a # in the first column of the first line\n"
@@ -128,7 +138,7 @@ void getmat_pir(ScoreMatrix& out_matrix, Params* p) {
   FILE* const stream = p->MATRIX_FILE.stream;
   UTvector<char> line = UTlinebuffer(static_cast<std::size_t>(p->LINE_BUFFER_LEN), "getmat_pir");
 
-  if (!UTgetline(stream, line)) missing_line("Missing Title line in matrix file", p);
+  if (!first_line(line, p)) missing_line("Missing Title line in matrix file", p);
   if (line[0] == '#') {
     UTend_input(std_err,
                 "Matrix file: %s\n"

@@ -9,6 +9,7 @@
 #include "util/failure.h"
 #include "util/line_reader.h"
 #include "util/streams.h"
+#include "util/text_start.h"
 
 namespace zelvan {
 namespace {
@@ -153,6 +154,21 @@ bool read_record(SeqReader& reader, SeqStore& store, SeqRec& out_record, int32_t
   return format == 0 ? gseq_pir(reader, store, out_record, p) : gseq_fasta(reader, store, out_record, p);
 }
 
+// Opens a file of sequences for reading, `no_file` being said first when nobody named the one that is missing. A
+// file that may hold text is read from behind its byte-order mark.
+SeqReader open_sequences(FileRec& file, const char* no_file, const char* how) {
+  UTfileopen(file, "r", 0);
+  if (file.stream == nullptr) {
+    if (!file.given) std::fputs(no_file, std_err);
+    UTfileopen(file, "r", 1);
+  }
+  SeqReader reader = make_reader(file.stream, file.name.c_str());
+  fill(reader);
+  UTrefuse_compressed(reader.buffer.data(), reader.end, reader.name, how);
+  reader.at = UTmark_length(reader.buffer.data(), reader.end);
+  return reader;
+}
+
 [[noreturn]] void unsupported_format(const Params* p) {
   UTend_input(p->STDERR, "Format:%d is not supported\n", p->QSEQ_FORMAT);
 }
@@ -211,9 +227,9 @@ bool gseq_pir(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Para
 
 SeqRec get_query_seq(SeqStore& store, Params* p) {
   if (p->VERBOSE != 0) std::fputs("Getting query sequence and converting to integer\n", std_err);
-  UTfileopen(p->QSEQ_FILE, "r", 1);
+  SeqReader reader =
+      open_sequences(p->QSEQ_FILE, "No query was given: add -s FILE\n", "| zelvan -s /dev/stdin ...");
   if (p->QSEQ_FORMAT != 0 && p->QSEQ_FORMAT != 1) unsupported_format(p);
-  SeqReader reader = make_reader(p->QSEQ_FILE.stream, p->QSEQ_FILE.name.c_str());
   SeqRec query;
   if (!read_record(reader, store, query, p->QSEQ_FORMAT, p)) UTend_input(std_err, "No Query\n");
   if (query.len > MP_LEN) {
@@ -232,11 +248,18 @@ bool get_db_seq(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Pa
   return read_record(reader, store, out_record, p->DB_FORMAT, p);
 }
 
+SeqReader open_text_database(Params* p) {
+  const bool text_only = p->MODE == 10 || p->MODE == 99 || p->MODE == 667;
+  return open_sequences(p->DB_FILE,
+                        text_only ? "No database was given: add -d FILE\n"
+                                  : "No database was given: add -d FILE, or -bdb NAME for a binary one\n",
+                        "| zelvan -d /dev/stdin ...");
+}
+
 void read_text_database(TextDatabase& out_database, bool progress, Params* p) {
   if (progress) std::fputs("Opening database\n", std_err);
-  UTfileopen(p->DB_FILE, "r", 1);
+  SeqReader reader = open_text_database(p);
   if (progress) std::fputs("Loading database\n", std_err);
-  SeqReader reader = make_reader(p->DB_FILE.stream, p->DB_FILE.name.c_str());
   SeqRec record;
   while (get_db_seq(reader, out_database.store, record, p)) {
     if (static_cast<int64_t>(out_database.seqs.size()) >= p->MAX_NSEQ) {

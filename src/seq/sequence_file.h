@@ -38,14 +38,19 @@ SeqReader make_reader(FILE* stream, const char* name);
 bool gseq_fasta(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 bool gseq_pir(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 
-// get_query_seq - opens QSEQ_FILE (left open) and reads its first record in the layout of QSEQ_FORMAT (0 PIR,
-// 1 FASTA). A query without residues passes (len 2).
+// get_query_seq - opens QSEQ_FILE (left open), as open_text_database does DB_FILE, and reads its first record in the
+// layout of QSEQ_FORMAT (0 PIR, 1 FASTA). A query without residues passes (len 2).
 // Ends   when there is no record, on every fault of the file, and when the query is longer than MP_LEN (status -1)
 SeqRec get_query_seq(SeqStore& store, Params* p);
 
 // get_db_seq - the next record of the database in the layout of DB_FORMAT (0 PIR, 1 FASTA); false at its end.
 // Ends   on another DB_FORMAT (status -1; the message shows QSEQ_FORMAT, deliberately)
 bool get_db_seq(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
+
+// open_text_database - opens DB_FILE and returns a reader of it, behind a byte-order mark.
+// Ends   when the file cannot be opened, which option names one being said first when none was given, and when it is
+//        compressed (status -1)
+SeqReader open_text_database(Params* p);
 
 // A text database in memory, letters until encoded.
 struct TextDatabase {
@@ -54,9 +59,9 @@ struct TextDatabase {
   int64_t nres = 0;  // residues of all sequences
 };
 
-// read_text_database - opens DB_FILE, reads it whole and closes it.
+// read_text_database - opens DB_FILE as above, reads it whole and closes it.
 // Does   with progress, "Opening database\n" and "Loading database\n" on std_err around the open
-// Ends   when the file cannot be opened, and when it holds more than MAX_NSEQ sequences (status -1)
+// Ends   also when it holds more than MAX_NSEQ sequences (status -1)
 void read_text_database(TextDatabase& out_database, bool progress, Params* p);
 
 // text_database_info - the header that stands for a text database: its counts.

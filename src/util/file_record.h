@@ -12,6 +12,7 @@ namespace zelvan {
 struct FileRec {
   UTstring name;
   FILE* stream = nullptr;  // owned while open
+  bool given = false;      // a key named it: the name is not the default
 };
 
 // UTfopen - opens a file; null on failure, unless must == 1: "Cannot Open File: NAME: reason", status 1.

@@ -1,5 +1,8 @@
 """Sequence and matrix files as they come: odd ones are read as they stand, faulty ones end in a sentence."""
 
+import bz2
+import gzip
+import lzma
 import unittest
 
 import zelvan_cli
@@ -49,6 +52,50 @@ class InputFiles(zelvan_cli.TestCase):
                 query = self.file("q", ">q\nA\n")
                 self.refuse(before + sentence, "-s", query, "-d", database, "-nsubset", 1, "-mode", mode, "-do_stats",
                             1 if mode == 22 else 2, *args)  # fmt: skip
+
+    def test_compressed_files_are_named(self):
+        """Also through a pipe, and of every kind of text file."""
+        packers = (("gzip", "zcat", gzip.compress), ("bzip2", "bzcat", bz2.compress), ("xz", "xzcat", lzma.compress),
+                   ("zstd", "zstdcat", lambda text: b"\x28\xb5\x2f\xfd\0" + text))  # fmt: skip
+        for kind, program, pack in packers:
+            for text in (b">a\nMKV\n", b""):
+                packed = self.file("packed", pack(text))
+                said = "{0} is compressed \\(%s\\). Pass what is in it: %s {0} {1} ...\n" % (kind, program)
+                for mode, before in ((202, ""), (22, "Note:[^\n]*\n"), (10, ""), (99, "Getting matrix\n"), (667, "")):
+                    args = ("-mode", mode, "-s", self.file("q", ">q\nA\n"), "-nsubset", 1, "-d")
+                    self.refuse(before + said.format(packed, r"\| zelvan -d /dev/stdin"), *args, packed)
+                    self.refuse(before + said.format("/dev/stdin", r"\| zelvan -d /dev/stdin"), *args, "/dev/stdin",
+                                stdin=packed.read_bytes().decode("latin-1"))  # fmt: skip
+                self.refuse_search(said.format(packed, r"\| zelvan -s /dev/stdin"), "-s", packed)
+        for args in (("-matrix_dir", self.work, "-m", "packed", "-matrix_format", 0),
+                     ("-matrix_dir", self.work, "-m", "packed"), ("-gd", self.work, "-codon", "packed")):
+            self.refuse_search(f"(Note:.*\n)?{packed} is compressed \\(zstd\\). Pass what is in it: .*", *args, "-mode", 22)
+
+    def test_byte_order_marks_are_no_text(self):
+        """A file that an editor put the mark on is read as before."""
+        options = ("-mode", 22, "-codon", "codons", "-gd", self.work, "-md", self.work, "-m", "matrix")
+        reports = []
+        for mark in (b"", b"\xef\xbb\xbf"):
+            sources = (zelvan_cli.CODONS / "codo.tst", MATRICES / "BLOSUM62", zelvan_cli.EXAMPLES / "engb_dna.fasta", SAMPLE)
+            for name, source in zip(("codons", "matrix", "q", "d"), sources):
+                self.file(name, mark + source.read_bytes()[:200_000])
+            for path in self.config.iterdir():
+                path.write_bytes(mark + path.read_bytes())
+            reports.append(zelvan_cli.score_lists(self.succeed("-s", "q", "-d", "d", *options).stdout))
+        self.assertGreater(len(reports[0][0]), 10)
+        self.assertEqual(*reports)
+
+    def test_a_missing_option_is_named_before_the_file_that_stands_in(self):
+        """Not where the file was asked for by that name."""
+        unopened = UNOPENED.format("No such file or directory", "data.seq")
+        for args, said in (
+            (("-s", QUERY), "No database was given: add -d FILE, or -bdb NAME for a binary one\n" + unopened),
+            (("-s", QUERY, "-mode", 10), "No database was given: add -d FILE\n" + unopened),
+            (("-bdb", "x", "-mode", 99), "Getting matrix\nNo database was given: add -d FILE\n" + unopened),
+            (("-s", QUERY, "-d", "data.seq"), unopened),
+            ((), "No query was given: add -s FILE\n" + unopened.replace("data", "test")),
+        ):
+            self.refuse(said, *("-mode", 202), *args)
 
     def test_faulty_queries_are_refused(self):
         long = (
