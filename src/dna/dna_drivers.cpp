@@ -15,6 +15,7 @@
 #include "seq/alphabet.h"
 #include "seq/codon.h"
 #include "seq/matrix.h"
+#include "seq/residue_kind.h"
 #include "seq/sequence_file.h"
 #include "stats/zscore_log.h"
 #include "stats/zscore_stats.h"
@@ -55,6 +56,7 @@ void set_up(Setup& setup, const char* matrix_message, Params* p) {
   setup.matrix = getmat(p);
   setup.query = get_query_seq(setup.query_store, p);
   SeqRec& query = setup.query;
+  warn_of_query(query, p);
   if (p->VERBOSE != 0) {
     std::fprintf(std_err, "Query:\n%s\n%s\n%s\n", query.id, query.title,
                  reinterpret_cast<const char*>(query.seq + 1));
@@ -72,6 +74,7 @@ constexpr int64_t BATCH_BASES = int64_t{1} << 22;
 struct Batch {
   SeqStore store;
   UTvector<SeqRec> seqs;
+  bool begun = false;  // there was a sequence
 };
 
 void score_batch(const Batch& batch, const Setup& setup, const Params* p) {
@@ -91,6 +94,8 @@ void read_batch(Batch& batch, SeqReader& reader, const Setup& setup, const Param
   SeqRec record;
   for (int64_t bases = 0; bases < BATCH_BASES; bases += record.len) {
     if (!get_db_seq(reader, batch.store, record, p)) break;
+    if (!batch.begun) warn_of_database(&record, 1, p);
+    batch.begun = true;
     if (const int32_t at = translate_dna(record, setup.codons); at != 0) {
       score_batch(batch, setup, p);  // the lines of the sequences before it
       end_untranslated(record, at, "Something weird happened when translating (swipd)");
@@ -126,6 +131,7 @@ void prepare_database(Search& search, Params* p) {
   Database& database = search.database;
   const Stopwatch before = UT_keep_times();
   load_database(database, *search.setup.matrix, p);
+  if (!stored_as_codes(p)) warn_of_database(database.seqs, database.n, p);
   if (!query_is_dna(p)) translate_database(search, p);
   if (database.n < p->MIN_NSTATS) p->DO_STATS = 0;
   if (!stored_as_codes(p)) {

@@ -17,6 +17,7 @@
 #include "report/score_list.h"
 #include "seq/alphabet.h"
 #include "seq/matrix.h"
+#include "seq/residue_kind.h"
 #include "seq/sequence_file.h"
 #include "stats/lpfit.h"
 #include "util/failure.h"
@@ -51,6 +52,7 @@ void set_up(Search& search, Params* p) {
   progress("Getting query\n", p);
   search.query = get_query_seq(search.query_store, p);
   SeqRec& query = search.query;
+  warn_of_query(query, p);
   if (p->VERBOSE != 0) {
     std::fprintf(std_err, "Query:\n%s\n%s\n%s\n", query.id, query.title,
                  reinterpret_cast<const char*>(query.seq + 1));
@@ -70,6 +72,7 @@ void prepare_database(Search& search, Params* p) {
   load_database(database, *search.matrix, p);
   show_time("Load database ", p);
   if (!stored_as_codes(p)) {
+    warn_of_database(database.seqs, database.n, p);
     progress("Converting database sequences\n", p);
     encode_sequences(database.seqs, database.n, *search.matrix);
     show_time("Convert database ", p);

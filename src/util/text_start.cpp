@@ -20,11 +20,9 @@ struct Signature {
 };
 
 constexpr Signature SIGNATURES[] = {
-    {"\x1F\x8B\x08", "gzip", "zcat"},
-    {"BZh?1AY", "bzip2", "bzcat"},
+    {"\x1F\x8B\x08", "gzip", "zcat"}, {"BZh?1AY", "bzip2", "bzcat"},
     {"BZh?\x17rE", "bzip2", "bzcat"},  // of nothing
-    {"\3757zXZ", "xz", "xzcat"},
-    {"\x28\xB5\x2F\xFD", "zstd", "zstdcat"},
+    {"\3757zXZ", "xz", "xzcat"},      {"\x28\xB5\x2F\xFD", "zstd", "zstdcat"},
 };
 
 bool begins_with(std::string_view text, std::string_view signature) {

@@ -240,9 +240,34 @@ class Inputs(TranslatedSearch):
             self.refuse(f"Something weird happened when translating{name}: .*",
                         *self.inputs(mode, "WWW", {"A": "TGGTGG"}), *own_table, status=0)  # fmt: skip
 
+    def test_sequences_of_the_other_kind_are_told(self):
+        """Once each, before the search, with the modes to use; the rest of the run stays as it was."""
+        protein, dna = self.protein(200), self.gene(self.protein(100))
+        reads = r"Warning: (\w+) \S+ looks like (\w+), but mode (\d+) reads (?!\2)\w+ there: search .*? in modes (\d+)"
+        self.configure(SETTINGS.replace("PROBCUT", "DO_STATS 2\nPROBCUT"))
+        for query, target, mode, told in (
+            (dna, protein, 202, [("query", "DNA", "202", "20")]),
+            (dna, protein, 200, [("query", "DNA", "200", "20")]),
+            (dna, protein, 22, []),
+            (protein, dna, 202, [("database", "DNA", "202", "10")]),
+            (protein, dna, 12, []),
+            (protein, protein, 202, []),
+            (protein, protein, 20, [("query", "protein", "20", "200")]),
+            (protein, protein, 12, [("database", "protein", "12", "200")]),
+            (protein, protein, 10, [("database", "protein", "10", "200")]),
+            (dna, dna, 22, [("database", "DNA", "22", "10")]),
+        ):
+            with self.subTest(mode=mode, told=told):
+                run = self.zelvan(*self.inputs(mode, query, {"A": target, "B": target}))
+                self.assertEqual(re.findall(reads, run.stderr), told)
+                self.assertEqual(run.stderr.count("Warning"), len(told))
+                self.assertEqual(run.status, 255 if mode in (200, 202) else 0)
+
     def test_letters_that_are_no_bases(self):
-        for mode, letters, named in ((22, "MKLW", "L"), (12, "MKLW", "L"), (10, "ATGUUUATG", "U")):
-            self.refuse(f"Error - character unrecognised: {named}\nUnrecognised ambiguity base code: .*",
+        warned = "Warning: .* looks like protein, but .*\n"
+        for mode, letters, named, before in (
+            (22, "MKLW", "L", warned), (12, "MKLW", "L", warned), (10, "ATGUUUATG", "U", "")):  # fmt: skip
+            self.refuse(f"{before}Error - character unrecognised: {named}\nUnrecognised ambiguity base code: .*",
                         *self.inputs(mode, "MKLW", {"A": letters}), status=0)  # fmt: skip
         # Mode 10 writes what it found before the fault.
         run = self.search(10, "WWW", {"B": "TGG", "C": "TGGTGGEE"})
