@@ -207,6 +207,16 @@ int32_t write_sequences(const PendingDatabase& pending, const UTvector<SeqRec>& 
   return at;
 }
 
+// The two names follow from what stood before BDB_ROOT, which is easily not the folder that was meant.
+void tell_where(const BdbInfo& info, const Params* p) {
+  std::fprintf(std_err, "Wrote %s and %s: %d sequences, %d residues\n", p->BDB_INDEX_FILE.name.c_str(),
+               p->BDB_SEQ_FILE.name.c_str(), info.nseq, info.nres);
+  if (p->BDB_GIVEN != 0 && p->BDB_INDEX_FILE.name != UTcat({p->DB_DIR, "/", p->BDB_ROOT, ".bix"})) {
+    std::fprintf(std_err, "DB_DIR %s did not count, as it stands behind BDB_ROOT: give it before\n",
+                 p->DB_DIR.c_str());
+  }
+}
+
 }  // namespace
 
 void makedb(Params* p) {
@@ -243,6 +253,7 @@ void makedb(Params* p) {
   close_pending(pending, pending.index);
   close_pending(pending, pending.sequences);
   publish(pending);
+  tell_where(info, p);
   show_build_time("", p);
 }
 

@@ -11,7 +11,7 @@ namespace zelvan {
 //        same directory, "NAME.PID.tmp", and take the real names only when both are complete: a build that
 //        fails leaves nothing behind, one that is killed leaves at most its temporary files, and what stood
 //        under the real names before stays whole. Of two builds into one name the later one to end prevails,
-//        never a mixture
+//        never a mixture. At the end the two names go to std_err
 // Ends   on every fault of the input, on a database that 32-bit positions cannot address, and when an output
 //        file cannot be opened (status -1); when it cannot be written (status 1)
 void makedb(Params* p);

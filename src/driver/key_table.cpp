@@ -144,6 +144,20 @@ void name_database(const char* root, Params* p) {
   UTfilerename(p->BDB_SEQ_FILE, UTcat({p->DB_DIR, "/", root, ".bsq"}).c_str());
 }
 
+// What follows the digits of a number is ignored, and no digits count as 0: hardly what was meant.
+void warn_of_no_number(const KeyEntry& key, const char* value, const Params* p) {
+  const bool real = key.type == KeyType::REAL_SCALED || key.type == KeyType::REAL_TRUNCATED ||
+                    key.type == KeyType::FLOAT || key.type == KeyType::DOUBLE;
+  const bool whole =
+      key.type == KeyType::INT || key.type == KeyType::INT_SCALED || key.type == KeyType::PRECISION;
+  if (!real && !whole) return;
+  char* end = nullptr;
+  const double taken = real ? std::strtod(value, &end) : static_cast<double>(std::strtol(value, &end, 10));
+  if (end != value && *end == '\0') return;
+  std::fprintf(p->STDERR, "Warning: %s %.60s: the value is not a %snumber, %.10g is taken\n", key.name, value,
+               whole ? "whole " : "", taken);
+}
+
 template <class T>
 T& field_of(const KeyEntry& key, Params* p) {
   return p->*std::get<T Params::*>(key.field);
@@ -171,6 +185,7 @@ const KeyEntry* find_key(const char* token, const Params* p) {
 }
 
 void store_value(const KeyEntry& key, const char* value, const char* caller, Params* p) {
+  warn_of_no_number(key, value, p);
   switch (key.type) {
     case KeyType::INT:
       field_of<int32_t>(key, p) = integer_value(value);

@@ -50,6 +50,7 @@ std::span<const KeyEntry> parameter_keys();
 const KeyEntry* find_key(const char* token, const Params* p);
 
 // store_value - converts a value by the key's type and stores it.
+// Does   warns on p->STDERR of a value that is not, or not wholly, the number that the key wants
 // In     caller: "getpars" or "getcmd", the last word of the message about a refused PRECISION
 // Ends   on a refused PRECISION (status 0) and on a stream that cannot be opened (status 1)
 void store_value(const KeyEntry& key, const char* value, const char* caller, Params* p);

@@ -9,6 +9,7 @@
 #include "bdb/extraction.h"
 #include "driver/gap_defaults.h"
 #include "driver/progress.h"
+#include "iter/fit_failure.h"
 #include "iter/profile.h"
 #include "report/iteration_changes.h"
 #include "report/multiple_alignment.h"
@@ -116,23 +117,6 @@ void scan(Search& search, const Params* p) {
   show_time("Scan database", p);
 }
 
-const char* fit_remedy(int32_t code) {
-  switch (code) {
-    case FIT_NO_HITS:
-      return "The database has no sequence: is the file empty, or in another format than DB_FORMAT says?";
-    case FIT_SCORES_TOO_WIDE:
-      return "A few scores dwarf all others: use a matrix with scores of ordinary size";
-    case FIT_TOO_FEW_RANGES:
-      return "The database is too small for the fit: lower LPFIT_MINBUCK or search a larger one";
-    case FIT_NO_TABLE:
-    case FIT_NO_WORK_SPACE:
-      return "There is no memory left for the fit: use a machine with more of it";
-    default:
-      return "The scores follow no extreme-value distribution: use a longer query of several kinds of "
-             "residue, or higher gap penalties";
-  }
-}
-
 LpfitData fit_statistics(const Search& search, const Params* p) {
   progress("About to call setup_lpfit\n", p);
   LpfitData lpfit =
@@ -140,7 +124,7 @@ LpfitData fit_statistics(const Search& search, const Params* p) {
   progress("About to call do_lpfit\n", p);
   if (const int32_t code = do_lpfit(lpfit); code > 0) {
     UTend_input(std_err, "Failure in fitting routines - exiting with Error: %d\n%s\n", code,
-                fit_remedy(code));
+                fit_remedy(code, search.query.len - 2, search.database.seqs, search.database.n));
   }
   return lpfit;
 }

@@ -90,6 +90,19 @@ class BuildTest(zelvan_cli.TestCase):
         self.assertEqual((self.work / "bdbs.bsq").read_bytes(), b"a\0-\0 AC\0")
         self.assertTrue((self.work / "bdbi.bix").exists())
 
+    def test_the_builder_tells_where_the_files_are(self):
+        """Also when the folder was named too late to count."""
+        wrote = "Getting matrix\nWrote {0}.bix and {0}.bsq: 2 sequences, 3 residues\n"
+        build = ("-mode", 99, "-d", self.file("t.fa", ">a\nAC\n>b\nA\n"))
+        (self.work / "new").mkdir()
+        for args, told in (
+            (("-db_dir", "new", "-bdb", "db"), wrote.format("new/db")),
+            (("-bdb", "db"), wrote.format(".//db")),
+            (("-bdb", "db", "-db_dir", "new"),
+             wrote.format(".//db") + "DB_DIR new did not count, as it stands behind BDB_ROOT: give it before\n"),
+        ):  # fmt: skip
+            self.assertEqual(self.succeed(*build, *args).stderr, told)
+
     def test_nothing_is_left_where_it_cannot_be_stored(self):
         build = ("-mode", 99, "-bdb", "db", "-d", self.file("t.fa", ">a\nAC\n"))
         self.refuse("Getting matrix\nError opening File: .*\nnowhere/db.bix\n", "-dd", "nowhere", *build)

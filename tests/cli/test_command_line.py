@@ -21,6 +21,7 @@ ODD_COUNT = (
 )
 HELP = "Help: zelvan without arguments shows the version and an overview, man zelvan_manual explains everything\n"
 UNKNOWN_KEY = "Unrecognised Parameter Command\nArgument:{} Type: {} \nEverything from here on is ignored{}\n"
+NO_NUMBER = "Warning: {}: the value is not a {}number, {} is taken\n"
 NO_MODE = "Sorry but MODE:{} is not available\n"
 CUTS = "Error:  PROBCUT (0.001) must be >= PROBCUT2 (0.01)\n"
 QUIET = ("-mode", 9999)  # a mode that is accepted and does nothing
@@ -39,6 +40,11 @@ class CommandLine(zelvan_cli.TestCase):
             ((*QUIET, "-evalue", 1, "-inclusion_ethresh", 1, "-num_iterations", 1), 0, ""),
             *((("MODE", mode), 255, NO_MODE.format(mode)) for mode in (1, 3, 31, -1, 201, 98)),
             *((("MODE", mode), 0, "") for mode in (11, 29, 9999)),
+            # A value is a number as far as it is one; none at all is 0.
+            (("-niter", "three", "-e", "0.5", *QUIET), 0, NO_NUMBER.format("NITER three", "whole ", 0)),
+            (("-max_nseq", "1e6", *QUIET), 0, NO_NUMBER.format("MAX_NSEQ 1e6", "whole ", 1)),
+            (("-ld_pen", "1,5", *QUIET), 0, NO_NUMBER.format("LD_PEN 1,5", "", 1)),
+            (("-mode", "9999x", "-e", ""), 0, NO_NUMBER.format("MODE 9999x", "whole ", 9999) + NO_NUMBER.format("PROBCUT ", "", 0)),
             # PROBCUT2 is held against the PROBCUT in force when it arrives.
             (("-probcut2", 0.01, *QUIET), 255, CUTS),
             (("-probcut2", 0.01, "-probcut", 1, *QUIET), 255, CUTS),

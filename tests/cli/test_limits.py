@@ -50,11 +50,20 @@ class Limits(zelvan_cli.TestCase):
                 self.assertRegex(run.stderr, f"\\A{NO_FIT}\\Z")
 
     def test_nothing_to_tell_apart(self):
-        for database, query in ((self.sample, "X" * 300), (">a\nMKVLAWX\n" * 1000, "MKVLAW"), (">a\n" * 1000, "MKV"),
-                                (">a\n>b\nM\n", "MKV"), ("", "MKV"), (self.sample, "")):  # fmt: skip
+        same = self.sample.split(">")[1]
+        for database, query, reason in (
+            (self.sample, "X" * 300, "The scores follow no extreme-value distribution"),
+            (">a\nMKVLAWX\n" * 1000, "MKVLAW", "Nearly all sequences of the database have the same length"),
+            (f">{same}" * 1000 + ">a\nMKV\n", "MKVLAW", "Nearly all sequences of the database have the same length"),
+            (">a\n" * 1000, "MKV", "Nearly all sequences of the database have no residues"),
+            (">a\n>b\nM\n", "MKV", "The database is too small"),
+            ("", "MKV", "The database has no sequence"),
+            (self.sample, "", "The query has no residues"),
+        ):
             run = self.zelvan(*self.inputs(database, f">q\n{query}\n"))
             self.assertEqual(run.status, 255, (query, run.stdout[:100]))
             self.assertRegex(run.stderr, f"{NO_FIT}\\Z")
+            self.assertIn(f"\n{reason}", run.stderr)
 
     def test_precision_does_not_show(self):
         expected = None
