@@ -5,7 +5,8 @@ import unittest
 import zelvan_cli
 from zelvan_cli import QUERY, SAMPLE
 
-SEARCH = ("-s", QUERY, "-mode", 202, "-niter", 1, "-show_ident_width", 40, "-max_aout", 0, "-apt", 0)
+GENE = "ERZ1234567.1234567-NODE-1234567-length-123456-cov-1234.567890_1_1234_-"  # as metagenomes name them
+SEARCH = ("-s", QUERY, "-mode", 202, "-niter", 1, "-max_aout", 0, "-apt", 0)
 
 
 class ExtractionTest(zelvan_cli.TestCase):
@@ -15,16 +16,18 @@ class ExtractionTest(zelvan_cli.TestCase):
 
     def test_from_search_to_search(self):
         """A score list names sequences, which become a text and then a binary database to search again."""
-        first = self.succeed(*SEARCH, "-d", SAMPLE)
-        self.assertEqual(list(self.work.iterdir()), [], "files that nobody asked for")
+        database = self.file("long.fa", SAMPLE.read_text().replace("sp|A5IMB8|ENGB_THEP1", GENE))
+        first = self.succeed(*SEARCH, "-d", database)
+        self.assertEqual(list(self.work.iterdir()), [database], "files that nobody asked for")
         names = [line[4] for line in zelvan_cli.score_lists(first.stdout)[0]][:-1]  # the last of the list is dropped
         self.assertGreater(len(names), 5)
-        self.succeed("-mode", 99, "-bdb", "all", "-d", SAMPLE, "-apply_index", 1)
-        for database in (("-d", SAMPLE), ("-bdb", "all")):
-            self.succeed("-mode", 100, "-extract_seq", 1000, "-extract_seq_format", 1, *database, stdin=first.stdout)
+        self.assertIn(GENE, names)
+        self.succeed("-mode", 99, "-bdb", "all", "-d", database, "-apply_index", 1)
+        for source in (("-d", database), ("-bdb", "all")):
+            self.succeed("-mode", 100, "-extract_seq", 1000, "-extract_seq_format", 1, *source, stdin=first.stdout)
             extracted = zelvan_cli.fasta(self.work / "zelvan_extract.seq")
             self.assertEqual(list(extracted), names)
-            sample = zelvan_cli.fasta(SAMPLE)
+            sample = zelvan_cli.fasta(database)
             self.assertEqual(extracted, {name: sample[name] for name in names})
         self.succeed("-mode", 99, "-bdb", "hits", "-d", "zelvan_extract.seq", "-do_sort", 0)
         again = self.zelvan(*SEARCH, "-bdb", "hits")
