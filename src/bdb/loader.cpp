@@ -1,6 +1,7 @@
 #include "bdb/loader.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdarg>
@@ -89,8 +90,8 @@ BdbInfo take_header(IndexBytes& index) {
   info.date = take_text(index, info.date_length, "the date");
   info.name_length = take_int(index, 1, "the length of the source name");
   info.name = take_text(index, info.name_length, "the source name");
-  if (static_cast<std::size_t>(info.nseq) > index.left / sizeof(IndexRecord)) {
-    end_damaged(index.file, "the header counts %d sequences, but there are records of only %zu", info.nseq,
+  if (static_cast<std::size_t>(info.nseq) != index.left / sizeof(IndexRecord)) {
+    end_damaged(index.file, "the header counts %d sequences, but there are records of %zu", info.nseq,
                 index.left / sizeof(IndexRecord));
   }
   return info;
@@ -122,50 +123,90 @@ void show_info(const BdbInfo& info) {
   std::fprintf(std_err, "Length of name string: %d\nFrom: %s\n", info.name_length, info.name.c_str());
 }
 
-// Why a record cannot be used, or null. Records must follow one another without overlap, `end` being where
-// the one before ends: letters that two records share would be encoded twice.
-const char* fault_of_record(const IndexRecord& record, int64_t end, std::size_t bytes) {
+// Why a record cannot be used, or null. Its three pieces may lie anywhere in the sequence file.
+const char* fault_of_record(const IndexRecord& record, std::size_t bytes) {
+  const auto past_end = [bytes](int32_t at, int64_t size) { return at + size > static_cast<int64_t>(bytes); };
   if (record.ilen < 0) return "its identifier has a negative length";
   if (record.tlen < 0) return "its title has a negative length";
   if (record.len < 2) return "its residues have a length below 2";
-  if (record.id_at < end) return "its identifier lies before the end of the sequence before";
-  if (record.title_at != static_cast<int64_t>(record.id_at) + record.ilen + 1) {
-    return "its title does not follow its identifier";
-  }
-  if (record.seq_at != static_cast<int64_t>(record.title_at) + record.tlen + 1) {
-    return "its residues do not follow its title";
-  }
-  if (static_cast<int64_t>(record.seq_at) + record.len > static_cast<int64_t>(bytes)) {
+  if (record.id_at < 0 || record.title_at < 0 || record.seq_at < 0) return "it has a negative position";
+  if (past_end(record.id_at, int64_t{record.ilen} + 1) ||
+      past_end(record.title_at, int64_t{record.tlen} + 1) || past_end(record.seq_at, record.len)) {
     return "it lies past the end of the sequence file";
   }
   return nullptr;
 }
 
+bool ends_at(const void* text, int32_t length) {
+  return std::memchr(text, 0, static_cast<std::size_t>(length) + 1) ==
+         static_cast<const char*>(text) + length;
+}
+
 // The same for what the sequence file holds at the place of a good record. Codes beyond the alphabet would
-// index every score table beyond its end; letters need no look, encoding takes any byte.
-const char* fault_of_sequence(const SeqRec& s, const BdbInfo& info, const ScoreMatrix& matrix) {
-  if (s.id[s.ilen] != '\0') return "its identifier has no zero byte at its end";
-  if (s.title[s.tlen] != '\0') return "its title has no zero byte at its end";
-  if (s.seq[s.len - 1] != 0) return "its residues have no zero byte at their end";
+// index every score table beyond its end. The rest betrays a sequence file of another build: where the zero bytes
+// are those of the index, and no others, identifiers, titles and letters are cut where that build cut them; codes
+// may be zero, but no letter of an identifier passes for a code, and no residue for the pad before the first.
+const char* fault_of_sequence(const SeqRec& s, int8_t pad, const BdbInfo& info, const ScoreMatrix& matrix) {
+  if (!ends_at(s.id, s.ilen)) return "its identifier does not end with its first zero byte";
+  if (!ends_at(s.title, s.tlen)) return "its title does not end with its first zero byte";
   if (info.index_flag != 1) {
-    return s.seq[0] == ' ' ? nullptr : "its residues do not begin with a blank, they may be codes";
+    if (s.seq[0] != ' ') return "its residues do not begin with a blank, they may be codes";
+    return ends_at(s.seq, s.len - 1) ? nullptr : "its residues do not end with their first zero byte";
   }
+  if (s.seq[s.len - 1] != 0) return "its residues have no zero byte at their end";
+  if (s.seq[0] != pad) return "its residues do not begin like those of the first sequence";
   uint8_t highest = 0;
   for (int32_t i = 0; i < s.len; ++i) highest = std::max(highest, static_cast<uint8_t>(s.seq[i]));
   return highest < matrix.inlen ? nullptr : "its residues are not all codes";
 }
 
+// A part of the sequence file that a record points to.
+struct Piece {
+  int64_t at;
+  int64_t end;
+  bool residues;
+  int32_t number;  // of the sequence, from 1
+};
+
+// Letters are encoded where they lie. What another piece shares with them would be encoded twice, or be
+// encoded though it is a text.
+void check_shared_letters(const BinaryDatabase& database, const FileRec& index_file) {
+  const char* const text = database.text.data();
+  UTvector<Piece> pieces;
+  pieces.reserve(3 * database.seqs.size());
+  int32_t number = 0;
+  for (const SeqRec& s : database.seqs) {
+    ++number;
+    const auto add = [&](const char* from, int64_t size, bool residues) {
+      pieces.push_back({from - text, from - text + size, residues, number});
+    };
+    add(s.id, int64_t{s.ilen} + 1, false);
+    add(s.title, int64_t{s.tlen} + 1, false);
+    add(reinterpret_cast<const char*>(s.seq), s.len, true);
+  }
+  std::sort(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) { return a.at < b.at; });
+  int64_t end = 0;  // of the pieces so far
+  int64_t residues_end = 0;
+  for (const Piece& piece : pieces) {
+    if (piece.at < residues_end || (piece.residues && piece.at < end)) {
+      end_damaged(index_file, "sequence %d: it shares residues with another piece", piece.number);
+    }
+    end = std::max(end, piece.end);
+    if (piece.residues) residues_end = piece.end;
+  }
+}
+
 void index_sequences(IndexBytes& index, BinaryDatabase& database, const ScoreMatrix& matrix,
                      const Params* p) {
   char* text = database.text.data();
+  bool ascending = true;  // each piece behind the one before, as the builder writes them: nothing is shared
   int64_t end = 0;
-  int64_t residues = 0;
   int32_t number = 0;
   for (SeqRec& s : database.seqs) {
     ++number;
     IndexRecord record;
     take(index, &record, sizeof record, "the records");
-    const char* fault = fault_of_record(record, end, database.text.size());
+    const char* fault = fault_of_record(record, database.text.size());
     if (fault != nullptr) end_damaged(index.file, "sequence %d: %s", number, fault);
     s.id = text + record.id_at;
     s.title = text + record.title_at;
@@ -173,15 +214,38 @@ void index_sequences(IndexBytes& index, BinaryDatabase& database, const ScoreMat
     s.ilen = record.ilen;
     s.tlen = record.tlen;
     s.len = record.len;
-    fault = fault_of_sequence(s, database.info, matrix);
+    fault = fault_of_sequence(s, database.seqs[0].seq[0], database.info, matrix);
     if (fault != nullptr) end_damaged(p->BDB_SEQ_FILE, "sequence %d: %s", number, fault);
+    ascending = ascending && record.id_at >= end && record.title_at > int64_t{record.id_at} + record.ilen &&
+                record.seq_at > int64_t{record.title_at} + record.tlen;
     end = static_cast<int64_t>(record.seq_at) + record.len;
-    residues += record.len - 2;
   }
-  if (residues != database.info.nres) {
-    end_damaged(index.file, "the header counts %d residues, but the records %lld", database.info.nres,
-                static_cast<long long>(residues));
+  if (!ascending && database.info.index_flag != 1) check_shared_letters(database, index.file);
+}
+
+// The builder takes an index away before it stores other sequences. An index that has kept its name until the
+// sequence file was open, too, is therefore of the same build.
+void check_still_there(const FileRec& index_file) {
+  struct stat opened;
+  struct stat named;
+  if (fstat(fileno(index_file.stream), &opened) == 0 && stat(index_file.name.c_str(), &named) == 0 &&
+      opened.st_dev == named.st_dev && opened.st_ino == named.st_ino) {
+    return;
   }
+  UTend_input(std_err, "Database file %s was replaced while it was being opened: start the run again\n",
+              index_file.name.c_str());
+}
+
+// A build that is killed while it stores its files can leave sequences without an index. Opening it fails next.
+void tell_missing_index(const Params* p) {
+  const char* index = p->BDB_INDEX_FILE.name.c_str();
+  const char* sequences = p->BDB_SEQ_FILE.name.c_str();
+  if (access(sequences, F_OK) != 0 || access(index, F_OK) == 0) return;
+  std::fprintf(
+      std_err,
+      "Database file %s has lost its index file: a build did not come to its end, or only one of the two "
+      "was copied\nCopy both files of the database again, or build it again with MODE 99\n",
+      sequences);
 }
 
 }  // namespace
@@ -190,9 +254,11 @@ void loadbdb(BinaryDatabase& out_database, const ScoreMatrix& matrix, Params* p)
   const bool own_stopwatch = !UT_keep_times().running;
   if (p->TIME > 5) UT_init_times();
   progress("Opening Index file\n", p);
+  tell_missing_index(p);
   UTfileopen(p->BDB_INDEX_FILE, "rb", 1);
   progress("Opening database file\n", p);
   UTfileopen(p->BDB_SEQ_FILE, "rb", 1);
+  check_still_there(p->BDB_INDEX_FILE);
 
   progress("Loading .in preamble\n", p);
   const UTbuffer<char> index_bytes = read_bulk(p->BDB_INDEX_FILE.stream, INT64_MAX);
@@ -206,6 +272,10 @@ void loadbdb(BinaryDatabase& out_database, const ScoreMatrix& matrix, Params* p)
   show_time("loadbdb: have read header info: ", p);
 
   progress("Now reading the seq file into buffer\n", p);
+  if (const int64_t size = bytes_of(p->BDB_SEQ_FILE.stream); size > info.totchar) {
+    end_damaged(p->BDB_SEQ_FILE, "it has %lld bytes, but its index file counts %d: they are of two builds",
+                static_cast<long long>(size), info.totchar);
+  }
   out_database.text = read_bulk(p->BDB_SEQ_FILE.stream, info.totchar);
   UTfileclose(p->BDB_SEQ_FILE, 1);
   show_time("loadbdb: read sequence database: ", p);

@@ -18,8 +18,9 @@ struct BinaryDatabase {
 
 // loadbdb - reads the two files that BDB_ROOT named, p->BDB_INDEX_FILE and p->BDB_SEQ_FILE.
 // Does   residues become codes only when the file's index flag is 1; otherwise they are letters still. Every
-//        field is checked before it is used. With TIME above 5 each phase is timed on std_err; a stopwatch
-//        that was already running goes on running
+//        field is checked before it is used, and both files must be of one build; but records may point to
+//        their pieces in any order, and the header's count of residues is taken as it stands. With TIME above
+//        5 each phase is timed on std_err; a stopwatch that was already running goes on running
 // Out    out_database must stay where it is: p->binfo points to its header. p->APPLY_INDEX is the index flag
 // Ends   on a file that cannot be opened, on a damaged file (the message names the file and the field or
 //        record), and when codes were made with another alphabet than the matrix has (all status -1). A

@@ -31,7 +31,7 @@ class Loader : public testing::Test {
     set_defaults(&p);
     set_keys(p, "MATRIX_DIR " ZELVAN_SOURCE_DIR
                 "/data/matrices MAX_NSEQ 1000 MAX_SEQ_LEN 10000000 TIME 0 DO_SORT 0");
-    p.DB_FILE.name = work.file("text", ">one first\nACDEF\n>two\n\n>three third one\nMKVW\n");
+    p.DB_FILE.name = work.file("text", ">one first\nACDEF\n>second\n\n>three third one\nMKVW\n");
     p.BDB_INDEX_FILE.name = work.at("db.bix");
     p.BDB_SEQ_FILE.name = work.at("db.bsq");
   }
@@ -81,7 +81,9 @@ class Loader : public testing::Test {
       return fine || ExitedWithCode(255)(status);
     };
     const auto load = [&] { std::exit(contents() == wanted ? 0 : 7); };
-    EXPECT_EXIT(load(), judge, "^$|^fread not read|file .*db.b[is][xq] is damaged: |strings do not match");
+    EXPECT_EXIT(
+        load(), judge,
+        "^$|^fread not read|^# Warning: GetDBFreqs|file .*db.b[is][xq] is damaged: |strings do not match");
     return fine;
   }
 
@@ -114,7 +116,8 @@ TEST_F(Loader, CodesBelongToOneAlphabet) {
 TEST_F(Loader, TruncatedFilesEndWithAMessage) {
   for (const int32_t codes : {0, 1}) {
     build_small(codes);
-    EXPECT_TRUE(accepted(index + "more", sequences + "more")) << "what follows is not read";
+    EXPECT_TRUE(accepted(index + "more", sequences)) << "what follows is not read";
+    EXPECT_FALSE(accepted(index, sequences + "more")) << "of another build";
     for (std::size_t k = 0; k < (codes == 1 ? index.size() : 0); ++k) {
       EXPECT_FALSE(accepted(index.substr(0, k), sequences)) << k;
     }
@@ -135,8 +138,52 @@ TEST_F(Loader, ExtremeFieldsEndWithAMessage) {
       if (bad == value) continue;
       std::string damaged = index;
       damaged.replace(at, 4, field(bad));
-      // A total above the size of the sequence file only brings the warning of a short file.
-      EXPECT_EQ(accepted(damaged, sequences), at == counts + 8 && bad > value) << at << " " << bad;
+      // A total above the size of the sequence file and wrong residues bring warnings only.
+      const bool harmless = (at == counts + 8 && bad > value) || (at == counts + 4 && bad >= 0);
+      EXPECT_EQ(accepted(damaged, sequences), harmless) << at << " " << bad;
+    }
+  }
+}
+
+TEST_F(Loader, PiecesMayLieInAnyOrderButShareNoLetters) {
+  for (const int32_t codes : {0, 1}) {
+    build_small(codes);
+    constexpr std::size_t RECORDS = 3 * 24;
+    std::string fields = index.substr(index.size() - RECORDS);
+    std::string pieces;
+    for (std::size_t at = RECORDS; at > 0; at -= 8) {  // from the last residues to the first identifier
+      int32_t place[2];
+      std::memcpy(place, &fields[at - 8], sizeof place);
+      fields.replace(at - 8, 4, field(static_cast<int32_t>(pieces.size())));
+      const int32_t size = place[1] + (at % 24 == 0 ? 0 : 1);  // only of residues the zero byte is counted
+      pieces += sequences.substr(static_cast<std::size_t>(place[0]), static_cast<std::size_t>(size));
+    }
+    EXPECT_TRUE(accepted(index.substr(0, index.size() - RECORDS) + fields, pieces)) << codes;
+  }
+  build_small(0);
+  const std::string last_residues = index.substr(index.size() - 8);
+  std::string twice = index;
+  EXPECT_FALSE(accepted(twice.replace(index.size() - 3 * 24 + 16, 8, last_residues), sequences));
+}
+
+TEST_F(Loader, FilesOfTwoBuildsAreRefused) {
+  const char* const texts[] = {">one first\nACDEF\n>second\n\n>three third one\nMKVW\n",
+                               ">one first\nACDEFACD\n>t\n\n>three third one\nMKVWAA\n",
+                               ">one first\nACDE\n>second\nA\n>three third one\nMKVW\n",
+                               ">a\nACDEFACDEFACDEFACDEFAAAAAAACDEFACDEFACDEFACD\n"};
+  std::vector<std::pair<std::string, std::string>> built;
+  for (const int32_t codes : {0, 1}) {
+    for (const char* text : texts) {
+      work.file("text", text);
+      build_small(codes);
+      built.emplace_back(index, sequences);
+      EXPECT_EQ(sequences.size(), built[0].second.size()) << "else the size alone would tell them apart";
+    }
+  }
+  for (const auto& [index_bytes, of_one] : built) {
+    for (const auto& [of_other, sequence_bytes] : built) {
+      if (index_bytes == of_other) continue;
+      EXPECT_FALSE(accepted(index_bytes, sequence_bytes));
     }
   }
 }
