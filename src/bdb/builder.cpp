@@ -1,17 +1,12 @@
 #include "bdb/builder.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdint>
 #include <limits>
 #include <numeric>
 
 #include "bdb/database.h"
 #include "bdb/index_record.h"
+#include "bdb/pending_files.h"
 #include "driver/progress.h"
 #include "seq/alphabet.h"
 #include "seq/database_info.h"
@@ -25,76 +20,11 @@
 namespace zelvan {
 namespace {
 
-constexpr std::size_t WRITE_BUFFER = std::size_t{1} << 20;
-
-// A file that is being written under a temporary name.
-struct PendingFile {
-  const char* name = nullptr;  // the real one
-  UTstring temporary;
-  bool exists = false;  // under its temporary name
-  FILE* stream = nullptr;
-  UTbuffer<char> buffer;  // of the stream
-};
-
-// The two files of one build.
-struct PendingDatabase {
-  PendingFile index;
-  PendingFile sequences;
-};
-
 // The builder shows its times when TIME is exactly 1.
 void show_build_time(const char* label, const Params* p) {
   if (p->TIME != 1) return;
   std::fputs(label, std_err);
   UT_show_times(std_err, 1);
-}
-
-// Removes what was written so far. The reason of the failure, errno, survives.
-void discard(const PendingDatabase& pending) {
-  const int reason = errno;
-  for (const PendingFile* file : {&pending.index, &pending.sequences}) {
-    if (file->exists) std::remove(file->temporary.c_str());
-  }
-  errno = reason;
-}
-
-[[noreturn]] void end_unwritten(const PendingDatabase& pending, const PendingFile& file) {
-  discard(pending);
-  UTerror("Error writing File");
-  UTend_stream(std_err, "File: %s was not written: check the space on its disk\n", file.name);
-}
-
-[[noreturn]] void end_unopened(const PendingDatabase& pending, const PendingFile& file) {
-  discard(pending);
-  UTerror("Error opening File");
-  UTend_input(std_err, "%s\n", file.name);
-}
-
-// Everything that takes memory comes before any file exists: exhausted memory ends the run where it stands.
-PendingFile prepare(const char* name) {
-  char suffix[64];
-  std::snprintf(suffix, sizeof suffix, ".%ld.tmp", static_cast<long>(getpid()));
-  PendingFile file;
-  file.name = name;
-  file.temporary = UTcat({name, suffix});
-  file.buffer.resize(WRITE_BUFFER);
-  return file;
-}
-
-void open_pending(const PendingDatabase& pending, PendingFile& file) {
-  struct stat status;
-  if (stat(file.name, &status) == 0 && S_ISDIR(status.st_mode)) {
-    errno = EISDIR;  // noticed now rather than when the finished file is to take this name
-    end_unopened(pending, file);
-  }
-  file.stream = std::fopen(file.temporary.c_str(), "wb");
-  if (file.stream == nullptr) end_unopened(pending, file);
-  file.exists = true;
-  std::setvbuf(file.stream, file.buffer.data(), _IOFBF, file.buffer.size());
-}
-
-void put(const PendingDatabase& pending, const PendingFile& file, const void* bytes, std::size_t size) {
-  if (std::fwrite(bytes, 1, size, file.stream) != size) end_unwritten(pending, file);
 }
 
 void put_int(const PendingDatabase& pending, int32_t value) {
@@ -105,31 +35,6 @@ void put_int(const PendingDatabase& pending, int32_t value) {
 void put_text(const PendingDatabase& pending, int32_t length, const UTstring& text) {
   put_int(pending, length);
   put(pending, pending.index, text.c_str(), static_cast<std::size_t>(length));
-}
-
-void close_pending(const PendingDatabase& pending, PendingFile& file) {
-  FILE* stream = file.stream;
-  file.stream = nullptr;
-  if (std::fclose(stream) != 0) end_unwritten(pending, file);
-}
-
-// Keeps other builds in the same directory from renaming their files between our two. Where locks are not to be
-// had the files are renamed without. Returns the descriptor that holds the lock.
-int lock_directory(const UTstring& file) {
-  const std::size_t slash = file.rfind('/');
-  const UTstring directory = slash == UTstring::npos ? UTstring(".") : file.substr(0, slash + 1);
-  const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY);
-  if (descriptor != -1) flock(descriptor, LOCK_EX);
-  return descriptor;
-}
-
-// Both files are complete: from here on they stand under their names.
-void publish(const PendingDatabase& pending) {
-  const int lock = lock_directory(pending.index.temporary);
-  for (const PendingFile* file : {&pending.sequences, &pending.index}) {
-    if (std::rename(file->temporary.c_str(), file->name) != 0) end_unwritten(pending, *file);
-  }
-  if (lock != -1) close(lock);
 }
 
 // The numbers of the sequences in the order in which they are stored.
@@ -234,9 +139,7 @@ void makedb(Params* p) {
   const UTvector<int32_t> order = stored_order(database.seqs, p);
   const BdbInfo info = describe(database, matrix, p);
 
-  PendingDatabase pending;
-  pending.index = prepare(p->BDB_INDEX_FILE.name.c_str());
-  pending.sequences = prepare(p->BDB_SEQ_FILE.name.c_str());
+  PendingDatabase pending = prepare_files(p->BDB_INDEX_FILE.name, p->BDB_SEQ_FILE.name);
   progress("Opening Index file\n", p);
   open_pending(pending, pending.index);
   progress("Opening database file\n", p);
@@ -250,8 +153,6 @@ void makedb(Params* p) {
     UTend_input(std_err, "Number of characters does not match, totchar = %d, pos = %d\n", info.totchar,
                 written);
   }
-  close_pending(pending, pending.index);
-  close_pending(pending, pending.sequences);
   publish(pending);
   tell_where(info, p);
   show_build_time("", p);

@@ -1,10 +1,14 @@
 """What goes wrong around a run: full disks, failing files, missing streams, little memory, kills."""
 
+import contextlib
+import fcntl
 import os
+import pathlib
 import random
 import resource
 import shutil
 import signal
+import stat
 import subprocess
 import time
 import unittest
@@ -26,7 +30,7 @@ class Faults(zelvan_cli.TestCase):
         self.search = ("-s", QUERY, "-d", self.database, "-niter", 2, "-lpfit_minbuck", 50, "-show_blurb", 0)
 
     def leftovers(self):
-        return sorted(path.name for path in self.work.glob("*.tmp"))
+        return sorted(path.name for path in self.work.iterdir() if path.suffix in (".tmp", ".old"))
 
     def built(self, root="old"):
         return tuple((self.work / f"{root}.{suffix}").read_bytes() for suffix in ("bix", "bsq"))
@@ -181,33 +185,102 @@ class Builds(Faults):
         shutil.copy(self.work / f"{sequences}.bsq", self.work / f"{root}.bsq")
 
     def refused(self, root):
-        self.refuse(rf".*{root}\.b.*", "-s", QUERY, "-bdb", root, "-niter", 1)
+        self.refuse(rf".*{root}\.b.*build it again.*", "-s", QUERY, "-bdb", root, "-niter", 1)
 
-    def test_kills_at_any_time(self):
-        chance = random.Random(8)
-        expected = self.parts("old"), self.parts("new")
-        self.assertNotEqual(*expected)
-        for halves in (("old", "new"), ("new", "old")):  # what a kill between the two renames could leave
+    @contextlib.contextmanager
+    def waiting_build(self):
+        """A build that has written both files and waits for this process, which seems to be storing others."""
+        folder = os.open(self.work, os.O_RDONLY)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        process = self.start("-mode", 99, "-d", self.large, "-bdb", "target")
+        told = iter(process.stderr.readline, b"")
+        self.assertTrue(any(line.startswith(b"Waiting for another build") for line in told))
+        yield process
+        os.close(folder)
+        process.wait()
+
+    def test_half_a_database_is_refused(self):
+        for halves in (("old", "new"), ("new", "old")):
             self.copy(*halves, "mixed")
             self.refused("mixed")
-        kills = 0
-        for number in 12 * (signal.SIGKILL, signal.SIGTERM, signal.SIGINT):
+        (self.work / "mixed.bix").unlink()  # as a kill between the renames leaves it
+        self.refused("mixed")
+
+    def test_kills_at_any_time(self):
+        expected = self.parts("old"), self.parts("new")
+        self.assertNotEqual(*expected)
+        with self.waiting_build():
+            pass
+        self.assertEqual((self.parts("target"), self.leftovers()), (expected[1], []))
+        for number in (signal.SIGKILL, signal.SIGTERM, signal.SIGINT):
+            self.copy("old", "old", "target")
+            with self.waiting_build() as process:
+                process.send_signal(number)
+                self.assertEqual(process.wait(), -number)
+            # A build that was killed may leave its own temporary files, and only those.
+            self.assertEqual([name[:11] for name in self.leftovers()], ["target.bix.", "target.bsq."])
+            self.assertEqual(self.parts("target"), expected[0])
+            for name in self.leftovers():
+                (self.work / name).unlink()
+        chance = random.Random(8)
+        for number in 4 * (signal.SIGKILL, signal.SIGTERM, signal.SIGINT):  # at any time, also after the end
             self.copy("old", "old", "target")
             process = self.start("-mode", 99, "-d", self.large, "-bdb", "target", stdout=subprocess.DEVNULL)
-            try:
+            with contextlib.suppress(subprocess.TimeoutExpired):
                 process.wait(chance.uniform(0, self.duration))
-            except subprocess.TimeoutExpired:
-                process.send_signal(number)
+            process.send_signal(number)
             process.communicate()
-            kills += process.returncode == -number
             self.assertIn(process.returncode, (0, -number))
-            if self.parts("target") not in expected:
+            if not (self.work / "target.bix").exists() or self.parts("target") not in expected:
                 self.refused("target")
-            # A build that was killed may leave its own temporary files, and only those.
-            for name in self.leftovers():
-                self.assertRegex(name, rf"^target\.b..\.{process.pid}\.tmp$")
-                (self.work / name).unlink()
-        self.assertGreater(kills, 10)
+
+    def test_a_target_is_opened_as_any_output(self):
+        build = ("-mode", 99, "-d", QUERY, "-bdb", "target")
+        wanted = self.parts("old")
+
+        def prepare():
+            """What another machine, on which a process has the same number, might have in the folder."""
+            os.umask(0o027)
+            pathlib.Path(f"target.bix.{os.getpid()}.tmp").touch()
+
+        self.succeed(*build, preexec_fn=prepare)
+        self.assertEqual(len(self.leftovers()), 1)
+        index, sequences = self.work / "target.bix", self.work / "target.bsq"
+        self.assertEqual(stat.S_IMODE(index.stat().st_mode), 0o640)
+        index.chmod(0o604)
+        self.succeed(*build)
+        self.assertEqual(stat.S_IMODE(index.stat().st_mode), 0o604)
+        far = self.work / "far"
+        far.mkdir()
+        index.rename(far / "index")
+        sequences.unlink()
+        index.symlink_to("far/index")
+        sequences.symlink_to(far / "sequences")  # not there yet
+        self.succeed(*build)
+        self.assertTrue(index.is_symlink() and sequences.is_symlink())
+        self.assertEqual((self.parts("target"), len(list(far.iterdir()))), (wanted, 2))
+        (far / "sequences").unlink()
+        (far / "sequences").symlink_to("/dev/full")
+        self.refuse(".*No space left on device\nFile: .*target.bsq was not written.*", *build, status=1)
+
+    def test_a_protected_target_stays(self):
+        def unprivileged():
+            if os.geteuid() == 0:
+                os.setgroups([])
+                os.setuid(65534)
+
+        for path in (self.work.parent, self.config, self.work):
+            path.chmod(0o777)  # the folder may be written
+        before = self.built("old")
+        (self.work / "old.bix").chmod(0o666)
+        (self.work / "old.bsq").chmod(0o444)
+        try:
+            run = self.zelvan("-mode", 99, "-d", QUERY, "-bdb", "old", preexec_fn=unprivileged)
+        except PermissionError:
+            self.skipTest("the program cannot be run by others")
+        self.assertEqual(run.status, 255)
+        self.assertRegex(run.stderr, r"Error opening File: Permission denied\n.*old\.bsq\n\Z")
+        self.assertEqual((self.built("old"), self.leftovers()), (before, []))
 
     def test_two_builds_into_one_name(self):
         expected = self.parts("old"), self.parts("new")
