@@ -6,6 +6,7 @@
 #include "driver/alias.h"
 #include "util/failure.h"
 #include "util/numbers.h"
+#include "util/streams.h"
 #include "util/text.h"
 
 namespace zelvan {
@@ -224,7 +225,7 @@ void store_value(const KeyEntry& key, const char* value, const char* caller, Par
       field_of<FILE*>(key, p) = UTfopen(value, "r", 1);
       break;
     case KeyType::STREAM_OUT:
-      field_of<FILE*>(key, p) = UTfopen(value, "w", 1);
+      field_of<FILE*>(key, p) = UTopen_stream(value);
       break;
   }
 }

@@ -1,4 +1,4 @@
-// Entry point: configure, hand the record to the driver of the mode, make sure that the report was written.
+// Entry point: configure, hand the record to the driver of the mode, make sure that what it tells was written.
 #include <cstdio>
 #include <cstdlib>
 
@@ -7,6 +7,7 @@
 #include "dna/dna_drivers.h"
 #include "driver/command_line.h"
 #include "driver/gap_defaults.h"
+#include "driver/output_files.h"
 #include "driver/params.h"
 #include "iter/iter_driver.h"
 #include "util/failure.h"
@@ -50,6 +51,8 @@ Params* configure(int argc, const char* const* argv) {
   if (!GetGaps(gaps_path.c_str(), p)) UTend_input(stderr, "Error decoding gap defaults file\n");
   if (p->VERBOSE != 0) std::fputs("Decoding Command line\n", stderr);
   p = GetCmd(p, argc, argv);
+  check_outputs(p);
+  UTempty_streams();
   ZELVAN_initfile(p);
   return p;
 }
@@ -101,12 +104,22 @@ void run_mode(Params* p) {
   }
 }
 
-// A full disk must not look like success.
-void check_report() {
-  if (std::fflush(std_out) != 0 || std::ferror(std_out) != 0) {
+bool written_whole(FILE* stream) {
+  return std::fflush(stream) == 0 && std::ferror(stream) == 0;
+}
+
+// A full disk must not look like success, neither of the report nor of the messages.
+void check_streams() {
+  if (!written_whole(std_out)) {
     UTerror("Error writing the report");
     UTend_stream(std_err,
                  "The output is incomplete: check the space on the disk that STDOUT is written to\n");
+  }
+  if (!written_whole(std_err)) {
+    std_err = stderr;  // the only place left to say it
+    UTerror("Error writing the messages");
+    UTend_stream(std_err,
+                 "The messages are incomplete: check the space on the disk that STDERR is written to\n");
   }
 }
 
@@ -118,6 +131,6 @@ int main(int argc, char** argv) {
   UTholdstreams();
   UTinitfile();
   run_mode(configure(argc, argv));
-  check_report();
+  check_streams();
   return 0;
 }

@@ -126,6 +126,62 @@ class Streams(Faults):
         run = self.without((1,), "-mode", 99, "-d", self.database, "-bdb", "db")
         self.assertEqual(run.status, 0, run.stderr)  # a build has no report
 
+    def test_an_output_that_names_an_input_or_an_output(self):
+        query = self.file("query", QUERY.read_bytes())
+        link = self.work / "link"
+        link.symlink_to("query")
+        report = self.file("report", self.succeed(*self.search).stdout)
+        self.build(self.database)
+        before = {path: path.read_bytes() for path in (query, self.database, report, *self.work.glob("old.b*"))}
+        search = (*self.search, "-s", query)
+        matrix = ("-matrix_dir", self.work, "-m")
+        side = ("-print_block_file", 1, "-print_frag_file", 1, "-block_file_out", "a", "-frag_file_out")
+        extract = ("-mode", 100, "-extract_seq", 9, "-d", self.database)
+        for args, writer, other in (
+            (("-stdout", query, *search), "STDOUT", "QSEQ_FILE"),
+            ((*search, "-stderr", "./link"), "STDERR", "QSEQ_FILE"),
+            ((*search, "-stdout", "late", "-stdout", query, "-stdout", "log"), ".*STDOUT.*", "QSEQ_FILE"),
+            (("-stdout", self.database, *search), "STDOUT", "DB_FILE"),
+            (("-mode", 22, "-stdout", "old.bsq", *self.search[:2], "-bdb", "old"), "STDOUT", r"BDB_ROOT \(.bsq\)"),
+            ((*search, *matrix, "link", "-stdout", query, "-s", QUERY), "STDOUT", "MATRIX_FILE"),
+            (("-mode", 10, "-gd", self.work, "-codon", "query", "-stderr", query), "STDERR", "CODON_FILE"),
+            ((*search, *side, "./a"), "BLOCK_FILE_OUT", "FRAG_FILE_OUT"),  # not there yet
+            ((*search, "-stdout", "log", "-stderr", "log"), "STDOUT", "STDERR"),
+            ((*search, "-extract_seq", 9, "-extract_file", link), "EXTRACT_FILE", "QSEQ_FILE"),
+            ((*extract, "-stdin", report, "-extract_file", self.database), "EXTRACT_FILE", "DB_FILE"),
+            ((*extract, "-stdin", report, "-extract_file", report), "EXTRACT_FILE", "STDIN"),
+            (("-mode", 667, "-nsubset", 9, "-d", self.database, "-stdout", self.database), "STDOUT", "DB_FILE"),
+            (("-mode", 99, "-d", "old.bsq", "-bdb", "old"), r"BDB_ROOT \(.bsq\)", "DB_FILE"),
+        ):
+            with self.subTest(args):
+                self.refuse(f"{writer} would overwrite the file of {other}: .*\n", *args)
+                self.assertEqual({path: path.read_bytes() for path in before}, before)
+        # What an unknown key made known before the refusal comes to the process's own stream, too.
+        self.refuse(r"Unrecognised .*\nSTDERR would .*", "-stderr", query, *search, "-nonsense", 1)
+        self.assertEqual(query.read_bytes(), before[query])
+        for args in (("-stdout", "/dev/null", "-stderr", "/dev/null"), ("-stdout", "/dev/stdout", "-s", query),
+                     ("-mode", 99, "-d", query, "-bdb", "new", "-stderr", "/dev/stderr"),
+                     ("-block_file_out", query, "-print_block_file", 0)):  # fmt: skip
+            self.succeed(*self.search, *args)
+
+    def test_a_stream_replaces_what_its_file_held(self):
+        for name in ("-stdout", "-stderr"):
+            log = self.file("log", "old " * 9999)
+            self.zelvan(name, log, "-mode", 31)
+            self.assertEqual(log.read_text(), "" if name == "-stdout" else "Sorry but MODE:31 is not available\n")
+        self.configure(f"STDERR {log}\nNONSENSE 1\n")
+        self.file("log", "old " * 9999)
+        self.zelvan("-mode", 11)
+        self.assertRegex(log.read_text(), r"\AUnrecognised Parameter Command\nNONSENSE \nFile: .*\n\Z")
+
+    @unittest.skipUnless(os.path.exists("/dev/full"), "no such device here")
+    def test_lost_messages_are_a_failure(self):
+        build = ("-mode", 99, "-d", QUERY, "-bdb", "db")
+        self.refuse("Error writing the messages: No space left on device\n.*STDERR.*\n", *build, "-stderr", "/dev/full",
+                    status=1)  # fmt: skip
+        with open("/dev/full", "wb") as full:
+            self.assertEqual(self.zelvan(*build, stderr=full).status, 1)
+
     def test_a_reader_that_goes_away(self):
         for handler, status, words in ((signal.SIG_DFL, -signal.SIGPIPE, ""),
                                        (signal.SIG_IGN, 1, "Error writing the report: Broken pipe\n")):  # fmt: skip
