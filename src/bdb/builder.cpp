@@ -130,6 +130,7 @@ void makedb(Params* p) {
   const ScoreMatrix& matrix = *getmat(p);
   TextDatabase database;
   read_text_database(database, p->VERBOSE != 0, p);
+  require_whole(database, p);
   show_build_time("Have read database\n", p);
   if (p->APPLY_INDEX == 1) {
     progress("Indexing sequence data\n", p);

@@ -28,6 +28,7 @@ void subset_db(Params* p) {
   }
   TextDatabase database;
   read_text_database(database, false, p);
+  require_whole(database, p);
   const auto n = static_cast<int32_t>(database.seqs.size());
   if (n == 0) UTend_input(std_err, "%s has no sequence to choose from\n", p->DB_FILE.name.c_str());
   const int32_t step = n / p->NSUBSET;
@@ -64,6 +65,7 @@ void ex1(Params* p) {
   const ScoreMatrix& matrix = *getmat(p);
   Database database;
   load_database(database, matrix, p);
+  require_whole(database.text, p);
   if (!stored_as_codes(p)) {
     progress("Converting database sequences\n", p);
     encode_sequences(database.seqs, database.n, matrix);

@@ -1,5 +1,6 @@
 #include "driver/output_files.h"
 
+#include <cerrno>
 #include <string_view>
 
 #include "util/failure.h"
@@ -99,6 +100,7 @@ bool destroys(const FileUse& writer, const FileUse& other) {
 }  // namespace
 
 void check_outputs(const Params* p) {
+  const int number = errno;  // of an earlier failure, which a message may still tell; no file need exist here
   const FileUses uses = files_of_run(p);
   for (const FileUse& writer : uses) {
     for (const FileUse& other : uses) {
@@ -108,6 +110,7 @@ void check_outputs(const Params* p) {
                   writer.key, other.key, writer.name.c_str(), writer.key);
     }
   }
+  errno = number;
 }
 
 }  // namespace zelvan

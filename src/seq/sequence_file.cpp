@@ -26,10 +26,16 @@ constexpr std::array<char, 256> RESIDUES = [] {
   return table;
 }();
 
+// In the bytes of the buffer that were read.
+int64_t newlines(const SeqReader& reader) {
+  return std::count(reader.buffer.data(), reader.buffer.data() + reader.at, '\n');
+}
+
 // Makes unread bytes available; false at the end of the file. A record that a failing disk cuts short must not
 // pass for a whole one.
 bool fill(SeqReader& reader) {
   if (reader.at < reader.end) return true;
+  reader.lines_before += newlines(reader);
   reader.at = 0;
   reader.end = std::fread(reader.buffer.data(), 1, reader.buffer.size(), reader.stream);
   if (std::ferror(reader.stream) != 0) {
@@ -80,6 +86,7 @@ bool read_line(SeqReader& reader, UTvector<char>& line) {
     complete = chunk.marked;
     reader.at += chunk.size + (complete ? 1 : 0);
   }
+  reader.line_ended = complete;
   if (!line.empty() && line.back() == '\r') line.pop_back();
   std::replace(line.begin(), line.end(), '\0', ZERO_BYTE_STAND_IN);
   line.push_back('\0');
@@ -89,7 +96,10 @@ bool read_line(SeqReader& reader, UTvector<char>& line) {
 // Reads the next line that begins with ">" into reader.line.
 bool read_header(SeqReader& reader) {
   while (fill(reader)) {
-    if (reader.buffer[reader.at] == '>') return read_line(reader, reader.line);
+    if (reader.buffer[reader.at] == '>') {
+      ++reader.records;
+      return read_line(reader, reader.line);
+    }
     skip_line(reader);
   }
   return false;
@@ -188,8 +198,15 @@ bool gseq_fasta(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Pa
   const char* const line = reader.line.data();
   const Field id = identifier_of(reader.line);
   if (id.size == 0) {
+    errno = EINVAL;
     error("Something strange with sequence identifier in fasta file", 0);
-    std::fprintf(std_err, "Line:%s\n", line);
+    const int64_t number = reader.lines_before + newlines(reader) + (reader.line_ended ? 0 : 1);
+    std::fprintf(std_err,
+                 "Line:%s\n"
+                 "File: %s  Line: %lld  Record: %lld\n"
+                 "The file is read up to this record only: write a name behind its \">\"\n",
+                 line, reader.name, static_cast<long long>(number), static_cast<long long>(reader.records));
+    reader.unnamed = true;
     return false;
   }
   const char* const id_end = id.text + id.size;
@@ -269,7 +286,13 @@ void read_text_database(TextDatabase& out_database, bool progress, Params* p) {
     out_database.seqs.push_back(record);
     out_database.nres += record.len - 2;
   }
+  out_database.cut_short = reader.unnamed;
   UTfileclose(p->DB_FILE, 0);
+}
+
+void require_whole(const TextDatabase& database, const Params* p) {
+  if (!database.cut_short) return;
+  UTend_input(std_err, "Nothing was written: %s could not be read to its end\n", p->DB_FILE.name.c_str());
 }
 
 BdbInfo text_database_info(const TextDatabase& database, const Params* p) {

@@ -19,11 +19,15 @@ struct SeqReader {
   FILE* stream = nullptr;      // not owned
   const char* name = nullptr;  // of the file, for messages; not owned
   UTvector<char> buffer;
-  std::size_t at = 0;       // next unread byte of the buffer
-  std::size_t end = 0;      // bytes in the buffer
-  UTvector<char> line;      // the line last read as a text, zero-terminated, without its newline
-  UTvector<char> title;     // PIR: the title line
-  UTvector<char> residues;  // room for the residues of the record being read; never shrinks
+  std::size_t at = 0;        // next unread byte of the buffer
+  std::size_t end = 0;       // bytes in the buffer
+  int64_t lines_before = 0;  // newlines before the bytes of the buffer
+  bool line_ended = false;   // the line last read as a text had a newline
+  int64_t records = 0;       // headers read
+  bool unnamed = false;      // the last of them had no identifier, which ended the reading
+  UTvector<char> line;       // the line last read as a text, zero-terminated, without its newline
+  UTvector<char> title;      // PIR: the title line
+  UTvector<char> residues;   // room for the residues of the record being read; never shrinks
 };
 
 // make_reader - a reader at the current position of an open file.
@@ -33,7 +37,7 @@ SeqReader make_reader(FILE* stream, const char* name);
 // In     FASTA: ">identifier title", then residues up to the next ">", wherever it stands. No title: "-".
 //        PIR: ">identifier", a title line, residues up to "*"
 // Returns false, with nothing stored, at the end of the file and on a layout error (reported on std_err: no
-//        identifier in FASTA; no title line or no "*" in PIR)
+//        identifier in FASTA, with file and line, and reader.unnamed is set; no title line or no "*" in PIR)
 // Ends   when the sequence has more than MAX_SEQ_LEN-4 residues, and when reading fails (status -1)
 bool gseq_fasta(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 bool gseq_pir(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
@@ -56,13 +60,19 @@ SeqReader open_text_database(Params* p);
 struct TextDatabase {
   UTvector<SeqRec> seqs;  // in file order
   SeqStore store;
-  int64_t nres = 0;  // residues of all sequences
+  int64_t nres = 0;        // residues of all sequences
+  bool cut_short = false;  // the reading ended at a record without identifier
 };
 
 // read_text_database - opens DB_FILE as above, reads it whole and closes it.
 // Does   with progress, "Opening database\n" and "Loading database\n" on std_err around the open
 // Ends   also when it holds more than MAX_NSEQ sequences (status -1)
 void read_text_database(TextDatabase& out_database, bool progress, Params* p);
+
+// require_whole - what copies sequences must not take a part of a database for the whole. A search goes on with what
+// came before a record without identifier.
+// Ends   when the database was cut short (status -1)
+void require_whole(const TextDatabase& database, const Params* p);
 
 // text_database_info - the header that stands for a text database: its counts.
 // Ends   when the residues do not fit 32 bits (status -1)

@@ -9,6 +9,8 @@ import zelvan_cli
 from zelvan_cli import MATRICES, QUERY, SAMPLE
 
 LONG = "x" * 1_000_000
+UNNAMED = ("Something strange with sequence identifier in fasta file: Invalid argument\nLine:{}\n"
+           "File: .*{}  Line: {}  Record: {}\nThe file is read up to this record only: write a name behind its \">\"\n")  # fmt: skip
 UNOPENED = "Error opening File: {}\n{}\n"
 
 
@@ -97,6 +99,24 @@ class InputFiles(zelvan_cli.TestCase):
         ):
             self.refuse(said, *("-mode", 202), *args)
 
+    def test_a_record_without_a_name_ends_the_reading(self):
+        """A search goes on with what came before it; nothing that copies sequences does."""
+        whole = zelvan_cli.first_records(SAMPLE, 1200)
+        records = zelvan_cli.fasta(self.file("whole", whole))
+        residues = "# Number of residues/bases in database: %d\n" % sum(map(len, records.values()))
+        copies = ("-mode", 99, "-bdb", "db"), ("-mode", 667, "-nsubset", 1), ("-mode", 100, "-extract_seq", 1)
+        for fault, line in ((">\nMKV\n>rest\nMK\n", ">"), (">  ", ">  ")):
+            database = self.file("db", whole + fault)
+            told = UNNAMED.format(line, "db", whole.count("\n") + 1, len(records) + 1)
+            run = self.succeed("-s", QUERY, "-d", database, "-mode", 202, "-niter", 1, "-lpfit_minbuck", 50,
+                               "-max_nseq", 2000)  # fmt: skip
+            self.assertRegex(run.stderr, rf"\A{told}\Z")
+            self.assertTrue(residues in run.stdout)
+            for args in copies:
+                self.refuse(f"(Getting matrix\n)?{told}Nothing was written: .*db could not be read to its end\n",
+                            "-d", database, "-max_nseq", 2000, *args)  # fmt: skip
+        self.assertFalse(list(self.work.glob("db.*")))
+
     def test_faulty_queries_are_refused(self):
         long = (
             "Error:  Sequence length \\(16001\\) is > MP_LEN \\(16000\\)\n"
@@ -107,7 +127,7 @@ class InputFiles(zelvan_cli.TestCase):
         for content, args, sentence in (
             ("", (), "No Query\n"),
             (b"\0\xff\n\0>\n" * 99, (), "No Query\n"),
-            (">\nMKV\n", (), "Something strange with sequence identifier in fasta file: .*\nLine:>\nNo Query\n"),
+            (">\nMKV\n", (), UNNAMED.format(">", "q", 1, 1) + "No Query\n"),
             (">q\nt\nMKV\n", ("-qseq_format", 0),
              "End of file found before sequence terminating star: .*\nIDENT:q\nNo Query\n"),
             (">q\nMKV\n", ("-qseq_format", 2), "Format:2 is not supported\n"),

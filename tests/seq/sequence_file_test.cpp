@@ -35,7 +35,9 @@ std::vector<Record> read_all(const std::string& text, int32_t format, std::size_
 }
 
 TEST(SequenceFile, ReadsEveryShapeOfARecord) {
-  const std::string strange = "Something strange with sequence identifier in fasta file: Success\n";
+  const std::string strange =
+      "Something strange with sequence identifier in fasta file: Invalid argument\nLine:";
+  const std::string end = "The file is read up to this record only: write a name behind its \">\"\n";
   const std::string no_star = "End of file found before sequence terminating star: Success\nIDENT:";
   const std::string no_title = "End of file found before title line: Success\nIDENT:";
   const struct {
@@ -46,8 +48,11 @@ TEST(SequenceFile, ReadsEveryShapeOfARecord) {
   } cases[] = {
       {FASTA, ">a\tb  c \nac-g*t 12.\tn\n\n", {{"a\tb", " c ", "ACGTN"}}},
       {FASTA, ">a\0\x62 \xff\xe9\nM\0\xffK\xc3\x84\n"s, {{"a\x1a\x62", "\xff\xe9", "MK"}}},
-      {FASTA, ">a\nM\n>\nKK\n>b\nC\n", {{"a", "-", "M"}}, strange + "Line:>\n"},
-      {FASTA, ">   \r\nKK\n", {}, strange + "Line:>   \n"},
+      {FASTA,
+       ">a\nM\n>\nKK\n>b\nC\n",
+       {{"a", "-", "M"}},
+       strange + ">\nFile: text  Line: 3  Record: 2\n" + end},
+      {FASTA, ">   \r\nKK\n", {}, strange + ">   \nFile: text  Line: 1  Record: 1\n" + end},
       {PIR,
        ">P1;ID x\nThe title \n MKV\nlla*\n>B\n\nA*\n",
        {{"P1;ID", "The title ", "MKVLLA"}, {"B", "", "A"}}},
