@@ -201,6 +201,7 @@ void index_sequences(IndexBytes& index, BinaryDatabase& database, const ScoreMat
   char* text = database.text.data();
   bool ascending = true;  // each piece behind the one before, as the builder writes them: nothing is shared
   int64_t end = 0;
+  int64_t residues = 0;
   int32_t number = 0;
   for (SeqRec& s : database.seqs) {
     ++number;
@@ -219,6 +220,12 @@ void index_sequences(IndexBytes& index, BinaryDatabase& database, const ScoreMat
     ascending = ascending && record.id_at >= end && record.title_at > int64_t{record.id_at} + record.ilen &&
                 record.seq_at > int64_t{record.title_at} + record.tlen;
     end = static_cast<int64_t>(record.seq_at) + record.len;
+    residues += record.len - 2;
+  }
+  // Codes may be shared, but counts of residues have 32 bits, as the size of the file.
+  if (residues > static_cast<int64_t>(database.text.size())) {
+    end_damaged(index.file, "its records hold %lld residues, more than the sequence file has characters",
+                static_cast<long long>(residues));
   }
   if (!ascending && database.info.index_flag != 1) check_shared_letters(database, index.file);
 }

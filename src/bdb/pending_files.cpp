@@ -134,12 +134,12 @@ PendingDatabase prepare_files(const UTstring& index_name, const UTstring& sequen
 
 void open_pending(const PendingDatabase& pending, PendingFile& file) {
   struct stat old;
-  const bool there = stat(file.target.c_str(), &old) == 0;
+  const bool there = stat(file.name.c_str(), &old) == 0;
   if (!there && errno != ENOENT) end_unopened(pending, file);
   if (there && !S_ISREG(old.st_mode)) {
-    file.stream = std::fopen(file.target.c_str(), "wb");
+    file.stream = std::fopen(file.name.c_str(), "wb");
   } else {
-    if (there) file.replaced = open(file.target.c_str(), O_WRONLY | O_CLOEXEC);
+    if (there) file.replaced = open(file.name.c_str(), O_WRONLY | O_CLOEXEC);
     if (there && file.replaced == -1) end_unopened(pending, file);
     const int descriptor = create_temporary(file, there ? &old : nullptr);
     if (descriptor != -1) file.stream = fdopen(descriptor, "wb");

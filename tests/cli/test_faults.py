@@ -262,6 +262,19 @@ class Builds(Faults):
         (self.work / "mixed.bix").unlink()  # as a kill between the renames leaves it
         self.refused("mixed")
 
+    def test_a_database_that_is_replaced_while_it_is_opened(self):
+        self.copy("old", "old", "target")
+        sequences = self.work / "target.bsq"
+        sequences.unlink()
+        os.mkfifo(sequences)  # opening it waits for a writer
+        process = self.start("-s", QUERY, "-bdb", "target", "-verbose", 1)
+        self.assertIn(b"Opening database file\n", iter(process.stderr.readline, b""))
+        (self.work / "new.bix").rename(self.work / "target.bix")
+        sequences.open("wb").close()
+        stderr = process.communicate()[1].decode()
+        self.assertEqual(process.returncode, 255)
+        self.assertRegex(stderr, r"target\.bix was replaced while it was being opened: start the run again\n\Z")
+
     def test_kills_at_any_time(self):
         expected = self.parts("old"), self.parts("new")
         self.assertNotEqual(*expected)
