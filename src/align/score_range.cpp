@@ -1,6 +1,7 @@
 #include "align/score_range.h"
 
 #include <algorithm>
+#include <numeric>
 
 #include "util/failure.h"
 #include "util/streams.h"
@@ -8,16 +9,17 @@
 namespace zelvan {
 namespace {
 
-// The sum of the largest entries of the positions.
-int64_t best_possible(const LookupTable& table) {
+// The sum of the largest entries of the query positions, over the codes that residues of the database have.
+int64_t best_possible(const LookupTable& table, const ScoreMatrix& matrix) {
+  const auto& counts = matrix.dbcount;
+  const bool counted = std::any_of(counts.begin(), counts.end(), [](int32_t count) { return count > 0; });
   UTvector<int32_t> highest(static_cast<std::size_t>(table.cols), 0);
   for (int32_t c = 0; c < table.rows; ++c) {
+    if (counted && counts[static_cast<std::size_t>(c)] == 0) continue;
     const int32_t* row = table[c];
-    for (std::size_t i = 0; i < highest.size(); ++i) highest[i] = std::max(highest[i], row[i]);
+    for (std::size_t i = 1; i < highest.size(); ++i) highest[i] = std::max(highest[i], row[i]);
   }
-  int64_t sum = 0;
-  for (const int32_t entry : highest) sum += entry;
-  return sum;
+  return std::accumulate(highest.begin(), highest.end(), int64_t{0});
 }
 
 // The lowest penalty, 0 when none is negative.
@@ -32,19 +34,27 @@ int64_t lowest_penalty(const LookupTable& table, const ScoreMatrix& matrix, cons
   return lowest;
 }
 
+int64_t score_bound(const LookupTable& table, const ScoreMatrix& matrix, int32_t longest, const Params* p) {
+  if (longest <= 2) return 0;
+  const int64_t steps = int64_t{table.cols} + longest;
+  return best_possible(table, matrix) - lowest_penalty(table, matrix, p) * steps;
+}
+
 }  // namespace
+
+bool scores_fit(const LookupTable& table, const ScoreMatrix& matrix, int32_t longest, const Params* p) {
+  return score_bound(table, matrix, longest, p) <= INT32_MAX;
+}
 
 void check_score_range(const LookupTable& table, const ScoreMatrix& matrix, const SeqRec* seqs, int32_t n,
                        const Params* p) {
   int32_t longest = 0;
   for (int32_t k = 0; k < n; ++k) longest = std::max(longest, seqs[k].len);
-  const int64_t steps = int64_t{table.cols} + longest;
-  const int64_t bound = best_possible(table) - lowest_penalty(table, matrix, p) * steps;
-  if (bound <= INT32_MAX) return;
+  if (scores_fit(table, matrix, longest, p)) return;
   UTend_input(std_err,
               "Scores of this query x PRECISION (%d) could reach %lld (at most %d):  Reduce PRECISION, the "
               "scores of the matrix or the size of negative penalties\n",
-              p->PRECISION, static_cast<long long>(bound), INT32_MAX);
+              p->PRECISION, static_cast<long long>(score_bound(table, matrix, longest, p)), INT32_MAX);
 }
 
 }  // namespace zelvan

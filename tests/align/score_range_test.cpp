@@ -13,6 +13,7 @@ TEST(ScoreRange, TheBestPathMustFit) {
   const struct {
     int32_t mode, high, top, penalty, gap_row, open_row;
     bool fits;
+    const char* counted = "";  // residues of the database
   } cases[] = {
       {202, QUARTER, QUARTER + 3, LIMIT, 0, 0, true},  // exactly 2^31 - 1 in all
       {202, QUARTER, QUARTER + 4, 0, 0, 0, false},
@@ -23,11 +24,18 @@ TEST(ScoreRange, TheBestPathMustFit) {
       {202, 0, 0, 0, STEP - 1, STEP - 1, true},
       {210, 0, 0, 0, STEP - 1, 0, false},
       {212, 0, 0, 0, 0, STEP - 1, false},
+      // Penalties are no scores, unless a residue reads them as such.
+      {202, QUARTER, QUARTER + 3, 0, LIMIT, LIMIT, true, "ABCX"},
+      {202, QUARTER, QUARTER + 3, 0, QUARTER + 1, 0, false, "ABCX "},
+      {202, QUARTER, QUARTER + 3, 0, 0, QUARTER + 1, false, "ABCX:"},
   };
-  const ScoreMatrix matrix = match_or_not("ABCX", 1, 1);
   SeqRec target;
   target.len = 12;
   for (const auto& c : cases) {
+    ScoreMatrix matrix = match_or_not("ABCX", 1, 1);
+    for (const char* letter = c.counted; *letter != 0; ++letter) {
+      matrix.dbcount[static_cast<std::size_t>(residue_code(matrix, *letter))] = 1;
+    }
     for (const auto key : {&Params::LD_PEN, &Params::LI_PEN, &Params::FS_PEN, &Params::FSE_PEN}) {
       Params p = small_params(c.mode);
       p.*key = c.penalty;
