@@ -74,18 +74,34 @@ constexpr int64_t BATCH_BASES = int64_t{1} << 22;
 struct Batch {
   SeqStore store;
   UTvector<SeqRec> seqs;
-  bool begun = false;  // there was a sequence
+  int32_t longest = 0;  // of all batches so far, stored length: scores against it fit 32 bits
 };
 
 void score_batch(const Batch& batch, const Setup& setup, const Params* p) {
   constexpr int32_t DIVISOR = 100;  // whatever PRECISION is
-  const auto n = static_cast<int32_t>(batch.seqs.size());
-  check_score_range(setup.table, *setup.matrix, batch.seqs.data(), n, p);
   UTvector<int32_t> scores(batch.seqs.size());
-  scan_frames(setup.query.len, batch.seqs.data(), n, setup.table, scores.data(), p);
+  scan_frames(setup.query.len, batch.seqs.data(), static_cast<int32_t>(batch.seqs.size()), setup.table,
+              scores.data(), p);
   for (std::size_t k = 0; k < scores.size(); ++k) {
     std::fprintf(std_out, "%d %s\n", scores[k] / DIVISOR, batch.seqs[k].id);
   }
+}
+
+// Translates and encodes a record. Where that cannot be done, the run ends behind the lines of those before it.
+void append_translated(Batch& batch, SeqRec record, const Setup& setup, const Params* p) {
+  if (const int32_t at = translate_dna(record, setup.codons); at != 0) {
+    score_batch(batch, setup, p);
+    end_untranslated(record, at, "Something weird happened when translating (swipd)");
+  }
+  if (record.len > batch.longest) {
+    batch.longest = record.len;
+    if (!scores_fit(setup.table, *setup.matrix, batch.longest, p)) {
+      score_batch(batch, setup, p);
+      check_score_range(setup.table, *setup.matrix, &record, 1, p);
+    }
+  }
+  seqtoi(record.seq, record.len, *setup.matrix);
+  batch.seqs.push_back(record);
 }
 
 void read_batch(Batch& batch, SeqReader& reader, const Setup& setup, const Params* p) {
@@ -94,14 +110,8 @@ void read_batch(Batch& batch, SeqReader& reader, const Setup& setup, const Param
   SeqRec record;
   for (int64_t bases = 0; bases < BATCH_BASES; bases += record.len) {
     if (!get_db_seq(reader, batch.store, record, p)) break;
-    if (!batch.begun) warn_of_database(&record, 1, p);
-    batch.begun = true;
-    if (const int32_t at = translate_dna(record, setup.codons); at != 0) {
-      score_batch(batch, setup, p);  // the lines of the sequences before it
-      end_untranslated(record, at, "Something weird happened when translating (swipd)");
-    }
-    seqtoi(record.seq, record.len, *setup.matrix);
-    batch.seqs.push_back(record);
+    if (batch.longest == 0) warn_of_database(&record, 1, p);  // the first of all
+    append_translated(batch, record, setup, p);
   }
 }
 
@@ -226,6 +236,7 @@ void swipd(Params* p) {
     std::fprintf(std_err, "Penalties: ld_pen: %d li_pen: %d fs_pen %d\n", p->LD_PEN, p->LI_PEN, p->FS_PEN);
   }
   Batch batch;
+  reader.before_end = [&] { score_batch(batch, setup, p); };
   for (read_batch(batch, reader, setup, p); !batch.seqs.empty(); read_batch(batch, reader, setup, p)) {
     score_batch(batch, setup, p);
   }

@@ -7,8 +7,8 @@ namespace zelvan {
 
 // swipd - mode 10: protein query, DNA database (text); "score identifier" for every sequence, in file order.
 // Does   neither gap defaults nor MAX_NSEQ nor PRECISION apply: penalties are those configured, scores are
-//        divided by 100. Batches of a few million bases are held at a time and written when they are read:
-//        a file that cannot be read to its end costs the lines of its batch
+//        divided by 100. Batches of a few million bases are held at a time; a fault of the file, or of a
+//        sequence in it, ends the run behind the lines of all sequences before it
 void swipd(Params* p);
 
 // swaipd2 - mode 12: protein query, DNA database, affine gaps.

@@ -31,6 +31,11 @@ int64_t newlines(const SeqReader& reader) {
   return std::count(reader.buffer.data(), reader.buffer.data() + reader.at, '\n');
 }
 
+// Before a fault ends the run: the caller may owe something to the records before it.
+void finish_records(const SeqReader& reader) {
+  if (reader.before_end) reader.before_end();
+}
+
 // Makes unread bytes available; false at the end of the file. A record that a failing disk cuts short must not
 // pass for a whole one.
 bool fill(SeqReader& reader) {
@@ -39,7 +44,9 @@ bool fill(SeqReader& reader) {
   reader.at = 0;
   reader.end = std::fread(reader.buffer.data(), 1, reader.buffer.size(), reader.stream);
   if (std::ferror(reader.stream) != 0) {
-    UTend_input(std_err, "Error reading sequence file %s: %s\n", reader.name, std::strerror(errno));
+    const int number = errno;
+    finish_records(reader);
+    UTend_input(std_err, "Error reading sequence file %s: %s\n", reader.name, std::strerror(number));
   }
   return reader.end > 0;
 }
@@ -79,6 +86,7 @@ bool read_line(SeqReader& reader, UTvector<char>& line) {
   while (!complete && fill(reader)) {
     const Chunk chunk = chunk_to(reader, '\n');
     if (chunk.size > MAX_LINE - line.size()) {
+      finish_records(reader);
       UTend_input(std_err, "Line too long in sequence file %s (> %zu characters): %.60s...\n", reader.name,
                   MAX_LINE, line.data());
     }
@@ -145,6 +153,7 @@ bool read_residues(SeqReader& reader, char mark, const Field& id, int32_t& out_n
     nres = append_residues(reader, nres, chunk);
     reader.at += chunk.size;
     if (nres > 0 && static_cast<int64_t>(nres) >= limit) {
+      finish_records(reader);
       UTend_input(std_err, "Sequence too long: %.*s (> %lld residues):  Increase MAX_SEQ_LEN\n",
                   static_cast<int>(id.size), id.text, static_cast<long long>(limit));
     }

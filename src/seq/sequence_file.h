@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 
 #include "driver/params.h"
 #include "seq/database_info.h"
@@ -28,6 +29,8 @@ struct SeqReader {
   UTvector<char> line;       // the line last read as a text, zero-terminated, without its newline
   UTvector<char> title;      // PIR: the title line
   UTvector<char> residues;   // room for the residues of the record being read; never shrinks
+  // May be empty; called before reading ends the run, with what was read whole.
+  std::function<void()> before_end;
 };
 
 // make_reader - a reader at the current position of an open file.

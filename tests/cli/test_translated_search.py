@@ -269,10 +269,16 @@ class Inputs(TranslatedSearch):
             (22, "MKLW", "L", warned), (12, "MKLW", "L", warned), (10, "ATGUUUATG", "U", "")):  # fmt: skip
             self.refuse(f"{before}Error - character unrecognised: {named}\nUnrecognised ambiguity base code: .*",
                         *self.inputs(mode, "MKLW", {"A": letters}), status=0)  # fmt: skip
-        # Mode 10 writes what it found before the fault.
-        run = self.search(10, "WWW", {"B": "TGG", "C": "TGGTGGEE"})
-        self.assertEqual(run.stdout, "11 B\n")
-        self.assertRegex(run.stderr, "^Error - character unrecognised: E\n")
+
+    def test_mode_10_writes_what_it_read_before_a_fault(self):
+        for letters, settings, status, sentence in (
+            ("TGGTGGEE", (), 0, "Error - character unrecognised: E\n"),
+            ("TGG" * 8, ("-max_seq_len", 20), 255, r"Sequence too long: C \(> 17 residues\): .*"),
+            ("TGG" * 8, ("-ugd", 0, "-ld_pen", -1_000_000), 255, "Scores of this query .* could reach .*"),
+        ):
+            run = self.zelvan(*self.inputs(10, "WWW", {"B": "TGG", "C": letters, "D": "TGG"}), *settings)
+            self.assertEqual((run.status, run.stdout), (status, "11 B\n"))
+            self.assertRegex(run.stderr, f"^{sentence}")
 
 
 if __name__ == "__main__":
