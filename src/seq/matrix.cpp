@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <limits>
 
 #include "seq/database_info.h"
 #include "util/failure.h"
@@ -261,7 +262,10 @@ void GetDBFreqs(const SeqRec* seqs, int32_t n, Params* p) {
   int64_t count_sum = 0;
   for (std::size_t code = 0; code < matrix.dbcount.size(); ++code) {
     matrix.dbcount[code] += counts[0][code] + counts[1][code];
-    matrix.dbfreq[code] = nres == 0 ? 0.0 : static_cast<double>(matrix.dbcount[code]) / nres;
+    // 0 / 0 has a sign on some machines, and would print as "-nan" there.
+    const bool undefined = nres == 0 && matrix.dbcount[code] == 0;
+    matrix.dbfreq[code] = undefined ? std::numeric_limits<double>::quiet_NaN()
+                                    : static_cast<double>(matrix.dbcount[code]) / nres;
     frequency_sum += matrix.dbfreq[code];
     count_sum += matrix.dbcount[code];
   }

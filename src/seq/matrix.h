@@ -66,8 +66,8 @@ void SetMinMaxMatrixValues(ScoreMatrix& matrix);
 void PrintPairscoreMatrix(FILE* stream, const ScoreMatrix& matrix, const Params* p);
 
 // GetDBFreqs - adds the residues of the encoded sequences seqs[0..n-1] to p->matrix->dbcount and sets dbfreq
-// from p->binfo->nres (all zero for a database without residues). Pads are not counted. Sums that do not agree
-// with the header are warned of on p->STDERR.
+// from p->binfo->nres (0 / 0, no number, for a database without residues, which differs from nothing and is not
+// warned of). Pads are not counted. Sums that do not agree with the header are warned of on p->STDERR.
 void GetDBFreqs(const SeqRec* seqs, int32_t n, Params* p);
 
 // DumpDBFreqs - counts and frequencies of p->matrix as a table of comment lines.

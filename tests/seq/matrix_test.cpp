@@ -110,6 +110,20 @@ TEST_F(MatrixTest, CountsTheResiduesOfTheDatabase) {
   EXPECT_EQ(m.dbfreq, (UTvector<double>{0.25, 0.75, 0, 0, 0, 0}));
 }
 
+// 0 / 0 is no number, and so does not differ from 1 by more than a number.
+TEST_F(MatrixTest, FrequenciesOfNoResidues) {
+  load("t\nX\n1\n", PIR);
+  BdbInfo info;
+  p.binfo = &info;
+  const std::string table = written([&](FILE* stream) {
+    p.STDERR = stream;
+    GetDBFreqs(nullptr, 0, &p);
+    DumpDBFreqs(stream, &p);
+  });
+  EXPECT_EQ(table.find("# Frequency Table for database\n"), 0U) << table;
+  EXPECT_EQ(count_of(table, "         0               nan\n"), 5);
+}
+
 TEST_F(MatrixTest, ShippedMatricesAreSquareSymmetricAndComplete) {
   for (const auto& entry : std::filesystem::directory_iterator(ZELVAN_SOURCE_DIR "/data/matrices")) {
     SCOPED_TRACE(entry.path());
