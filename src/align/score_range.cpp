@@ -53,7 +53,7 @@ void check_score_range(const LookupTable& table, const ScoreMatrix& matrix, cons
   if (scores_fit(table, matrix, longest, p)) return;
   UTend_input(std_err,
               "Scores of this query x PRECISION (%d) could reach %lld (at most %d):  Reduce PRECISION, the "
-              "scores of the matrix or the size of negative penalties\n",
+              "scores of the matrix, POSWGTFAC or the size of negative penalties\n",
               p->PRECISION, static_cast<long long>(score_bound(table, matrix, longest, p)), INT32_MAX);
 }
 

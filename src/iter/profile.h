@@ -22,7 +22,8 @@ namespace zelvan {
 //        below PROBCUT2; lpfit: after apply_lpfit; traced: what print_alignments_pp left of this very ranking,
 //        or nothing
 // Out    aldat: rows appended, best hit first; p is changed during the call and restored (MIN_SCORE)
-// Ends   for any MODE but 200, 202, 210 and 212 once there is a hit to align (status -1)
+// Ends   for any MODE but 200, 202, 210 and 212 once there is a hit to align, and on entries beyond 32 bits
+//        (status -1)
 void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
                    int32_t nhits, const ScoreMatrix& matrix, LookupTable& table, const LpfitData& lpfit,
                    int32_t nsel, TracedHits& traced, AlignData& aldat, Params* p);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "iter/profile_entry.h"
 #include "util/streams.h"
 
 namespace zelvan {
@@ -20,11 +21,12 @@ void average_pair_scores(const ScoreMatrix& matrix, const LookupTable& count, co
   }
 }
 
-void set_gap_row(const int32_t* gaps, const UTvector<int32_t>& total, int32_t precision, int32_t* out_row) {
+void set_gap_row(const int32_t* gaps, const UTvector<int32_t>& total, int32_t* out_row, const Params* p) {
   for (std::size_t i = 0; i < total.size(); ++i) {
     if (gaps[i] <= 0) continue;
     const double n = gaps[i];
-    out_row[i] = static_cast<int32_t>(std::log(n / (n + total[i])) * precision);
+    const double log_odds = std::log(n / (n + total[i]));
+    out_row[i] = profile_entry(log_odds * p->PRECISION, static_cast<int32_t>(i), "PRECISION or PROBCUT2", p);
   }
 }
 
@@ -57,7 +59,7 @@ UTvector<int32_t> calc_profile(const int8_t* query, int32_t qlen, const ScoreMat
   }
   average_pair_scores(matrix, count, total, table);
   const int8_t gap = residue_code(matrix, p->GAP_CHARACTER);
-  set_gap_row(count[gap], total, p->PRECISION, table[gap]);
+  set_gap_row(count[gap], total, table[gap], p);
   stretch_to_matrix_extremes(matrix, npositions, table);
   if (p->VERBOSE != 0) {
     std::fputs("About to return from calc_profile\n", std_err);

@@ -19,6 +19,7 @@ namespace zelvan {
 // In     query: codes; qlen: stored length; count[c][i]: how often code c was aligned to position i
 // Out    table x PRECISION, truncated toward zero
 // Returns total[0..qlen-2]: codes counted at each position
+// Ends   when an entry of the gap row does not fit 32 bits (status -1)
 UTvector<int32_t> calc_profile(const int8_t* query, int32_t qlen, const ScoreMatrix& matrix,
                                LookupTable& table, LookupTable& count, const Params* p);
 

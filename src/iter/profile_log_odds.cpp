@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "driver/progress.h"
+#include "iter/profile_entry.h"
 #include "iter/residue_model.h"
 #include "iter/row_weights.h"
-#include "seq/sequence_file.h"
 #include "util/streams.h"
 
 namespace zelvan {
@@ -23,14 +22,8 @@ constexpr double GAP_MOST = 0.7;         // a penalty is lowered or raised by at
 
 constexpr int32_t TRACE_WEIGHTS = 20000;  // VERBOSE
 
-// No sum of entries over the longest query overflows.
-constexpr int32_t LARGEST_ENTRY = std::numeric_limits<int32_t>::max() / MP_LEN;
-constexpr double SCORE_LIMIT = LARGEST_ENTRY;
-
-int32_t to_entry(double value) {
-  if (std::isnan(value)) return 0;
-  return static_cast<int32_t>(std::clamp(value, -SCORE_LIMIT, SCORE_LIMIT));
-}
+constexpr const char* SCORE_KEYS = "PRECISION, POSWGTFAC or the scores of the matrix";
+constexpr const char* PENALTY_KEYS = "PRECISION, PEN_FACTOR, LD_PEN or LI_PEN";
 
 // What was seen at one query position.
 struct Column {
@@ -126,10 +119,12 @@ void correct_composition(const ResidueModel& model, Ratios& ratios) {
 
 void write_column(const double* ratio, const ResidueModel& model, int32_t i, LookupTable& table,
                   const Params* p) {
-  const auto entry = [&](double x) {
-    return to_entry(std::round(p->PRECISION * std::log(x) / model.lambda * p->POSWGTFAC));
+  const auto write = [&](int32_t c, double x) {
+    if (x <= 0) return;  // a score so low that its odds vanish: the matrix says it better
+    const double value = p->PRECISION * std::log(x) / model.lambda * p->POSWGTFAC;
+    table[c][i] = profile_entry(std::round(value), i, SCORE_KEYS, p);
   };
-  for (const int32_t c : model.residues) table[c][i] = entry(ratio[c]);
+  for (const int32_t c : model.residues) write(c, ratio[c]);
   for (const AmbiguousCode& ambiguous : model.ambiguous) {
     double q = 0, background = 0;
     for (const int32_t member : ambiguous.members) {
@@ -137,7 +132,7 @@ void write_column(const double* ratio, const ResidueModel& model, int32_t i, Loo
       q += ratio[member] * model.background[at];
       background += model.background[at];
     }
-    table[ambiguous.code][i] = entry(q / background);
+    write(ambiguous.code, q / background);
   }
 }
 
@@ -164,13 +159,14 @@ void set_variable_penalties(const ScoreMatrix& matrix, int32_t npositions, Looku
   int32_t* gap_row = table[residue_code(matrix, p->GAP_CHARACTER)];
   int32_t* opening_row = table[residue_code(matrix, p->IGAP_CHARACTER)];
   const double ratio = p->LI_PEN != 0 ? static_cast<double>(p->LD_PEN) / p->LI_PEN : 1.0;
+  const auto entry = [&](double value, int32_t i) { return profile_entry(value, i + 1, PENALTY_KEYS, p); };
   for (int32_t i = 0; i < npositions; ++i) {
     const double lowered = p->PEN_FACTOR * gap_row[i];
     if (p->MODE == 210) {
-      gap_row[i] = to_entry(p->LD_PEN - lowered);
+      gap_row[i] = entry(p->LD_PEN - lowered, i);
     } else {
-      opening_row[i] = to_entry(p->LI_PEN - lowered);
-      gap_row[i] = to_entry(p->LD_PEN - lowered * ratio);
+      opening_row[i] = entry(p->LI_PEN - lowered, i);
+      gap_row[i] = entry(p->LD_PEN - lowered * ratio, i);
     }
   }
 }
@@ -197,8 +193,8 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
     const Column column = observe(weights, i, aldat, model, matrix.inlen, gap);
     if (variable_gaps) {
       // The kernels read the penalties of query position i from entry i - 1.
-      table[gap][i - 1] =
-          to_entry(gap_log_odds(column.gaps, weights.mean_distinct, model.lambda, penalty, p));
+      const double log_odds = gap_log_odds(column.gaps, weights.mean_distinct, model.lambda, penalty, p);
+      table[gap][i - 1] = profile_entry(log_odds, i, SCORE_KEYS, p);
     }
     if (!(column.observed > 0)) continue;
     const double alpha = p->PROFILE_WEIGHT_METHOD == 1

@@ -18,6 +18,7 @@
 //    and coiled coils, would otherwise come into the profile and bring in their families.
 // 5. The entry is ln(x) x PRECISION x POSWGTFAC with x = (Q / p')^(1 / lambda): log-odds in the units of the
 //    score matrix, so that gap penalties keep their meaning from iteration to iteration. Rounded to nearest.
+//    Odds of 0, of scores far below any sensible one, have no logarithm: the matrix score stays.
 //
 // Positions without a row, and without any observed residue, keep the matrix scores of the query's residue.
 // So do, at every position, X and all codes that stand for no residue. B, Z and J get the log-odds of the
@@ -43,7 +44,8 @@ namespace zelvan {
 
 // calc_profile2 - rewrites the table from the rows, as told above; what it held before does not matter.
 // In     aldat.query: the encoded query, which the table belongs to
-// Ends   when the identity filter switches off every row of a position (status 1)
+// Ends   when the identity filter switches off every row of a position (status 1), when an entry does not fit
+//        32 bits (status -1)
 void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignData& aldat, const Params* p);
 
 }  // namespace zelvan

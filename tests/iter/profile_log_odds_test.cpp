@@ -63,7 +63,7 @@ TEST(CalcProfile2, KeepsTheMatrixColumnsWhereNothingWasObserved) {
 TEST(CalcProfile2, LeansTheBackgroundTowardsTheProfile) {
   const Family family(MATRIX, "W", {"W"});
   Params p = profile_params();
-  p.POSWGTFAC = 2;
+  p.POSWGTFAC = 2000;
   const Built built = build(family, p), matrix = plain(family, p);
   const ResidueModel model = make_residue_model(MATRIX, p.PRECISION);
   const auto odds = [&](int32_t c) { return std::exp(model.lambda * matrix.table[c][1] / 100.0); };
@@ -71,7 +71,7 @@ TEST(CalcProfile2, LeansTheBackgroundTowardsTheProfile) {
   for (const int32_t c : model.residues) total += model.background[static_cast<std::size_t>(c)] * odds(c);
   for (const int32_t c : model.residues) {
     const double mean = (50 + odds(c)) / total;
-    EXPECT_NEAR(built.table[c][1], 200 * std::log(odds(c) / ((1 + mean) / 2)) / model.lambda, 1);
+    EXPECT_NEAR(built.table[c][1], 2e5 * std::log(odds(c) / ((1 + mean) / 2)) / model.lambda, 1);
   }
   for (const char letter : {'X', '!', ' ', ':'}) EXPECT_EQ(built.at(letter, 1), matrix.at(letter, 1));
 }
@@ -107,16 +107,24 @@ TEST(CalcProfile2, PutsAmbiguousLettersBetweenTheirResidues) {
   }
 }
 
-TEST(CalcProfile2, LeavesFiniteBoundedEntriesInExtremeCases) {
+// A score so low that its odds vanish stays what it is.
+TEST(CalcProfile2, HoldsWhatFits32BitsAndRefusesTheRest) {
+  constexpr int32_t VERY_LOW = -100'000'000;
   ScoreMatrix matrix = MATRIX;
-  matrix.dbcount.assign(matrix.dbcount.size(), 0);
-  matrix.dbcount[0] = 2000000000;
-  const Family family(matrix, RESIDUES, {"WWWWWWWWWWWWWWWWWWWW"});
+  matrix.pairscore[residue_code(matrix, 'A')][residue_code(matrix, 'W')] = VERY_LOW;
+  const Family family(matrix, "AAA", {"A-A"});
   Params p = profile_params(212);
-  set_keys(p, "POSWGTFAC 1e9 PEN_FACTOR 1e9");
   LookupTable table;
   calc_profile2(matrix, table, family.aldat, &p);
-  for (const int32_t x : table.cells) EXPECT_LE(std::abs(x), 2147483647 / 16000);
+  EXPECT_EQ(table[residue_code(matrix, 'W')][1], VERY_LOW);
+  for (const std::string key : {"POSWGTFAC", "PEN_FACTOR"}) {
+    for (const char* value : {" 1e9", " -1e9", " nan"}) {
+      p = profile_params(212);
+      set_keys(p, key + value);
+      EXPECT_EXIT(calc_profile2(matrix, table, family.aldat, &p), testing::ExitedWithCode(255),
+                  "query position 1 would be .* \\(at most 2147483647\\):  Reduce PRECISION, " + key);
+    }
+  }
 }
 
 // Gaps were seen at the positions 4 and 5, which the entries 3 and 4 of the gap rows serve.
