@@ -77,26 +77,25 @@ void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t*
     const int32_t hit = order[n - rank];
     const SeqRec& target = seqs[hit];
     p->MIN_SCORE = threshold_of_hit(query, target, scores[hit], matrix, p);
-    const UTvector<TracedPath>& paths = traced_paths(traced, rank - 1, query, target, table, matrix, p);
+    const UTvector<PathRec> paths = align_hit(traced, query, target, table, matrix, p);
     print_section_start(query, target, rank, paths.size(), p);
-    printal2(query, target, matrix, paths, lpfit, p);
+    printal2(query, target, matrix, paths, lpfit, traced, p);
     print_section_end(rank);
+    keep_hit(traced, rank - 1);
     p->MIN_SCORE = p->MIN_ASCORE;
   }
   p->MIN_SCORE = kept_min_score;
 }
 
 void printal2(const SeqRec& query, const SeqRec& target, const ScoreMatrix& matrix,
-              const UTvector<TracedPath>& paths, const LpfitData& lpfit, const Params* p) {
+              const UTvector<PathRec>& paths, const LpfitData& lpfit, TracedHits& traced, const Params* p) {
+  AlignedRows& rows = traced.rows;
   for (std::size_t k = 0; k < paths.size(); ++k) {
-    const PathRec& path = paths[k].path;
-    AlignedRows rows = paths[k].rows;
-    if (rows.length < p->MIN_LEN) continue;
+    const PathRec& path = paths[k];
     double significance = 0;
-    if (p->DO_STATS == 2) {
-      significance = get_single_lpfit_prob(path.best, query.len - 2, target.len - 2, lpfit, p);
-      if (!(static_cast<double>(p->PROBCUT) >= significance)) continue;  // also when it is no number
-    }
+    if (!trace_hit_path(traced, path, query, target, matrix, lpfit, significance, p)) continue;
+    // Not shown when the significance is no number, too.
+    if (p->DO_STATS == 2 && !(static_cast<double>(p->PROBCUT) >= significance)) continue;
     int32_t identical = 0;
     const UTstring markers =
         sdentq(rows.query.data(), rows.target.data(), rows.length, matrix.pairscore, '*', '.', identical);

@@ -11,39 +11,18 @@
 namespace zelvan {
 namespace {
 
-// Lays one traced path out in query coordinates: a row of the alignment and its part of the counts. Residues
-// opposite a gap of the query leave no trace. With negative penalties a trace can begin before the path does:
-// what then does not fit the query is left out.
-void add_row(const SeqRec& hit, const PathRec& path, const AlignedRows& traced, double significance,
-             int8_t gap, LookupTable& count, AlignData& aldat) {
-  AlignRow& row = addseq_to_aldat(aldat, hit, gap);
-  row.qstart = path.start_i;
-  row.qend = path.end_i;
-  row.start = path.start_j;
-  row.end = path.end_j;
-  row.significance = significance;
-  int32_t k = path.start_i;
-  const int32_t last = aldat.query->len - 2;
-  for (int32_t column = 0; column < traced.length && k <= last; ++column) {
-    const auto at = static_cast<std::size_t>(column);
-    if (traced.query[at] == gap) continue;
-    const int8_t code = traced.target[at];
-    ++count[code][k];
-    row.aligned[static_cast<std::size_t>(k)] = code;
-    ++k;
-  }
-}
-
-// Takes the significant paths of one hit that are long enough.
-void profal2(const SeqRec& query, const SeqRec& hit, const ScoreMatrix& matrix,
-             const UTvector<TracedPath>& paths, LookupTable& count, const LpfitData& lpfit, AlignData& aldat,
-             const Params* p) {
-  const int8_t gap = residue_code(matrix, p->GAP_CHARACTER);
-  for (const auto& [path, rows] : paths) {
-    if (rows.length < p->MIN_LEN) continue;
-    const double significance = get_single_lpfit_prob(path.best, query.len - 2, hit.len - 2, lpfit, p);
-    if (static_cast<double>(p->PROBCUT2) >= significance) {
-      add_row(hit, path, rows, significance, gap, count, aldat);
+// The paths of one hit as rows of the alignment, and their part of the counts.
+void profal2(const SeqRec& seq, const TracedHit& hit, int8_t gap, LookupTable& count, AlignData& aldat) {
+  for (const auto& [path, significance, first, length] : hit.paths) {
+    AlignRow& row = addseq_to_aldat(aldat, seq, gap);
+    row.qstart = path.start_i;
+    row.qend = path.end_i;
+    row.start = path.start_j;
+    row.end = path.end_j;
+    row.significance = significance;
+    std::copy_n(hit.codes.data() + first, length, row.aligned.data() + path.start_i);
+    for (int32_t k = path.start_i; k < path.start_i + length; ++k) {
+      ++count[row.aligned[static_cast<std::size_t>(k)]][k];
     }
   }
 }
@@ -63,13 +42,13 @@ void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* score
   p->MIN_SCORE = p->MIN_ASCORE;
   for (int32_t i = first; i < nhits; ++i) p->MIN_SCORE = std::min(p->MIN_SCORE, scores[order[i]]);
 
+  const int8_t gap = residue_code(matrix, p->GAP_CHARACTER);
   LookupTable count = simple_look(query.len, matrix);
   for (int32_t i = nhits - 1; i >= first; --i) {
     const SeqRec& hit = seqs[order[i]];
     if (p->TOP_ONLY == 1) p->MIN_SCORE = scores[order[i]] - matrix.maxval;
     if (p->MODE != 200 && p->MODE != 202 && p->MODE != 210 && p->MODE != 212) refuse_mode();
-    profal2(query, hit, matrix, traced_paths(traced, nhits - 1 - i, query, hit, table, matrix, p), count,
-            lpfit, aldat, p);
+    profal2(hit, profile_hit(traced, nhits - 1 - i, query, hit, table, matrix, lpfit, p), gap, count, aldat);
     p->MIN_SCORE = p->MIN_ASCORE;
   }
   if (p->PRINT_FRQ_TABS == 1) {

@@ -37,15 +37,16 @@ struct Report {
     scores.push_back(score);
   }
 
-  std::string print() {
+  void write() {
     const LookupTable table = mlookgap(query.seq, query.len, matrix, p.LD_PEN, p.LI_PEN, &p);
     std::vector<int32_t> order;
     for (std::size_t k = hits.size(); k > 0; --k) order.push_back(static_cast<int32_t>(k - 1));
     TracedHits traced;
-    return printed([&] {
-      print_alignments_pp(query, hits.data(), scores.data(), order.data(), static_cast<int32_t>(order.size()),
-                          matrix, table, lpfit, traced, &p);
-    });
+    print_alignments_pp(query, hits.data(), scores.data(), order.data(), static_cast<int32_t>(order.size()),
+                        matrix, table, lpfit, traced, &p);
+  }
+  std::string print() {
+    return printed([&] { write(); });
   }
 };
 
@@ -72,6 +73,19 @@ TEST(AlignmentText, ABlockMayHoldOneSequenceOnly) {
                      "      3 XX       4\n"),
             1);
   EXPECT_EQ(report.p.MIN_SCORE, 70) << "is put back";
+}
+
+// Gaps that add to the score lead a trace past the start of its path and off the cells.
+TEST(AlignmentText, ATraceThatFailsShowsWhatCameBeforeIt) {
+  Report report("BAXAX");
+  set_keys(report.p, "MODE 200 LD_PEN -1.1 TOP_ONLY 0");
+  report.hit("hit", "t", "AAXAB", 100);
+  const auto write = [&] {
+    std_out = stderr;
+    report.write();
+  };
+  EXPECT_EXIT(write(), testing::ExitedWithCode(255),
+              "^\n# Start_Alignments_Rank: 1\n.*# N: 1 .*# End_N: 1\nDisaster in aliseq\n$");
 }
 
 TEST(AlignmentText, FiguresLineFollowsStatisticsAndLogScores) {

@@ -1,4 +1,6 @@
-// The hits of one iteration, aligned and traced once for the printed alignments and for the profile.
+// The hits of one iteration, aligned and traced once for the printed alignments and for the profile. All paths of a
+// hit are found together, in records of a few bytes; they are traced one by one, and only those that the profile
+// takes are kept.
 #pragma once
 
 #include <cstddef>
@@ -10,40 +12,65 @@
 #include "driver/params.h"
 #include "seq/matrix.h"
 #include "seq/sequence.h"
+#include "stats/lpfit.h"
 #include "util/memory.h"
 
 namespace zelvan {
 
-struct TracedPath {
+// A path that the profile takes. The target's codes opposite the query positions from path.start_i on are
+// codes[first .. first + length - 1] of its hit.
+struct ProfilePath {
   PathRec path;
-  AlignedRows rows;
+  double significance = 0;
+  std::size_t first = 0;
+  int32_t length = 0;
 };
 
 struct TracedHit {
-  bool aligned = false;
-  int32_t threshold = 0;       // the MIN_SCORE that it was aligned with
-  UTvector<TracedPath> paths;  // highest best first
+  bool traced = false;          // to its last path
+  int32_t threshold = 0;        // the MIN_SCORE that it was aligned with
+  UTvector<ProfilePath> paths;  // highest best first
+  UTvector<int8_t> codes;
 };
 
 // One query, table and ranking; emptied by making it anew.
 struct TracedHits {
-  int32_t wanted = 0;        // ranks below this are asked for again and therefore kept
+  int32_t wanted = 0;        // ranks below this are asked for by the profile and therefore kept
   UTvector<TracedHit> kept;  // [rank]
   std::size_t kept_bytes = 0;
-  TracedHit latest;  // one that is not kept
-  MoveFlags flags;   // the storage of one pair, for the next
+  TracedHit latest;
+  MoveFlags flags;   // of the latest; their storage serves the next
+  AlignedRows rows;  // of the path traced last
 };
 
-// Rows kept for one iteration; hits beyond are aligned again when they are asked for again.
+// Kept for one iteration; hits beyond are aligned again when the profile asks for them.
 constexpr std::size_t MOST_KEPT_BYTES = std::size_t{256} << 20;
 
-// traced_paths - align_pair and trace_path for one hit with p->MIN_SCORE, or what an earlier call with the same
-// rank and MIN_SCORE gave.
-// In     rank: 0 for the best hit; query, target: encoded
-// Returns all paths of the hit; they stay until the next call
+// align_hit - align_pair for one hit with p->MIN_SCORE, which makes it the latest; nothing is traced yet.
+// In     query, target: encoded
+// Returns all its paths, highest best first
+UTvector<PathRec> align_hit(TracedHits& hits, const SeqRec& query, const SeqRec& target,
+                            const LookupTable& table, const ScoreMatrix& matrix, const Params* p);
+
+// trace_hit_path - trace_path for the next path of the latest hit. The profile takes it when it has at least MIN_LEN
+// columns and a significance at or below PROBCUT2.
+// Out    hits.rows; out_significance: as get_single_lpfit_prob, unset below MIN_LEN columns
+// Returns whether it has at least MIN_LEN columns
 // Ends   as trace_path
-const UTvector<TracedPath>& traced_paths(TracedHits& hits, int32_t rank, const SeqRec& query,
-                                         const SeqRec& target, const LookupTable& table,
-                                         const ScoreMatrix& matrix, const Params* p);
+bool trace_hit_path(TracedHits& hits, const PathRec& path, const SeqRec& query, const SeqRec& target,
+                    const ScoreMatrix& matrix, const LpfitData& lpfit, double& out_significance,
+                    const Params* p);
+
+// keep_hit - keeps the latest hit, traced to its last path, if it is wanted and there is room.
+// In     rank: 0 for the best hit
+void keep_hit(TracedHits& hits, int32_t rank);
+
+// profile_hit - one hit with the paths that the profile takes: the one kept of this rank and MIN_SCORE, else aligned
+// and traced.
+// Returns a hit that stays until the next call
+// Ends   as trace_path
+const TracedHit& profile_hit(TracedHits& hits, int32_t rank, const SeqRec& query, const SeqRec& target,
+                             const LookupTable& table, const ScoreMatrix& matrix, const LpfitData& lpfit,
+                             const Params* p);
 
 }  // namespace zelvan

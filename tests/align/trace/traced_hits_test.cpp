@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "align/small_problem.h"
+#include "support/settings.h"
 
 namespace zelvan {
 namespace {
@@ -16,43 +17,51 @@ SeqRec record(Codes& codes) {
 
 }  // namespace
 
-// Asked in any order, with thresholds that change or stay, the store gives what an empty one gives; a rank that is
-// wanted again is aligned once for each threshold that follows another.
-TEST(TracedHits, GiveTheSameFromTheStore) {
+// What is kept while alignments are printed is what the profile gets without it: one code for every query position
+// that was traced. A hit that is kept is not aligned again with the threshold it was kept with.
+TEST(TracedHits, GiveTheProfileTheSameFromTheStore) {
   Random random(4);
-  for (int32_t round = 0; round < 40; ++round) {
+  int32_t given_paths = 0;
+  for (int32_t round = 0; round < 200; ++round) {
     Problem problem = random_problem(random, round % 2 == 0 ? 200 : 202, 40);
-    const SeqRec query = record(problem.query);
-    std::vector<Codes> targets;
-    for (int32_t k = 0; k < 6; ++k)
-      targets.push_back(encoded(random_letters(random, "ABCX", 60), problem.matrix));
-    TracedHits store;
-    store.wanted = 4;
-    for (int32_t asked = 0; asked < 30; ++asked) {
-      const int32_t rank = uniform(random, 0, 5);
-      problem.p.MIN_SCORE = uniform(random, 6, 8);
-      const SeqRec target = record(targets[static_cast<std::size_t>(rank)]);
-      TracedHits empty;
-      const auto& expected =
-          traced_paths(empty, rank, query, target, problem.table, problem.matrix, &problem.p);
-      const auto& given = traced_paths(store, rank, query, target, problem.table, problem.matrix, &problem.p);
-      ASSERT_EQ(given.size(), expected.size());
-      for (std::size_t k = 0; k < given.size(); ++k) {
-        ASSERT_EQ(fields(UTvector<PathRec>{given[k].path}), fields(UTvector<PathRec>{expected[k].path}));
-        ASSERT_EQ(given[k].rows.query, expected[k].rows.query);
-        ASSERT_EQ(given[k].rows.target, expected[k].rows.target);
-      }
-      const bool is_kept = rank < store.wanted;
-      EXPECT_EQ(&given == &store.latest.paths, !is_kept);
-      if (is_kept) {
-        store.latest.paths.clear();
-        EXPECT_EQ(&traced_paths(store, rank, query, target, problem.table, problem.matrix, &problem.p),
-                  &given);
-        EXPECT_TRUE(store.latest.paths.empty());
+    Params& p = problem.p;
+    set_keys(p, "MIN_LEN 4 PROBCUT2 1e-7 PROB_TYPE 0");
+    LpfitData lpfit;  // significance exp(-score)
+    lpfit.EXPORLIN = 1;
+    lpfit.paramA[0] = lpfit.paramA[1] = lpfit.paramB[0] = lpfit.paramB[1] = 0.0;
+    lpfit.Bmin = lpfit.Bmax = 1.0;
+    Codes letters = encoded(random_letters(random, "ABCX", 60), problem.matrix);
+    const SeqRec query = record(problem.query), target = record(letters);
+    TracedHits store, empty;
+    store.wanted = 1;
+    const auto ask = [&](TracedHits& hits) -> const TracedHit& {
+      return profile_hit(hits, 0, query, target, problem.table, problem.matrix, lpfit, &p);
+    };
+    p.MIN_SCORE = 6;
+    double significance = 0;
+    for (const PathRec& path : align_hit(store, query, target, problem.table, problem.matrix, &p)) {
+      const bool long_enough =
+          trace_hit_path(store, path, query, target, problem.matrix, lpfit, significance, &p);
+      EXPECT_EQ(long_enough, store.rows.length >= 4);
+    }
+    keep_hit(store, 0);
+    for (p.MIN_SCORE = 6; p.MIN_SCORE <= 12; p.MIN_SCORE += 6) {
+      const TracedHit& given = ask(store);
+      const TracedHit& expected = ask(empty);
+      EXPECT_EQ(&given == &store.kept[0], p.MIN_SCORE == 6);
+      EXPECT_EQ(given.codes, expected.codes);
+      ASSERT_EQ(given.paths.size(), expected.paths.size());
+      for (std::size_t k = 0; k < given.paths.size(); ++k) {
+        const ProfilePath& taken = given.paths[k];
+        EXPECT_EQ(fields(UTvector<PathRec>{taken.path}), fields(UTvector<PathRec>{expected.paths[k].path}));
+        EXPECT_EQ(taken.length, taken.path.end_i - taken.path.start_i + 1);
+        EXPECT_GT(taken.path.best, 16) << "exp(-16) > 1e-7 > exp(-17)";
+        EXPECT_EQ(given.codes[taken.first], letters[static_cast<std::size_t>(taken.path.start_j)]);
+        ++given_paths;
       }
     }
-    EXPECT_LE(store.kept.size(), 4U);
   }
+  EXPECT_GT(given_paths, 100);
 }
 
 }  // namespace zelvan
