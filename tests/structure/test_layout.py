@@ -6,22 +6,6 @@ import unittest
 
 SOURCE = pathlib.Path(os.environ["ZELVAN_SOURCE"]) / "src"
 
-# Which folders a folder may include. driver/main.cpp, the dispatch, is free; the parameter record's header is a
-# leaf that everyone may include.
-MAY_USE = {
-    "util": set(),
-    "driver": {"util"},
-    "seq": {"util"},
-    "bdb": {"util", "seq"},
-    "stats": {"util", "seq"},
-    "align": {"util", "seq", "stats"},
-    "report": {"util", "seq", "align", "stats"},
-    "iter": {"util", "seq", "bdb", "align", "stats", "report"},
-    "dna": {"util", "seq", "bdb", "align", "stats", "report"},
-}
-CONFIGURATION = {"driver/params.h", "driver/gap_defaults.h", "driver/help.h", "driver/progress.h"}
-
-
 def sources():
     """(path below src/, text) of every source file."""
     for path in SOURCE.rglob("*.*"):
@@ -30,18 +14,6 @@ def sources():
 
 
 class Layout(unittest.TestCase):
-    def test_every_include_follows_the_folder_table(self):
-        seen = 0
-        for path, text in sources():
-            folder = path.split("/")[0]
-            for include in re.findall(r'^#include "([^"]+)"', text, re.M):
-                seen += 1
-                if path == "driver/main.cpp" or include in CONFIGURATION and folder != "util":
-                    continue
-                used = include.split("/")[0]
-                self.assertTrue(used == folder or used in MAY_USE[folder], f"{path} includes {include}")
-        self.assertGreater(seen, 50)
-
     def test_only_the_failure_routines_end_the_process(self):
         ends = re.compile(r"\b(_?_?[eE]xit|abort|quick_exit|terminate)\s*\(")
         found = {path for path, text in sources() if ends.search(re.sub(r"//.*", "", text))}
