@@ -6,6 +6,7 @@ import unittest
 
 SOURCE = pathlib.Path(os.environ["ZELVAN_SOURCE"]) / "src"
 
+
 def sources():
     """(path below src/, text) of every source file."""
     for path in SOURCE.rglob("*.*"):
