@@ -16,17 +16,14 @@ double log_length(const SeqRec& seq) {
   return std::log(static_cast<double>(seq.len - 2));
 }
 
-// The path threshold of one hit, which replaces the MIN_SCORE in force.
-int32_t threshold_of_hit(const SeqRec& query, const SeqRec& target, int32_t score, const ScoreMatrix& matrix,
-                         const Params* p) {
-  int32_t threshold = p->MIN_SCORE;
-  if (p->TOP_ONLY == 1) threshold = score - matrix.maxval;
-  if (p->LOG_SCORES != 0) {
-    // Two lengths of 1 give no number.
-    const double ratio = log_length(query) / log_length(target);
-    threshold = UTtruncate(static_cast<double>(static_cast<float>(threshold)) / ratio);
-  }
-  return threshold;
+// The path threshold of one hit, with LOG_SCORES scaled by the lengths.
+int32_t printed_threshold(const RankedScan& scan, int32_t rank, int32_t shown, const Params* p) {
+  const int32_t threshold = path_threshold(scan, rank, shown, p->DO_STATS == 2, p);
+  if (p->LOG_SCORES == 0) return threshold;
+  // Two lengths of 1 give NaN.
+  const double ratio =
+      log_length(scan.query) / log_length(scan.results.seqs[hit_at_rank(scan.results, rank)]);
+  return UTtruncate(static_cast<double>(static_cast<float>(threshold)) / ratio);
 }
 
 // The line of figures above an alignment; without a significance it stays open.
@@ -63,45 +60,35 @@ void print_blocks(const PathRec& path, const UTstring& markers, const AlignedRow
 
 }  // namespace
 
-void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
-                         int32_t n, const ScoreMatrix& matrix, const LookupTable& table,
-                         const LpfitData& lpfit, TracedHits& traced, Params* p) {
-  const int32_t shown = std::clamp(p->MAX_AOUT, 0, n);
+void print_alignments_pp(const RankedScan& scan, TracedHits& traced, Params* p) {
+  const int32_t shown = std::clamp(p->MAX_AOUT, 0, scan.results.n);
   if (shown > 0) require_output_length(p);
-  const int32_t kept_min_score = p->MIN_SCORE;
-  p->MIN_SCORE = p->MIN_ASCORE;
-  if (p->DO_STATS == 2) {
-    for (int32_t k = n - shown; k < n; ++k) p->MIN_SCORE = std::min(p->MIN_SCORE, scores[order[k]]);
+  for (int32_t rank = 0; rank < shown; ++rank) {
+    const int32_t threshold = printed_threshold(scan, rank, shown, p);
+    const UTvector<PathRec> paths = align_hit(traced, scan, rank, threshold, p);
+    const SeqRec& target = scan.results.seqs[hit_at_rank(scan.results, rank)];
+    print_section_start(scan.query, target, rank + 1, paths.size(), p);
+    printal2(scan, target, paths, traced, p);
+    print_section_end(rank + 1);
+    keep_hit(traced);
   }
-  for (int32_t rank = 1; rank <= shown; ++rank) {
-    const int32_t hit = order[n - rank];
-    const SeqRec& target = seqs[hit];
-    p->MIN_SCORE = threshold_of_hit(query, target, scores[hit], matrix, p);
-    const UTvector<PathRec> paths = align_hit(traced, query, target, table, matrix, p);
-    print_section_start(query, target, rank, paths.size(), p);
-    printal2(query, target, matrix, paths, lpfit, traced, p);
-    print_section_end(rank);
-    keep_hit(traced, rank - 1);
-    p->MIN_SCORE = p->MIN_ASCORE;
-  }
-  p->MIN_SCORE = kept_min_score;
 }
 
-void printal2(const SeqRec& query, const SeqRec& target, const ScoreMatrix& matrix,
-              const UTvector<PathRec>& paths, const LpfitData& lpfit, TracedHits& traced, const Params* p) {
+void printal2(const RankedScan& scan, const SeqRec& target, const UTvector<PathRec>& paths,
+              TracedHits& traced, const Params* p) {
   AlignedRows& rows = traced.rows;
   for (std::size_t k = 0; k < paths.size(); ++k) {
     const PathRec& path = paths[k];
     double significance = 0;
-    if (!trace_hit_path(traced, path, query, target, matrix, lpfit, significance, p)) continue;
-    // Not shown when the significance is no number, too.
+    if (!trace_hit_path(traced, scan, path, significance, p)) continue;
+    // NaN is not shown either.
     if (p->DO_STATS == 2 && !(static_cast<double>(p->PROBCUT) >= significance)) continue;
     int32_t identical = 0;
-    const UTstring markers =
-        sdentq(rows.query.data(), rows.target.data(), rows.length, matrix.pairscore, '*', '.', identical);
-    itoseq(rows.query.data(), rows.length + 1, matrix);
-    itoseq(rows.target.data(), rows.length + 1, matrix);
-    print_figures(k + 1, path, query, target, significance, p);
+    const UTstring markers = sdentq(rows.query.data(), rows.target.data(), rows.length, scan.matrix.pairscore,
+                                    '*', '.', identical);
+    itoseq(rows.query.data(), rows.length + 1, scan.matrix);
+    itoseq(rows.target.data(), rows.length + 1, scan.matrix);
+    print_figures(k + 1, path, scan.query, target, significance, p);
     print_blocks(path, markers, rows, p);
     std::fprintf(std_out, "# End_N: %d\n", static_cast<int32_t>(k + 1));
   }

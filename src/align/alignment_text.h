@@ -14,22 +14,19 @@
 namespace zelvan {
 
 // print_alignments_pp - realigns the best hits and writes one section for each to std_out, best first.
-// In     scores[0..n-1]; order[0..n-1]: sequences by increasing score; at most p->MAX_AOUT hits are shown
-//        p is changed during the call and restored (MIN_SCORE)
+// Does   shows p->MAX_AOUT hits at most
 // Out    traced: the hits shown, for build_profile
 // Ends   when OUTPUT_LENGTH is below 1 and there is a hit to show (status -1); as trace_path, then behind the
 //        alignments before it
-void print_alignments_pp(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
-                         int32_t n, const ScoreMatrix& matrix, const LookupTable& table,
-                         const LpfitData& lpfit, TracedHits& traced, Params* p);
+void print_alignments_pp(const RankedScan& scan, TracedHits& traced, Params* p);
 
 // printal2 - traces and writes the alignments of one hit, one after the other, numbered by their place in `paths`.
 // Does   leaves out, with its number, a path shorter than MIN_LEN columns or, with DO_STATS 2, less
 //        significant than PROBCUT
-// In     paths: of align_hit
+// In     paths: of align_hit for the latest hit, which `target` is
 // Ends   as trace_path
-void printal2(const SeqRec& query, const SeqRec& target, const ScoreMatrix& matrix,
-              const UTvector<PathRec>& paths, const LpfitData& lpfit, TracedHits& traced, const Params* p);
+void printal2(const RankedScan& scan, const SeqRec& target, const UTvector<PathRec>& paths,
+              TracedHits& traced, const Params* p);
 
 // print_section_start, print_section_end - the lines that open and close the section of one hit.
 // In     rank from 1; npaths: the alignments found, printed or not

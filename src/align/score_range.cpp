@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "driver/search_mode.h"
 #include "util/failure.h"
 #include "util/streams.h"
 
@@ -25,7 +26,7 @@ int64_t best_possible(const LookupTable& table, const ScoreMatrix& matrix) {
 // The lowest penalty, 0 when none is negative.
 int64_t lowest_penalty(const LookupTable& table, const ScoreMatrix& matrix, const Params* p) {
   int32_t lowest = std::min({0, p->LD_PEN, p->LI_PEN, p->FS_PEN, p->FSE_PEN});
-  if (p->MODE == 210 || p->MODE == 212) {
+  if (decode_mode(p->MODE).gaps_by_position) {
     for (const char gap : {p->GAP_CHARACTER, p->IGAP_CHARACTER}) {
       const int32_t* row = table[residue_code(matrix, gap)];
       lowest = std::min(lowest, *std::min_element(row, row + table.cols));

@@ -2,69 +2,48 @@
 
 #include <cstdio>
 
-#include "align/lookup.h"
-#include "align/score_range.h"
-#include "bdb/database.h"
-#include "bdb/extraction.h"
 #include "dna/frame_scan.h"
 #include "dna/frame_shift_text.h"
 #include "driver/gap_defaults.h"
-#include "driver/progress.h"
+#include "driver/search/search.h"
+#include "driver/search_mode.h"
 #include "report/result_sort.h"
 #include "report/score_list.h"
 #include "seq/alphabet.h"
 #include "seq/codon.h"
-#include "seq/matrix.h"
 #include "seq/residue_kind.h"
 #include "seq/sequence_file.h"
 #include "stats/zscore_log.h"
 #include "stats/zscore_stats.h"
 #include "util/failure.h"
 #include "util/streams.h"
-#include "util/timing.h"
 
 namespace zelvan {
 namespace {
 
-// What every translated search sets up first.
-struct Setup {
+// What one run works on.
+struct TranslatedSearch {
+  Search search;  // a DNA query is translated before it is encoded
   CodonTable codons;
-  const ScoreMatrix* matrix = nullptr;  // lives for the process
-  SeqStore query_store;
-  SeqRec query;          // encoded; a DNA query translated before
   UTvector<int8_t> dna;  // the letters of a DNA query, else empty
-  LookupTable table;
-};
-
-// One search with a ranked result.
-struct Search {
-  Setup setup;
-  Database database;
-  UTvector<int32_t> scores;  // [n] x PRECISION
-  UTvector<int32_t> order;   // of the score list, best last
-  RunTimes times;
 };
 
 bool query_is_dna(const Params* p) {
-  return p->MODE == 20 || p->MODE == 22;
+  return decode_mode(p->MODE).comparison == Comparison::TRANSLATED_QUERY;
 }
 
-void set_up(Setup& setup, const char* matrix_message, Params* p) {
+void set_up(TranslatedSearch& translated, const char* matrix_message, Params* p) {
+  Search& search = translated.search;
   progress("Getting codon table\n", p);
-  setup.codons = getcodon(p);
+  translated.codons = getcodon(p);
   progress(matrix_message, p);
-  setup.matrix = getmat(p);
-  setup.query = get_query_seq(setup.query_store, p);
-  SeqRec& query = setup.query;
-  warn_of_query(query, p);
-  if (p->VERBOSE != 0) {
-    std::fprintf(std_err, "Query:\n%s\n%s\n%s\n", query.id, query.title,
-                 reinterpret_cast<const char*>(query.seq + 1));
-  }
-  if (query_is_dna(p)) setup_dnaseq(setup.dna, query, setup.codons, p->COMPLEMENT_QUERY);
-  seqtoi(query.seq, query.len, *setup.matrix);
+  search.matrix = getmat(p);
+  read_query(search, p);
+  SeqRec& query = search.query;
+  if (query_is_dna(p)) setup_dnaseq(translated.dna, query, translated.codons, p->COMPLEMENT_QUERY);
+  seqtoi(query.seq, query.len, *search.matrix);
   progress("Building lookup table\n", p);
-  setup.table = mlook(query.seq, query.len, *setup.matrix);
+  search.table = mlook(query.seq, query.len, *search.matrix);
 }
 
 // ---- Mode 10: the database passes by in batches and is never held as a whole.
@@ -77,41 +56,45 @@ struct Batch {
   int32_t longest = 0;  // of all batches so far, stored length: scores against it fit 32 bits
 };
 
-void score_batch(const Batch& batch, const Setup& setup, const Params* p) {
+// The last two positions of a sequence, which begin no whole codon, are no rows here.
+void score_batch(const Batch& batch, const Search& search, const Params* p) {
   constexpr int32_t DIVISOR = 100;  // whatever PRECISION is
-  UTvector<int32_t> scores(batch.seqs.size());
-  scan_frames(setup.query.len, batch.seqs.data(), static_cast<int32_t>(batch.seqs.size()), setup.table,
-              scores.data(), p);
+  UTvector<SeqRec> rows = batch.seqs;
+  for (SeqRec& row : rows) row.len -= 2;
+  UTvector<int32_t> scores(rows.size());
+  scan_frames(search.query.len, rows.data(), static_cast<int32_t>(rows.size()), search.table, scores.data(),
+              p);
   for (std::size_t k = 0; k < scores.size(); ++k) {
-    std::fprintf(std_out, "%d %s\n", scores[k] / DIVISOR, batch.seqs[k].id);
+    std::fprintf(std_out, "%d %s\n", scores[k] / DIVISOR, rows[k].id);
   }
 }
 
 // Translates and encodes a record. Where that cannot be done, the run ends behind the lines of those before it.
-void append_translated(Batch& batch, SeqRec record, const Setup& setup, const Params* p) {
-  if (const int32_t at = translate_dna(record, setup.codons); at != 0) {
-    score_batch(batch, setup, p);
+void append_translated(Batch& batch, SeqRec record, const TranslatedSearch& translated, const Params* p) {
+  const Search& search = translated.search;
+  if (const int32_t at = translate_dna(record, translated.codons); at != 0) {
+    score_batch(batch, search, p);
     end_untranslated(record, at, "Something weird happened when translating (swipd)");
   }
   if (record.len > batch.longest) {
     batch.longest = record.len;
-    if (!scores_fit(setup.table, *setup.matrix, batch.longest, p)) {
-      score_batch(batch, setup, p);
-      check_score_range(setup.table, *setup.matrix, &record, 1, p);
+    if (!scores_fit(search.table, *search.matrix, batch.longest, p)) {
+      score_batch(batch, search, p);
+      check_score_range(search.table, *search.matrix, &record, 1, p);
     }
   }
-  seqtoi(record.seq, record.len, *setup.matrix);
+  seqtoi(record.seq, record.len, *search.matrix);
   batch.seqs.push_back(record);
 }
 
-void read_batch(Batch& batch, SeqReader& reader, const Setup& setup, const Params* p) {
+void read_batch(Batch& batch, SeqReader& reader, const TranslatedSearch& translated, const Params* p) {
   batch.seqs.clear();
   freeseqs(batch.store);
   SeqRec record;
   for (int64_t bases = 0; bases < BATCH_BASES; bases += record.len) {
     if (!get_db_seq(reader, batch.store, record, p)) break;
-    if (batch.longest == 0) warn_of_database(&record, 1, p);  // the first of all
-    append_translated(batch, record, setup, p);
+    if (batch.longest == 0) warn_of_database(&record, 1, p);
+    append_translated(batch, record, translated, p);
   }
 }
 
@@ -127,56 +110,48 @@ void check_settings(const Params* p) {
   }
 }
 
-void translate_database(Search& search, const Params* p) {
+void translate_database(Database& database, const CodonTable& codons, const Params* p) {
   if (stored_as_codes(p)) {
     UTend_input(std_err, "For DNA, the binary database must not be built with APPLY_INDEX\nSorry...\n");
   }
   UTvector<int8_t> letters;  // of one sequence at a time: nothing prints them
-  for (int32_t k = 0; k < search.database.n; ++k) {
-    setup_dnaseq(letters, search.database.seqs[k], search.setup.codons, p->COMPLEMENT_QUERY);
+  for (int32_t k = 0; k < database.n; ++k) {
+    setup_dnaseq(letters, database.seqs[k], codons, p->COMPLEMENT_QUERY);
   }
 }
 
-void prepare_database(Search& search, Params* p) {
-  Database& database = search.database;
-  const Stopwatch before = UT_keep_times();
-  load_database(database, *search.setup.matrix, p);
-  if (!stored_as_codes(p)) warn_of_database(database.seqs, database.n, p);
-  if (!query_is_dna(p)) translate_database(search, p);
-  if (database.n < p->MIN_NSTATS) p->DO_STATS = 0;
-  if (!stored_as_codes(p)) {
-    progress("Converting database sequences\n", p);
-    encode_sequences(database.seqs, database.n, *search.setup.matrix);
-    show_time("Convert database ", p);
-  }
-  UT_return_to_times(before);  // the slot covers all of the loading, whatever was shown on the way
-  search.times[TIME_LOAD] = UT_get_times(1);
+void prepare_database(TranslatedSearch& translated, Params* p) {
+  Search& search = translated.search;
+  load_phase(search, [&] {
+    read_database(search, p);
+    if (!query_is_dna(p)) translate_database(search.database, translated.codons, p);
+    if (search.database.n < p->MIN_NSTATS) p->DO_STATS = 0;
+    encode_database(search, p);
+  });
 }
 
 void scan(Search& search, const Params* p) {
   const Database& database = search.database;
   if (p->VERBOSE != 0) std::fprintf(std_err, "Scanning database of %d sequences\n", database.n);
-  check_score_range(search.setup.table, *search.setup.matrix, database.seqs, database.n, p);
-  search.scores.assign(static_cast<std::size_t>(database.n), 0);
-  UT_get_times(1);  // a reading that nobody sees: the slot then covers the scan alone, and so the rate
-  scan_frames(search.setup.query.len, database.seqs, database.n, search.setup.table, search.scores.data(), p);
-  search.times[TIME_SCAN] = UT_get_times(1);
-  show_time("Scan database  ", p);
+  const auto scan_all = [&] {
+    scan_frames(search.query.len, database.seqs, database.n, search.table, search.scores.data(), p);
+  };
+  scan_phase(search, "Scan database  ", scan_all, p);
 }
 
 // The best hits by significance, or by score where there are no statistics, which leave the list unranked.
-void print_alignments(const Search& search, ResultRec results, const Params* p) {
+void print_alignments(const TranslatedSearch& translated, ResultRec results, const Params* p) {
+  const Search& search = translated.search;
   UTvector<int32_t> by_score;
   if (results.significance == nullptr) {
     by_score = do_zs_sort(results.scores, results.n, p);
     results.order = by_score.data();
   }
-  print_frame_alignments(search.setup.query, search.setup.dna, results, *search.setup.matrix,
-                         search.setup.table, p);
+  print_frame_alignments(search.query, translated.dna, results, *search.matrix, search.table, p);
 }
 
-void report(Search& search, Params* p) {
-  const Setup& setup = search.setup;
+void report(TranslatedSearch& translated, Params* p) {
+  Search& search = translated.search;
   ResultRec results;
   results.seqs = search.database.seqs;
   results.scores = search.scores.data();
@@ -188,57 +163,53 @@ void report(Search& search, Params* p) {
   if (p->DO_STATS == 1) {
     const ZStats stats = do_stats(results.scores, results.seqs, results.n, p);
     zscores = get_zscores(stats, results.scores, results.seqs, results.n, p);
-    if (p->DUMP_STATS == 1) dump_stats(stats, zscores.data(), setup.query, p);
+    if (p->DUMP_STATS == 1) dump_stats(stats, zscores.data(), search.query, p);
     search.order = do_zs_sort(zscores.data(), results.n, p);
     significance = (p->FIT_TYPE == 1 ? get_p : get_e)(zscores.data(), results.n, p);
     results.order = search.order.data();
     results.zscores = zscores.data();
     results.significance = significance.data();
     const int32_t lines =
-        print_score_list2(setup.query, results, *setup.matrix, &stats.line, search.times, p);
+        print_score_list2(search.query, results, *search.matrix, &stats.line, search.times, p);
     if (p->APRINT_TO_THRESHOLD == 1) p->MAX_AOUT = lines;
   } else {
-    print_score_list(setup.query, results, *setup.matrix, search.times, p);
+    print_score_list(search.query, results, *search.matrix, search.times, p);
   }
-  if (query_is_dna(p)) print_alignments(search, results, p);
+  if (query_is_dna(p)) print_alignments(translated, results, p);
 }
 
 void search_translated(Params* p) {
   check_settings(p);
   UT_init_times();
   setgapdefs(p);
-  Search search;
-  set_up(search.setup, "Getting matrix\n", p);
+  TranslatedSearch translated;
+  Search& search = translated.search;
+  set_up(translated, "Getting matrix\n", p);
   search.times[TIME_SETUP] = UT_get_times(1);
-  prepare_database(search, p);
+  prepare_database(translated, p);
   scan(search, p);
-  report(search, p);
-  extract_seqs(search.database.seqs, search.database.n, search.order.data(), *search.setup.matrix, p);
-  search.times[TIME_ALIGNMENTS] = UT_get_times(1);
-  show_time("Write results ", p);
-  UT_reset_times();
-  if (p->SHOW_BLURB != 0) {
-    print_times2(std_out, search.times, search.setup.query.len - 2, p->binfo->nres);
-  }
-  p->binfo = nullptr;
+  report(translated, p);
+  finish_search(search, p);
 }
 
 }  // namespace
 
 void swipd(Params* p) {
   if (p->TIME == 1) UT_init_times();
-  Setup setup;
-  set_up(setup, "Getting pairscore matrix\n", p);
+  TranslatedSearch translated;
+  set_up(translated, "Getting pairscore matrix\n", p);
   progress("Opening database\n", p);
   SeqReader reader = open_text_database(p);
   progress("Scanning\n", p);
   if (p->VERBOSE != 0) {
     std::fprintf(std_err, "Penalties: ld_pen: %d li_pen: %d fs_pen %d\n", p->LD_PEN, p->LI_PEN, p->FS_PEN);
   }
+  const Search& search = translated.search;
   Batch batch;
-  reader.before_end = [&] { score_batch(batch, setup, p); };
-  for (read_batch(batch, reader, setup, p); !batch.seqs.empty(); read_batch(batch, reader, setup, p)) {
-    score_batch(batch, setup, p);
+  reader.before_end = [&] { score_batch(batch, search, p); };
+  for (read_batch(batch, reader, translated, p); !batch.seqs.empty();
+       read_batch(batch, reader, translated, p)) {
+    score_batch(batch, search, p);
   }
   UTfileclose(p->DB_FILE, 0);
   if (p->TIME == 1) {

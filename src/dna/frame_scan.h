@@ -12,8 +12,7 @@
 namespace zelvan {
 
 // scan_frames - the score of every database sequence against the table, by the kernel of p->MODE with LD_PEN,
-//        LI_PEN and FS_PEN: 10 nswli over the rows of len - 2; 12 nswli over the rows of len; 20 npswl;
-//        22 npswli2.
+//        LI_PEN and FS_PEN: nswli for the modes 10 and 12, npswl for 20, npswli2 for 22.
 // In     m: stored query length, 2..MP_LEN; seqs[0..n-1]: encoded (modes 10 and 12: translated, then encoded)
 // Out    out_scores[0..n-1], matrix units x PRECISION; -1 where no cell is computed. Any other mode leaves
 //        them as they are. A long scan tells on a terminal how far it is (scan_meter.h)

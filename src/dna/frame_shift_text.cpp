@@ -6,6 +6,7 @@
 
 #include "align/alignment_text.h"
 #include "dna/frame_shift_traceback.h"
+#include "driver/search_mode.h"
 #include "util/streams.h"
 
 namespace zelvan {
@@ -153,7 +154,7 @@ void print_frame_alignments(const SeqRec& query, const UTvector<int8_t>& dna, co
                             const ScoreMatrix& matrix, const LookupTable& table, const Params* p) {
   const int32_t shown = std::clamp(p->MAX_AOUT, 0, results.n);
   if (shown > 0) require_output_length(p);
-  const int32_t li_pen = p->MODE == 20 ? p->LD_PEN : p->LI_PEN;
+  const int32_t li_pen = decode_mode(p->MODE).affine ? p->LI_PEN : p->LD_PEN;
   MoveFlags flags;
   for (int32_t rank = 1; rank <= shown; ++rank) {
     const int32_t hit = results.order[results.n - rank];

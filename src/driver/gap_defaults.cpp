@@ -1,6 +1,7 @@
 #include "driver/gap_defaults.h"
 
 #include "driver/config_file.h"
+#include "driver/search_mode.h"
 #include "driver/key_table.h"
 #include "util/streams.h"
 #include "util/text.h"
@@ -25,9 +26,9 @@ bool read_entry(const char* line, int32_t precision, GapDefault& out_entry) {
 
 // The mode under which the penalties of a search are listed.
 int32_t mode_family(int32_t mode) {
-  if (mode == 200 || mode == 210) return 0;
-  if (mode == 202 || mode == 212) return 2;
-  return mode;
+  const SearchMode decoded = decode_mode(mode);
+  if (decoded.comparison != Comparison::PROTEINS) return mode;
+  return decoded.affine ? 2 : 0;
 }
 
 }  // namespace

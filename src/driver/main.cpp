@@ -9,6 +9,7 @@
 #include "driver/gap_defaults.h"
 #include "driver/output_files.h"
 #include "driver/params.h"
+#include "driver/search_mode.h"
 #include "iter/iter_driver.h"
 #include "util/failure.h"
 #include "util/streams.h"
@@ -61,11 +62,11 @@ Params* configure(int argc, const char* const* argv) {
 void run_mode(Params* p) {
   switch (p->MODE) {
     case 0:
-      p->MODE = 200;
+      p->MODE = LINEAR_MODE;
       swpp2_iter(p);
       break;
     case 2:
-      p->MODE = 202;
+      p->MODE = AFFINE_MODE;
       swpp2_iter(p);
       break;
     case 200:

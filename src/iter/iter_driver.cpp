@@ -1,45 +1,24 @@
 #include "iter/iter_driver.h"
 
 #include "align/alignment_text.h"
-#include "align/lookup.h"
 #include "align/scan/scan.h"
-#include "align/score_range.h"
 #include "align/trace/traced_hits.h"
-#include "bdb/database.h"
-#include "bdb/extraction.h"
 #include "driver/gap_defaults.h"
-#include "driver/progress.h"
+#include "driver/search/search.h"
+#include "driver/search_mode.h"
 #include "iter/fit_failure.h"
 #include "iter/profile.h"
 #include "report/iteration_changes.h"
 #include "report/multiple_alignment.h"
 #include "report/result_sort.h"
-#include "report/run_header.h"
 #include "report/score_list.h"
 #include "seq/alphabet.h"
-#include "seq/matrix.h"
-#include "seq/residue_kind.h"
-#include "seq/sequence_file.h"
 #include "stats/lpfit.h"
 #include "util/failure.h"
 #include "util/streams.h"
-#include "util/timing.h"
 
 namespace zelvan {
 namespace {
-
-// What one run works on.
-struct Search {
-  const ScoreMatrix* matrix = nullptr;  // lives for the process
-  SeqStore query_store;
-  SeqRec query;
-  LookupTable table;  // the profile from the second iteration on
-  Database database;
-  UTvector<int32_t> scores;  // [n] of the latest scan, x PRECISION
-  UTvector<int32_t> order;   // the latest ranking, best last; empty until there is one
-  IterHistory history;
-  RunTimes times;
-};
 
 void set_up(Search& search, Params* p) {
   require_precision(p);
@@ -51,13 +30,8 @@ void set_up(Search& search, Params* p) {
   progress("Getting matrix\n", p);
   search.matrix = getmat(p);
   progress("Getting query\n", p);
-  search.query = get_query_seq(search.query_store, p);
-  SeqRec& query = search.query;
-  warn_of_query(query, p);
-  if (p->VERBOSE != 0) {
-    std::fprintf(std_err, "Query:\n%s\n%s\n%s\n", query.id, query.title,
-                 reinterpret_cast<const char*>(query.seq + 1));
-  }
+  read_query(search, p);
+  const SeqRec& query = search.query;
   seqtoi(query.seq, query.len, *search.matrix);
   if (p->VERBOSE != 0) {
     std::fprintf(std_err, "Building lookup table (pen = %d, pen1 = %d)\n", p->LD_PEN, p->LI_PEN);
@@ -68,25 +42,18 @@ void set_up(Search& search, Params* p) {
 }
 
 void prepare_database(Search& search, Params* p) {
-  Database& database = search.database;
-  const Stopwatch before = UT_keep_times();
-  load_database(database, *search.matrix, p);
-  show_time("Load database ", p);
-  if (!stored_as_codes(p)) {
-    warn_of_database(database.seqs, database.n, p);
-    progress("Converting database sequences\n", p);
-    encode_sequences(database.seqs, database.n, *search.matrix);
-    show_time("Convert database ", p);
-  }
-  GetDBFreqs(database.seqs, database.n, p);
-  if (p->VERBOSE != 0) DumpDBFreqs(std_err, p);
-  UT_return_to_times(before);  // the slot covers all of the loading, whatever was shown on the way
-  search.times[TIME_LOAD] = UT_get_times(1);
+  const Database& database = search.database;
+  load_phase(search, [&] {
+    read_database(search, p);
+    show_time("Load database ", p);
+    encode_database(search, p);
+    GetDBFreqs(database.seqs, database.n, p);
+    if (p->VERBOSE != 0) DumpDBFreqs(std_err, p);
+  });
   if (p->VERBOSE != 0) std::fprintf(std_err, "Scanning database of %d sequences\n", database.n);
   show_time("", p);
 
-  search.scores.assign(static_cast<std::size_t>(database.n), 0);
-  p->DB_QUERY_RATIO = static_cast<double>(p->binfo->nres) / static_cast<double>(search.query.len - 2);
+  p->DB_QUERY_RATIO = static_cast<double>(p->binfo->nres) / static_cast<double>(residues(search.query));
   if (p->VERBOSE > 10) {
     std::fprintf(stderr, "Penalties: pen = %d pen1 = %d\n", p->LD_PEN, p->LI_PEN);
     std::fputs("Lookup table for first search\n", stderr);
@@ -109,44 +76,41 @@ void close_side_files(Params* p) {
 }
 
 void scan(Search& search, const Params* p) {
-  check_score_range(search.table, *search.matrix, search.database.seqs, search.database.n, p);
-  UT_get_times(1);  // a reading that nobody sees: the slot then covers this scan alone, and so the rate
-  scan_database(search.query.len, search.database.seqs, search.database.n, search.table, *search.matrix,
-                search.scores.data(), p);
-  search.times[TIME_SCAN] = UT_get_times(1);
-  show_time("Scan database", p);
+  const auto scan_all = [&] {
+    scan_database(search.query.len, search.database.seqs, search.database.n, search.table, *search.matrix,
+                  search.scores.data(), p);
+  };
+  scan_phase(search, "Scan database", scan_all, p);
 }
 
 LpfitData fit_statistics(const Search& search, const Params* p) {
   progress("About to call setup_lpfit\n", p);
   LpfitData lpfit =
-      setup_lpfit(search.query.len - 2, search.database.seqs, search.scores.data(), search.database.n, p);
+      setup_lpfit(residues(search.query), search.database.seqs, search.scores.data(), search.database.n, p);
   progress("About to call do_lpfit\n", p);
   if (const int32_t code = do_lpfit(lpfit); code > 0) {
     UTend_input(std_err, "Failure in fitting routines - exiting with Error: %d\n%s\n", code,
-                fit_remedy(code, search.query.len - 2, search.database.seqs, search.database.n));
+                fit_remedy(code, residues(search.query), search.database.seqs, search.database.n));
   }
   return lpfit;
 }
 
 void trace_ranking(const ResultRec& results) {
   for (int32_t rank = 0; rank < results.n; ++rank) {
-    const int32_t k = results.order[results.n - 1 - rank];
+    const int32_t k = hit_at_rank(results, rank);
     std::fprintf(std_out, "After cpv: %s %d %d %d %g %g\n", results.seqs[k].id, rank, k, results.scores[k],
                  results.standardised[k], results.significance[k]);
   }
 }
 
-void build_next_profile(Search& search, const LpfitData& lpfit, TracedHits& traced, int32_t iteration,
-                        Params* p) {
+void build_next_profile(const RankedScan& ranked, LookupTable& table, TracedHits& traced, Params* p) {
   const auto announce = [&](const char* format) {
-    if (p->VERBOSE != 0) std::fprintf(std_err, format, iteration);
+    if (p->VERBOSE != 0) std::fprintf(std_err, format, p->ITERATION);
   };
   announce("About to call initialise_aldat: Iteration %d\n");
-  AlignData aldat = initialise_aldat(search.query);
+  AlignData aldat = initialise_aldat(ranked.query);
   announce("About to call build_profile: Iteration %d\n");
-  build_profile(search.query, search.database.seqs, search.scores.data(), search.order.data(),
-                search.database.n, *search.matrix, search.table, lpfit, p->n_probcut2_hits, traced, aldat, p);
+  build_profile(ranked, p->n_probcut2_hits, traced, table, aldat, p);
   announce("About to call print_multiple_alignment Iteration %d\n");
   print_multiple_alignment(aldat, p);
   announce("About to call print_frag_file Iteration %d\n");
@@ -157,7 +121,7 @@ void build_next_profile(Search& search, const LpfitData& lpfit, TracedHits& trac
 }
 
 // One pass over the database and all that follows from it. Returns the number of changes of the hit list.
-int32_t iterate(Search& search, int32_t iteration, Params* p) {
+int32_t iterate(Search& search, IterHistory& history, int32_t iteration, Params* p) {
   scan(search, p);
   if (p->NPRINT_TO_THRESHOLD == 1) p->MAX_NOUT = search.database.n;
   LpfitData lpfit = fit_statistics(search, p);
@@ -183,9 +147,9 @@ int32_t iterate(Search& search, int32_t iteration, Params* p) {
   const int32_t totn = print_score_list3(search.query, results, *search.matrix, search.times, p);
   if (p->VERBOSE != 0) std::fprintf(std_err, "totn: %d\n", totn);
   progress("About to call iter_hist\n", p);
-  iter_hist(search.history, results, iteration, p->n_probcut2_hits, p);
+  iter_hist(history, results, iteration, p->n_probcut2_hits, p);
   progress("About to print_changes\n", p);
-  const int32_t changes = print_changes(search.history, search.database.seqs, iteration, std_out, p);
+  const int32_t changes = print_changes(history, search.database.seqs, iteration, std_out, p);
 
   if (p->VERBOSE != 0) {
     std::fprintf(std_err, "PROBCUT: %f MAX_AOUT: %d\n", static_cast<double>(p->PROBCUT), p->MAX_AOUT);
@@ -197,22 +161,23 @@ int32_t iterate(Search& search, int32_t iteration, Params* p) {
   }
   TracedHits traced;
   traced.wanted = p->n_probcut2_hits;
-  print_alignments_pp(search.query, search.database.seqs, search.scores.data(), search.order.data(),
-                      search.database.n, *search.matrix, search.table, lpfit, traced, p);
-  build_next_profile(search, lpfit, traced, iteration, p);
+  const RankedScan ranked = {search.query, *search.matrix, search.table, lpfit, results};
+  print_alignments_pp(ranked, traced, p);
+  build_next_profile(ranked, search.table, traced, p);
   p->lpfit = nullptr;
   return changes;
 }
 
 void search_until_stable(Search& search, Params* p) {
+  IterHistory history;
   int32_t changes = -1;
   for (int32_t i = 0; i < p->NITER && changes != 0; ++i) {
-    changes = iterate(search, i, p);
+    changes = iterate(search, history, i, p);
     if (changes == 0) {
       std::fputs("#\n# Have converged - skipping any remaining iterations.\n#\n", std_out);
     }
-    if (i == 0 && p->MODE == 202 && p->MIXED_MODE == 1) {
-      p->MODE = 200;
+    if (i == 0 && p->MODE == AFFINE_MODE && p->MIXED_MODE == 1) {
+      p->MODE = LINEAR_MODE;
       p->LD_PEN = p->MM_LD_PEN;
     }
   }
@@ -227,14 +192,7 @@ void swpp2_iter(Params* p) {
   open_side_files(p);
   search_until_stable(search, p);
   close_side_files(p);
-  // Without an iteration there is no ranking, and nothing to extract.
-  extract_seqs(search.database.seqs, static_cast<int32_t>(search.order.size()), search.order.data(),
-               *search.matrix, p);
-  search.times[TIME_ALIGNMENTS] = UT_get_times(1);
-  show_time("Write results ", p);
-  UT_reset_times();
-  if (p->SHOW_BLURB != 0) print_times2(std_out, search.times, search.query.len - 2, p->binfo->nres);
-  p->binfo = nullptr;
+  finish_search(search, p);
 }
 
 }  // namespace zelvan

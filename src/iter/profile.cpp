@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "driver/progress.h"
+#include "driver/search_mode.h"
 #include "iter/profile_counts.h"
 #include "iter/profile_log_odds.h"
 #include "util/failure.h"
@@ -34,22 +35,18 @@ void profal2(const SeqRec& seq, const TracedHit& hit, int8_t gap, LookupTable& c
 
 }  // namespace
 
-void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
-                   int32_t nhits, const ScoreMatrix& matrix, LookupTable& table, const LpfitData& lpfit,
-                   int32_t nsel, TracedHits& traced, AlignData& aldat, Params* p) {
-  const int32_t saved_min_score = p->MIN_SCORE;
-  const int32_t first = std::max(nhits - nsel, 0);
-  p->MIN_SCORE = p->MIN_ASCORE;
-  for (int32_t i = first; i < nhits; ++i) p->MIN_SCORE = std::min(p->MIN_SCORE, scores[order[i]]);
-
+void build_profile(const RankedScan& scan, int32_t nsel, TracedHits& traced, LookupTable& table,
+                   AlignData& aldat, Params* p) {
+  const SeqRec& query = scan.query;
+  const ScoreMatrix& matrix = scan.matrix;
+  const int32_t chosen = std::min(nsel, scan.results.n);
   const int8_t gap = residue_code(matrix, p->GAP_CHARACTER);
   LookupTable count = simple_look(query.len, matrix);
-  for (int32_t i = nhits - 1; i >= first; --i) {
-    const SeqRec& hit = seqs[order[i]];
-    if (p->TOP_ONLY == 1) p->MIN_SCORE = scores[order[i]] - matrix.maxval;
-    if (p->MODE != 200 && p->MODE != 202 && p->MODE != 210 && p->MODE != 212) refuse_mode();
-    profal2(hit, profile_hit(traced, nhits - 1 - i, query, hit, table, matrix, lpfit, p), gap, count, aldat);
-    p->MIN_SCORE = p->MIN_ASCORE;
+  for (int32_t rank = 0; rank < chosen; ++rank) {
+    if (decode_mode(p->MODE).comparison != Comparison::PROTEINS) refuse_mode();
+    const int32_t threshold = path_threshold(scan, rank, chosen, true, p);
+    profal2(scan.results.seqs[hit_at_rank(scan.results, rank)], profile_hit(traced, scan, rank, threshold, p),
+            gap, count, aldat);
   }
   if (p->PRINT_FRQ_TABS == 1) {
     std::fprintf(std_out, "# Frequency table derived from iteration: %d\n", p->ITERATION);
@@ -66,7 +63,6 @@ void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* score
     std::fprintf(std_out, "#\n# Lookup table (profile) derived from iteration: %d\n", p->ITERATION);
     PrintLookup4(query.len, table, matrix, std_out, p);
   }
-  p->MIN_SCORE = saved_min_score;
 }
 
 }  // namespace zelvan

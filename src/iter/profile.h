@@ -7,9 +7,6 @@
 #include "align/trace/traced_hits.h"
 #include "driver/params.h"
 #include "report/multiple_alignment.h"
-#include "seq/matrix.h"
-#include "seq/sequence.h"
-#include "stats/lpfit.h"
 
 namespace zelvan {
 
@@ -18,14 +15,12 @@ namespace zelvan {
 //        significance is at or below PROBCUT2 becomes a row; then weight method 0 (profile_counts.h), 1 or 2
 //        (profile_log_odds.h) makes the new table, any other value of PROFILE_WEIGHT_METHOD leaves it. Prints
 //        counts and table on std_out when PRINT_FRQ_TABS and PRINT_PROFILES ask for it
-// In     order[0..nhits-1]: sequences from least to most significant; scores x PRECISION; nsel: hits at or
-//        below PROBCUT2; lpfit: after apply_lpfit; traced: what print_alignments_pp left of this very ranking,
-//        or nothing
-// Out    aldat: rows appended, best hit first; p is changed during the call and restored (MIN_SCORE)
+// In     nsel: hits at or below PROBCUT2; traced: what print_alignments_pp left of this very scan, or nothing
+// In/Out table: the one of the scan
+// Out    aldat: rows appended, best hit first
 // Ends   for any MODE but 200, 202, 210 and 212 once there is a hit to align, and on entries beyond 32 bits
 //        (status -1)
-void build_profile(const SeqRec& query, const SeqRec* seqs, const int32_t* scores, const int32_t* order,
-                   int32_t nhits, const ScoreMatrix& matrix, LookupTable& table, const LpfitData& lpfit,
-                   int32_t nsel, TracedHits& traced, AlignData& aldat, Params* p);
+void build_profile(const RankedScan& scan, int32_t nsel, TracedHits& traced, LookupTable& table,
+                   AlignData& aldat, Params* p);
 
 }  // namespace zelvan

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "driver/progress.h"
+#include "driver/search_mode.h"
 #include "iter/profile_entry.h"
 #include "iter/residue_model.h"
 #include "iter/row_weights.h"
@@ -154,15 +155,15 @@ double gap_log_odds(double gaps, double observations, double lambda, double pena
 }
 
 // The gap row holds log-odds of gaps on entry, penalties on return.
-void set_variable_penalties(const ScoreMatrix& matrix, int32_t npositions, LookupTable& table,
-                            const Params* p) {
+void set_variable_penalties(const SearchMode& mode, const ScoreMatrix& matrix, int32_t npositions,
+                            LookupTable& table, const Params* p) {
   int32_t* gap_row = table[residue_code(matrix, p->GAP_CHARACTER)];
   int32_t* opening_row = table[residue_code(matrix, p->IGAP_CHARACTER)];
   const double ratio = p->LI_PEN != 0 ? static_cast<double>(p->LD_PEN) / p->LI_PEN : 1.0;
   const auto entry = [&](double value, int32_t i) { return profile_entry(value, i + 1, PENALTY_KEYS, p); };
   for (int32_t i = 0; i < npositions; ++i) {
     const double lowered = p->PEN_FACTOR * gap_row[i];
-    if (p->MODE == 210) {
+    if (!mode.affine) {
       gap_row[i] = entry(p->LD_PEN - lowered, i);
     } else {
       opening_row[i] = entry(p->LI_PEN - lowered, i);
@@ -177,12 +178,12 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
   progress("About to call dmlook\n", p);
   const SeqRec& query = *aldat.query;
   const int8_t gap = residue_code(matrix, p->GAP_CHARACTER);
-  const bool variable_gaps = p->MODE == 210 || p->MODE == 212;
-  const double penalty = p->MODE == 210 ? p->LD_PEN : p->LI_PEN;
+  const SearchMode mode = decode_mode(p->MODE);
+  const double penalty = mode.affine ? p->LI_PEN : p->LD_PEN;
   const int32_t npositions = query.len - 1;
   const ResidueModel model = make_residue_model(matrix, p->PRECISION);
   table = mlookgap(query.seq, query.len, matrix, p->LD_PEN, p->LI_PEN, p);
-  if (variable_gaps) std::fill_n(table[gap], npositions, 0);
+  if (mode.gaps_by_position) std::fill_n(table[gap], npositions, 0);
 
   RowWeights weights = start_row_weights(aldat, matrix);
   Ratios ratios = {make_table<double>(npositions, matrix.inlen, 0.0), {}};
@@ -191,7 +192,7 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
     if (weights.nactive == 0) continue;
     if (p->VERBOSE == TRACE_WEIGHTS) trace_weights(weights, i);
     const Column column = observe(weights, i, aldat, model, matrix.inlen, gap);
-    if (variable_gaps) {
+    if (mode.gaps_by_position) {
       // The kernels read the penalties of query position i from entry i - 1.
       const double log_odds = gap_log_odds(column.gaps, weights.mean_distinct, model.lambda, penalty, p);
       table[gap][i - 1] = profile_entry(log_odds, i, SCORE_KEYS, p);
@@ -205,7 +206,7 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
   correct_composition(model, ratios);
   for (const int32_t i : ratios.positions) write_column(ratios.ratio[i], model, i, table, p);
   progress("About to call FreeDLookup\n", p);
-  if (variable_gaps) set_variable_penalties(matrix, npositions, table, p);
+  if (mode.gaps_by_position) set_variable_penalties(mode, matrix, npositions, table, p);
   if (p->VERBOSE != 0) {
     std::fputs("About to return from calc_profile2\n", std_err);
     std::fflush(std_err);

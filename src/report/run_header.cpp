@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <initializer_list>
 
 #include "driver/help.h"
+#include "driver/search_mode.h"
 #include "seq/database_info.h"
 #include "stats/lpfit.h"
 #include "util/file_record.h"
@@ -16,10 +16,6 @@ namespace {
 constexpr int32_t TITLE_WIDTH = 61;
 constexpr int32_t START_RULE_WIDTH = 52;
 constexpr int32_t TIMES_RULE_WIDTH = 54;
-
-bool mode_is_one_of(std::initializer_list<int32_t> modes, const Params* p) {
-  return std::find(modes.begin(), modes.end(), p->MODE) != modes.end();
-}
 
 // A penalty in matrix units, as the header shows it.
 double matrix_units(int32_t penalty, const Params* p) {
@@ -57,19 +53,20 @@ void print_mode_and_matrix(FILE* stream, const ScoreMatrix& matrix, const Params
 }
 
 void print_penalties(FILE* stream, const Params* p) {
-  if (mode_is_one_of({0, 2, 20, 22, 200, 202}, p)) {
+  const SearchMode mode = decode_mode(p->MODE);
+  const bool translated_query = mode.comparison == Comparison::TRANSLATED_QUERY;
+  if (mode.gaps_by_position) {
+    std::fprintf(stream, "# VARIABLE %sgap penalties\n", mode.affine ? "affine " : "simple ");
+  } else if (mode.comparison == Comparison::PROTEINS || translated_query) {
     std::fprintf(stream, "# LD penalty: %6.2f\n", matrix_units(p->LD_PEN, p));
+    if (mode.affine) std::fprintf(stream, "# LI penalty: %6.2f\n", matrix_units(p->LI_PEN, p));
   }
-  if (mode_is_one_of({2, 22, 202}, p)) {
-    std::fprintf(stream, "# LI penalty: %6.2f\n", matrix_units(p->LI_PEN, p));
-  }
-  if (mode_is_one_of({210, 212}, p)) {
-    std::fprintf(stream, "# VARIABLE %sgap penalties\n", p->MODE == 212 ? "affine " : "simple ");
-  }
-  if (mode_is_one_of({20, 22, 29}, p)) {
+  if (translated_query || mode.extends_frame_shifts) {
     std::fprintf(stream, "# FS  penalty: %6.2f\n", matrix_units(p->FS_PEN, p));
   }
-  if (p->MODE == 29) std::fprintf(stream, "# FSE  penalty: %6.2f\n", matrix_units(p->FSE_PEN, p));
+  if (mode.extends_frame_shifts) {
+    std::fprintf(stream, "# FSE  penalty: %6.2f\n", matrix_units(p->FSE_PEN, p));
+  }
 }
 
 void print_database(FILE* stream, const Params* p) {
@@ -101,14 +98,15 @@ void print_statistics(FILE* stream, const LineFit* z_fit_opt, const Params* p) {
 }
 
 void print_profile_settings(FILE* stream, const Params* p) {
-  if (!mode_is_one_of({200, 202, 210, 212}, p)) return;
+  const SearchMode mode = decode_mode(p->MODE);
+  if (mode.comparison != Comparison::PROTEINS) return;
   std::fprintf(stream, "# %s Cutoff for profile:       %g\n", kind_of_value(p),
                static_cast<double>(p->PROBCUT2));
   std::fprintf(stream, "# Number of iterations:            %d\n", p->NITER);
   std::fprintf(stream, "# Profile Weight Method:           %d\n", p->PROFILE_WEIGHT_METHOD);
   std::fprintf(stream, "# Pos Weight Factor:               %f\n", p->POSWGTFAC);
   std::fprintf(stream, "# Pid Threshold:                   %f\n", p->PIDTHRESH);
-  if (mode_is_one_of({210, 212}, p)) {
+  if (mode.gaps_by_position) {
     std::fprintf(stream, "# Penalty Factor:                  %f\n", p->PEN_FACTOR);
   }
 }
@@ -136,7 +134,9 @@ void dump_info(FILE* stream, const SeqRec& query, const ScoreMatrix& matrix, con
     std::fputs("# FULL parameter dump\n", stream);
     FullParameterDump(stream, p);
   }
-  if (p->MODE >= 200 && p->MODE <= 299) std::fprintf(stream, "# Iteration: %d\n", p->ITERATION);
+  if (decode_mode(p->MODE).comparison == Comparison::PROTEINS) {
+    std::fprintf(stream, "# Iteration: %d\n", p->ITERATION);
+  }
   std::fputs("# Start_Scores: ", stream);
   UTpline(stream, '-', START_RULE_WIDTH);
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "align/scan/scan_results.h"
 #include "driver/params.h"
 #include "report/run_header.h"
 #include "seq/matrix.h"
@@ -11,18 +12,6 @@
 #include "util/timing.h"
 
 namespace zelvan {
-
-// The results of one scan, column by column, indexed 0..n-1 by database sequence; nothing is owned. Columns
-// that a list variant does not print may be null.
-struct ResultRec {
-  const SeqRec* seqs = nullptr;
-  const int32_t* scores = nullptr;       // x PRECISION
-  const double* standardised = nullptr;  // x of the length-dependent fit
-  const double* significance = nullptr;  // P or E value
-  const int32_t* zscores = nullptr;      // x PRECISION
-  const int32_t* order = nullptr;        // permutation, best last
-  int32_t n = 0;
-};
 
 // The three lists write to std_out: run header, one line for each of the best MAX_NOUT sequences (-1: of all)
 // that passes the list's filter, best first, and the closing marker; they fill the scores slot of `times`.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "driver/search_mode.h"
 #include "util/streams.h"
 
 namespace zelvan {
@@ -41,7 +42,7 @@ ResidueKind residue_kind(const SeqRec* seqs, int32_t n) {
 }
 
 void warn_of_query(const SeqRec& query, const Params* p) {
-  const bool reads_dna = p->MODE == 20 || p->MODE == 22;
+  const bool reads_dna = decode_mode(p->MODE).comparison == Comparison::TRANSLATED_QUERY;
   warn("query", query.id, residue_kind(&query, 1), reads_dna,
        reads_dna ? "search with protein in modes 200 and 202, or in 10 and 12 in a database of DNA"
                  : "search with DNA in modes 20 and 22",
@@ -49,8 +50,9 @@ void warn_of_query(const SeqRec& query, const Params* p) {
 }
 
 void warn_of_database(const SeqRec* seqs, int32_t n, const Params* p) {
-  const bool reads_dna = p->MODE == 10 || p->MODE == 12;
-  warn("database", p->BDB_GIVEN != 0 && p->MODE != 10 ? p->BDB_ROOT.c_str() : p->DB_FILE.name.c_str(),
+  const bool reads_dna = decode_mode(p->MODE).comparison == Comparison::TRANSLATED_TARGETS;
+  warn("database",
+       p->BDB_GIVEN != 0 && !reads_text_only(p->MODE) ? p->BDB_ROOT.c_str() : p->DB_FILE.name.c_str(),
        residue_kind(seqs, std::min(n, SEQUENCES_SEEN)), reads_dna,
        reads_dna ? "search proteins in modes 200 and 202, or in 20 and 22 with a query of DNA"
                  : "search DNA in modes 10 and 12",

@@ -19,6 +19,11 @@ struct SeqRec {
   int32_t len = 0;        // residues + 2
 };
 
+// residues - the number of residues of a sequence (of bases, where it holds DNA).
+inline int32_t residues(const SeqRec& seq) {
+  return seq.len - 2;
+}
+
 // The largest stored length of a query: MP_LEN - 2 residues. The scalar scan kernels keep a row of that size.
 constexpr int32_t MP_LEN = 16000;
 

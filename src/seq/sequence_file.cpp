@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "driver/search_mode.h"
 #include "util/buffer_sizes.h"
 #include "util/failure.h"
 #include "util/line_reader.h"
@@ -275,10 +276,10 @@ bool get_db_seq(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Pa
 }
 
 SeqReader open_text_database(Params* p) {
-  const bool text_only = p->MODE == 10 || p->MODE == 99 || p->MODE == 667;
   return open_sequences(p->DB_FILE,
-                        text_only ? "No database was given: add -d FILE\n"
-                                  : "No database was given: add -d FILE, or -bdb NAME for a binary one\n",
+                        reads_text_only(p->MODE)
+                            ? "No database was given: add -d FILE\n"
+                            : "No database was given: add -d FILE, or -bdb NAME for a binary one\n",
                         "| zelvan -d /dev/stdin ...");
 }
 

@@ -42,8 +42,12 @@ struct Report {
     std::vector<int32_t> order;
     for (std::size_t k = hits.size(); k > 0; --k) order.push_back(static_cast<int32_t>(k - 1));
     TracedHits traced;
-    print_alignments_pp(query, hits.data(), scores.data(), order.data(), static_cast<int32_t>(order.size()),
-                        matrix, table, lpfit, traced, &p);
+    ResultRec results;
+    results.seqs = hits.data();
+    results.scores = scores.data();
+    results.order = order.data();
+    results.n = static_cast<int32_t>(order.size());
+    print_alignments_pp({query, matrix, table, lpfit, results}, traced, &p);
   }
   std::string print() {
     return printed([&] { write(); });

@@ -30,6 +30,13 @@ inline int32_t reference_score(int32_t qlen, const int8_t* target, int32_t dlen,
   }
 }
 
+inline SeqRec record_of(Codes& codes) {
+  SeqRec seq;
+  seq.seq = codes.data();
+  seq.len = stored_length(codes);
+  return seq;
+}
+
 // One pair to align. The modes 210 and 212 take their penalties from the table's gap rows.
 struct Problem {
   ScoreMatrix matrix;

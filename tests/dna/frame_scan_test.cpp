@@ -10,15 +10,13 @@ namespace zelvan {
 namespace {
 
 struct Trial : ScanTrial {
-  std::vector<int32_t> modes() const override { return {10, 12, 20, 22}; }
+  std::vector<int32_t> modes() const override { return {12, 20, 22}; }
   ScanTally scan(InstructionSet set, LaneWidth first, int32_t* out_scores) const override {
     return scan_frames_by(set, first, qlen, targets.data(), n(), table, out_scores, &params);
   }
   int32_t scalar_score(const SeqRec& s) const override {
     const int32_t ld = params.LD_PEN, li = params.LI_PEN, fs = params.FS_PEN;
     switch (params.MODE) {
-      case 10:
-        return nswli(qlen, s.seq, s.len - 2, table, ld, li, fs);
       case 12:
         return nswli(qlen, s.seq, s.len, table, ld, li, fs);
       case 20:

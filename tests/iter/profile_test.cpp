@@ -33,8 +33,12 @@ struct Search {
     UTvector<int32_t> order;
     for (std::size_t k = hits.size(); k > 0; --k) order.push_back(static_cast<int32_t>(k - 1));
     TracedHits traced;
-    build_profile(family.query, hits.data(), scores.data(), order.data(), static_cast<int32_t>(hits.size()),
-                  MATRIX, table, lpfit, nsel, traced, family.aldat, &p);
+    ResultRec results;
+    results.seqs = hits.data();
+    results.scores = scores.data();
+    results.order = order.data();
+    results.n = static_cast<int32_t>(hits.size());
+    build_profile({family.query, MATRIX, table, lpfit, results}, nsel, traced, table, family.aldat, &p);
   }
 
   Texts rows() const {

@@ -3,33 +3,28 @@
 #include <algorithm>
 
 #include "align/scan/scan_reference.h"
+#include "driver/search_mode.h"
 
 namespace zelvan {
 namespace {
 
 int32_t reference_score(int32_t qlen, const SeqRec& s, const LookupTable& table, const ScoreMatrix& matrix,
-                        const Params* p) {
-  switch (p->MODE) {
-    case 200:
-      return swl(qlen, s.seq, s.len, table, p->LD_PEN);
-    case 202:
-      return swli(qlen, s.seq, s.len, table, p->LD_PEN, p->LI_PEN);
-    case 210:
-      return swlv(qlen, s.seq, s.len, table, matrix, p);
-    default:
-      return swliv(qlen, s.seq, s.len, table, matrix, p);
+                        const SearchMode& mode, const Params* p) {
+  if (mode.gaps_by_position) {
+    return (mode.affine ? swliv : swlv)(qlen, s.seq, s.len, table, matrix, p);
   }
+  if (mode.affine) return swli(qlen, s.seq, s.len, table, p->LD_PEN, p->LI_PEN);
+  return swl(qlen, s.seq, s.len, table, p->LD_PEN);
 }
 
 bool all_equal(const UTvector<int32_t>& values) {
   return std::all_of(values.begin(), values.end(), [&](int32_t value) { return value == values.front(); });
 }
 
-ScanScores scan_scores(int32_t qlen, const LookupTable& table, const ScoreMatrix& matrix, const Params* p) {
+ScanScores scan_scores(int32_t qlen, const LookupTable& table, const ScoreMatrix& matrix,
+                       const SearchMode& mode, const Params* p) {
   const auto penalties = [&](int32_t uniform, char gap_row) {
-    if (p->MODE == 200 || p->MODE == 202) {
-      return UTvector<int32_t>(static_cast<std::size_t>(qlen - 2), uniform);
-    }
+    if (!mode.gaps_by_position) return UTvector<int32_t>(static_cast<std::size_t>(qlen - 2), uniform);
     const int32_t* row = table[residue_code(matrix, gap_row)];
     return UTvector<int32_t>(row, row + qlen - 2);
   };
@@ -37,7 +32,7 @@ ScanScores scan_scores(int32_t qlen, const LookupTable& table, const ScoreMatrix
   scores.table = &table;
   scores.positions = qlen - 2;
   scores.extend = penalties(p->LD_PEN, p->GAP_CHARACTER);
-  if (p->MODE == 202 || p->MODE == 212) scores.open = penalties(p->LI_PEN, p->IGAP_CHARACTER);
+  if (mode.affine) scores.open = penalties(p->LI_PEN, p->IGAP_CHARACTER);
   scores.uniform = all_equal(scores.extend) && all_equal(scores.open);
   return scores;
 }
@@ -47,17 +42,18 @@ ScanScores scan_scores(int32_t qlen, const LookupTable& table, const ScoreMatrix
 ScanTally scan_database_by(InstructionSet set, LaneWidth first, int32_t qlen, const SeqRec* seqs, int32_t n,
                            const LookupTable& table, const ScoreMatrix& matrix, int32_t* out_scores,
                            const Params* p) {
-  if (p->MODE != 200 && p->MODE != 202 && p->MODE != 210 && p->MODE != 212) return {};
+  const SearchMode mode = decode_mode(p->MODE);
+  if (mode.comparison != Comparison::PROTEINS) return {};
   ScanTally tally;
   ScanMeter meter = start_scan_meter(qlen - 2, seqs, n, p);
   if (set == InstructionSet::REFERENCE || qlen <= 2 || table.rows >= ROW_CODES) {
     for (int32_t k = 0; k < n; ++k) {
-      out_scores[k] = reference_score(qlen, seqs[k], table, matrix, p);
+      out_scores[k] = reference_score(qlen, seqs[k], table, matrix, mode, p);
       scanned(meter, seqs[k]);
       show_scan_meter(meter);
     }
   } else {
-    tally = scan_sequences(scan_scores(qlen, table, matrix, p), seqs, n, out_scores, set, first, meter);
+    tally = scan_sequences(scan_scores(qlen, table, matrix, mode, p), seqs, n, out_scores, set, first, meter);
   }
   end_scan_meter(meter);
   return tally;

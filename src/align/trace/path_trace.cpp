@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "driver/search_mode.h"
 #include "util/failure.h"
 #include "util/streams.h"
 
@@ -53,11 +54,7 @@ void ialiseq(const int8_t* query, const int8_t* target, const PathRec& path, con
 
 void trace_path(const int8_t* query, const int8_t* target, const PathRec& path, const MoveFlags& flags,
                 AlignedRows& out_rows, const ScoreMatrix& matrix, const Params* p) {
-  if (p->MODE == 0 || p->MODE == 200 || p->MODE == 210) {
-    aliseq(query, target, path, flags, out_rows, matrix, p);
-  } else {
-    ialiseq(query, target, path, flags, out_rows, matrix, p);
-  }
+  (decode_mode(p->MODE).affine ? ialiseq : aliseq)(query, target, path, flags, out_rows, matrix, p);
 }
 
 void reval(int8_t* buffer, int32_t first, int32_t last) {

@@ -1,6 +1,9 @@
 #include "align/trace/traceback.h"
 
 #include <algorithm>
+#include <utility>
+
+#include "driver/search_mode.h"
 
 namespace zelvan {
 namespace {
@@ -244,6 +247,10 @@ int32_t align(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTabl
   return sweep.best;
 }
 
+bool gaps_by_position(const Params* p) {
+  return decode_mode(p->MODE).gaps_by_position;
+}
+
 // The penalties of every query position: the table's row, or one value throughout.
 const int32_t* penalties(const LookupTable& table, const ScoreMatrix& matrix, char gap_character,
                          bool from_table, int32_t value, int32_t qlen, UTvector<int32_t>& storage) {
@@ -258,7 +265,7 @@ int32_t swpathl(const int8_t*, int32_t qlen, const int8_t* target, int32_t dlen,
                 int32_t ld_pen, PathStore& out_store, MoveFlags& out_flags, const ScoreMatrix& matrix,
                 const Params* p) {
   UTvector<int32_t> storage;
-  const int32_t* row = penalties(table, matrix, p->GAP_CHARACTER, p->MODE == 210, ld_pen, qlen, storage);
+  const int32_t* row = penalties(table, matrix, p->GAP_CHARACTER, gaps_by_position(p), ld_pen, qlen, storage);
   return align(qlen, target, dlen, table, {row, row}, LINEAR_PATHS, p->MIN_SCORE, out_store, out_flags);
 }
 
@@ -266,29 +273,26 @@ int32_t swpathli(const int8_t*, int32_t qlen, const int8_t* target, int32_t dlen
                  int32_t ld_pen, int32_t li_pen, PathStore& out_store, MoveFlags& out_flags,
                  const ScoreMatrix& matrix, const Params* p) {
   UTvector<int32_t> extend_storage, open_storage;
-  const bool from_table = p->MODE == 212;
+  const bool from_table = gaps_by_position(p);
   const GapRows gaps = {penalties(table, matrix, p->GAP_CHARACTER, from_table, ld_pen, qlen, extend_storage),
                         penalties(table, matrix, p->IGAP_CHARACTER, from_table, li_pen, qlen, open_storage)};
   return align(qlen, target, dlen, table, gaps, FLAGGED_PATHS, p->MIN_SCORE, out_store, out_flags);
 }
 
-UTvector<PathRec> align_pair(const int8_t* query, int32_t qlen, const int8_t* target, int32_t dlen,
-                             const LookupTable& table, MoveFlags& out_flags, const ScoreMatrix& matrix,
-                             const Params* p) {
+UTvector<PathRec> align_pair(const SeqRec& query, const SeqRec& target, const LookupTable& table,
+                             int32_t threshold, MoveFlags& out_flags, const ScoreMatrix& matrix, Params* p) {
+  const SearchMode mode = decode_mode(p->MODE);
+  if (mode.comparison != Comparison::PROTEINS) return {};
   PathStore store;
-  fit_flags(out_flags, dlen, qlen);
-  switch (p->MODE) {
-    case 200:
-    case 210:
-      swpathl(query, qlen, target, dlen, table, p->LD_PEN, store, out_flags, matrix, p);
-      break;
-    case 202:
-    case 212:
-      swpathli(query, qlen, target, dlen, table, p->LD_PEN, p->LI_PEN, store, out_flags, matrix, p);
-      break;
-    default:
-      break;
+  fit_flags(out_flags, target.len, query.len);
+  const int32_t kept = std::exchange(p->MIN_SCORE, threshold);
+  if (mode.affine) {
+    swpathli(query.seq, query.len, target.seq, target.len, table, p->LD_PEN, p->LI_PEN, store, out_flags,
+             matrix, p);
+  } else {
+    swpathl(query.seq, query.len, target.seq, target.len, table, p->LD_PEN, store, out_flags, matrix, p);
   }
+  p->MIN_SCORE = kept;
   return dosort(store);
 }
 

@@ -30,11 +30,12 @@ int32_t swpathli(const int8_t* query, int32_t qlen, const int8_t* target, int32_
                  const LookupTable& table, int32_t ld_pen, int32_t li_pen, PathStore& out_store,
                  MoveFlags& out_flags, const ScoreMatrix& matrix, const Params* p);
 
-// align_pair - swpathl or swpathli as p->MODE asks (no path for any other mode), then dosort: the paths,
-// highest best first. The one routine that the alignment printer and the profile builder share. out_flags is
-// shaped for the pair: handing over the flags of one pair to the next saves their allocation.
-UTvector<PathRec> align_pair(const int8_t* query, int32_t qlen, const int8_t* target, int32_t dlen,
-                             const LookupTable& table, MoveFlags& out_flags, const ScoreMatrix& matrix,
-                             const Params* p);
+// align_pair - swpathl or swpathli as p->MODE asks, with `threshold` as the MIN_SCORE that they read; then dosort.
+// Does   this is the one place that changes MIN_SCORE, which is put back
+// In     query, target: encoded; threshold x PRECISION
+// Out    out_flags: shaped for the pair; handing over the flags of one pair to the next saves their allocation
+// Returns the paths, highest best first; none for any other mode
+UTvector<PathRec> align_pair(const SeqRec& query, const SeqRec& target, const LookupTable& table,
+                             int32_t threshold, MoveFlags& out_flags, const ScoreMatrix& matrix, Params* p);
 
 }  // namespace zelvan

@@ -26,45 +26,56 @@ std::size_t size_of(const TracedHit& hit) {
 
 }  // namespace
 
-UTvector<PathRec> align_hit(TracedHits& hits, const SeqRec& query, const SeqRec& target,
-                            const LookupTable& table, const ScoreMatrix& matrix, const Params* p) {
-  hits.latest = {};
-  hits.latest.threshold = p->MIN_SCORE;
-  return align_pair(query.seq, query.len, target.seq, target.len, table, hits.flags, matrix, p);
+int32_t path_threshold(const RankedScan& scan, int32_t rank, int32_t chosen, bool lowered, const Params* p) {
+  const ResultRec& results = scan.results;
+  if (p->TOP_ONLY == 1) return results.scores[hit_at_rank(results, rank)] - scan.matrix.maxval;
+  int32_t threshold = p->MIN_ASCORE;
+  if (rank > 0 || !lowered) return threshold;
+  for (int32_t k = 0; k < chosen; ++k)
+    threshold = std::min(threshold, results.scores[hit_at_rank(results, k)]);
+  return threshold;
 }
 
-bool trace_hit_path(TracedHits& hits, const PathRec& path, const SeqRec& query, const SeqRec& target,
-                    const ScoreMatrix& matrix, const LpfitData& lpfit, double& out_significance,
+UTvector<PathRec> align_hit(TracedHits& hits, const RankedScan& scan, int32_t rank, int32_t threshold,
+                            Params* p) {
+  hits.latest = {};
+  hits.latest.rank = rank;
+  hits.latest.threshold = threshold;
+  const SeqRec& target = scan.results.seqs[hit_at_rank(scan.results, rank)];
+  return align_pair(scan.query, target, scan.table, threshold, hits.flags, scan.matrix, p);
+}
+
+bool trace_hit_path(TracedHits& hits, const RankedScan& scan, const PathRec& path, double& out_significance,
                     const Params* p) {
-  trace_path(query.seq, target.seq, path, hits.flags, hits.rows, matrix, p);
+  const SeqRec& target = scan.results.seqs[hit_at_rank(scan.results, hits.latest.rank)];
+  trace_path(scan.query.seq, target.seq, path, hits.flags, hits.rows, scan.matrix, p);
   if (hits.rows.length < p->MIN_LEN) return false;
-  out_significance = get_single_lpfit_prob(path.best, query.len - 2, target.len - 2, lpfit, p);
+  out_significance = get_single_lpfit_prob(path.best, residues(scan.query), residues(target), scan.lpfit, p);
   if (static_cast<double>(p->PROBCUT2) >= out_significance) {
-    take_path(hits.latest, path, out_significance, hits.rows, query.len,
-              residue_code(matrix, p->GAP_CHARACTER));
+    take_path(hits.latest, path, out_significance, hits.rows, scan.query.len,
+              residue_code(scan.matrix, p->GAP_CHARACTER));
   }
   return true;
 }
 
-void keep_hit(TracedHits& hits, int32_t rank) {
+void keep_hit(TracedHits& hits) {
   hits.latest.traced = true;
-  if (rank >= hits.wanted || hits.kept_bytes > MOST_KEPT_BYTES) return;
-  const auto at = static_cast<std::size_t>(rank);
+  if (hits.latest.rank >= hits.wanted || hits.kept_bytes > MOST_KEPT_BYTES) return;
+  const auto at = static_cast<std::size_t>(hits.latest.rank);
   if (hits.kept.size() <= at) hits.kept.resize(at + 1);
   hits.kept_bytes += size_of(hits.latest);
   hits.kept[at] = std::move(hits.latest);
 }
 
-const TracedHit& profile_hit(TracedHits& hits, int32_t rank, const SeqRec& query, const SeqRec& target,
-                             const LookupTable& table, const ScoreMatrix& matrix, const LpfitData& lpfit,
-                             const Params* p) {
+const TracedHit& profile_hit(TracedHits& hits, const RankedScan& scan, int32_t rank, int32_t threshold,
+                             Params* p) {
   const auto at = static_cast<std::size_t>(rank);
-  if (at < hits.kept.size() && hits.kept[at].traced && hits.kept[at].threshold == p->MIN_SCORE) {
+  if (at < hits.kept.size() && hits.kept[at].traced && hits.kept[at].threshold == threshold) {
     return hits.kept[at];
   }
   double significance = 0;
-  for (const PathRec& path : align_hit(hits, query, target, table, matrix, p)) {
-    trace_hit_path(hits, path, query, target, matrix, lpfit, significance, p);
+  for (const PathRec& path : align_hit(hits, scan, rank, threshold, p)) {
+    trace_hit_path(hits, scan, path, significance, p);
   }
   return hits.latest;
 }

@@ -108,7 +108,7 @@ TEST(Traceback, FindsAndTracesThePathsOfTheModel) {
     const CellModel cells(problem);
     problem.p.MIN_SCORE = round % 8 < 4 ? uniform(random, -1, 8) : cells.best() - uniform(random, 0, 6);
     const UTvector<PathRec> paths =
-        align_pair(problem.query.data(), problem.qlen(), problem.target.data(), problem.dlen(), problem.table,
+        align_pair(record_of(problem.query), record_of(problem.target), problem.table, problem.p.MIN_SCORE,
                    flags, problem.matrix, &problem.p);
     expect_flags(flags, cells);
     ASSERT_EQ(fields(paths), fields(expected_paths(problem, cells)));

@@ -6,16 +6,6 @@
 #include "support/settings.h"
 
 namespace zelvan {
-namespace {
-
-SeqRec record(Codes& codes) {
-  SeqRec seq;
-  seq.seq = codes.data();
-  seq.len = stored_length(codes);
-  return seq;
-}
-
-}  // namespace
 
 // What is kept while alignments are printed is what the profile gets without it: one code for every query position
 // that was traced. A hit that is kept is not aligned again with the threshold it was kept with.
@@ -31,24 +21,25 @@ TEST(TracedHits, GiveTheProfileTheSameFromTheStore) {
     lpfit.paramA[0] = lpfit.paramA[1] = lpfit.paramB[0] = lpfit.paramB[1] = 0.0;
     lpfit.Bmin = lpfit.Bmax = 1.0;
     Codes letters = encoded(random_letters(random, "ABCX", 60), problem.matrix);
-    const SeqRec query = record(problem.query), target = record(letters);
+    const SeqRec query = record_of(problem.query), target = record_of(letters);
     TracedHits store, empty;
     store.wanted = 1;
-    const auto ask = [&](TracedHits& hits) -> const TracedHit& {
-      return profile_hit(hits, 0, query, target, problem.table, problem.matrix, lpfit, &p);
-    };
-    p.MIN_SCORE = 6;
+    const int32_t first = 0;
+    ResultRec results;
+    results.seqs = &target;
+    results.order = &first;
+    results.n = 1;
+    const RankedScan scan = {query, problem.matrix, problem.table, lpfit, results};
     double significance = 0;
-    for (const PathRec& path : align_hit(store, query, target, problem.table, problem.matrix, &p)) {
-      const bool long_enough =
-          trace_hit_path(store, path, query, target, problem.matrix, lpfit, significance, &p);
+    for (const PathRec& path : align_hit(store, scan, 0, 6, &p)) {
+      const bool long_enough = trace_hit_path(store, scan, path, significance, &p);
       EXPECT_EQ(long_enough, store.rows.length >= 4);
     }
-    keep_hit(store, 0);
-    for (p.MIN_SCORE = 6; p.MIN_SCORE <= 12; p.MIN_SCORE += 6) {
-      const TracedHit& given = ask(store);
-      const TracedHit& expected = ask(empty);
-      EXPECT_EQ(&given == &store.kept[0], p.MIN_SCORE == 6);
+    keep_hit(store);
+    for (const int32_t threshold : {6, 12}) {
+      const TracedHit& given = profile_hit(store, scan, 0, threshold, &p);
+      const TracedHit& expected = profile_hit(empty, scan, 0, threshold, &p);
+      EXPECT_EQ(&given == &store.kept[0], threshold == 6);
       EXPECT_EQ(given.codes, expected.codes);
       ASSERT_EQ(given.paths.size(), expected.paths.size());
       for (std::size_t k = 0; k < given.paths.size(); ++k) {
