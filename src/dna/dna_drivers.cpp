@@ -87,15 +87,17 @@ void append_translated(Batch& batch, SeqRec record, const TranslatedSearch& tran
   batch.seqs.push_back(record);
 }
 
-void read_batch(Batch& batch, SeqReader& reader, const TranslatedSearch& translated, const Params* p) {
+// Returns false at the end of the database, or of what can be read of it.
+bool read_batch(Batch& batch, SeqReader& reader, const TranslatedSearch& translated, const Params* p) {
   batch.seqs.clear();
   freeseqs(batch.store);
   SeqRec record;
   for (int64_t bases = 0; bases < BATCH_BASES; bases += record.len) {
-    if (!get_db_seq(reader, batch.store, record, p)) break;
+    if (!get_db_seq(reader, batch.store, record, p)) return false;
     if (batch.longest == 0) warn_of_database(&record, 1, p);
     append_translated(batch, record, translated, p);
   }
+  return true;
 }
 
 // ---- Modes 12, 20 and 22.
@@ -207,8 +209,8 @@ void swipd(Params* p) {
   const Search& search = translated.search;
   Batch batch;
   reader.before_end = [&] { score_batch(batch, search, p); };
-  for (read_batch(batch, reader, translated, p); !batch.seqs.empty();
-       read_batch(batch, reader, translated, p)) {
+  for (bool more = true; more;) {
+    more = read_batch(batch, reader, translated, p);
     score_batch(batch, search, p);
   }
   UTfileclose(p->DB_FILE, 0);

@@ -271,12 +271,15 @@ class Inputs(TranslatedSearch):
                         *self.inputs(mode, "MKLW", {"A": letters}), status=0)  # fmt: skip
 
     def test_mode_10_writes_what_it_read_before_a_fault(self):
-        for letters, settings, status, sentence in (
-            ("TGGTGGEE", (), 0, "Error - character unrecognised: E\n"),
-            ("TGG" * 8, ("-max_seq_len", 20), 255, r"Sequence too long: C \(> 17 residues\): .*"),
-            ("TGG" * 8, ("-ugd", 0, "-ld_pen", -1_000_000), 255, "Scores of this query .* could reach .*"),
+        long = ">C\n" + "TGG" * 8
+        for record, settings, status, sentence in (
+            (">C\nTGGTGGEE", (), 0, "Error - character unrecognised: E\n"),
+            (">\nTGG", (), 0, "Something strange with sequence identifier in fasta file: "),
+            (long, ("-max_seq_len", 20), 255, r"Sequence too long: C \(> 17 residues\): "),
+            (long, ("-ugd", 0, "-ld_pen", -1_000_000), 255, "Scores of this query .* could reach "),
         ):
-            run = self.zelvan(*self.inputs(10, "WWW", {"B": "TGG", "C": letters, "D": "TGG"}), *settings)
+            database = self.file("faulty.fa", f">B\nTGG\n{record}\n>D\nTGG\n")
+            run = self.zelvan(*self.inputs(10, "WWW", {}), "-d", database, *settings)
             self.assertEqual((run.status, run.stdout), (status, "11 B\n"))
             self.assertRegex(run.stderr, f"^{sentence}")
 
