@@ -13,7 +13,7 @@ namespace zelvan {
 namespace {
 
 double log_length(const SeqRec& seq) {
-  return std::log(static_cast<double>(seq.len - 2));
+  return std::log(static_cast<double>(residues(seq)));
 }
 
 // The path threshold of one hit, with LOG_SCORES scaled by the lengths.
@@ -30,7 +30,7 @@ int32_t printed_threshold(const RankedScan& scan, int32_t rank, int32_t shown, c
 void print_figures(std::size_t number, const PathRec& path, const SeqRec& query, const SeqRec& target,
                    double significance, const Params* p) {
   std::fprintf(std_out, "# N: %d Raw_Score: %d Query_Length: %d Target_Length: %d ",
-               static_cast<int32_t>(number), path.best / p->PRECISION, query.len - 2, target.len - 2);
+               static_cast<int32_t>(number), path.best / p->PRECISION, residues(query), residues(target));
   if (p->LOG_SCORES == 1) {
     const double score = static_cast<double>(static_cast<float>(path.best));
     std::fprintf(std_out, "ln()_Score: %d\n",

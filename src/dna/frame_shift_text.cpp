@@ -126,7 +126,7 @@ void print_blocks(const FrameLines& lines, const FramePath& path, const SeqRec& 
 void print_figures(const FrameLines& lines, const FramePath& path, const Pair& pair,
                    const double* significance_opt, const Params* p) {
   std::fprintf(std_out, "# N: 1 Raw_Score: %d Query_Length: %d Target_Length: %d ",
-               whole_score(path.score, p), pair.query.len - 2, pair.target.len - 2);
+               whole_score(path.score, p), residues(pair.query), residues(pair.target));
   if (significance_opt != nullptr) {
     std::fprintf(std_out, p->FIT_TYPE == 1 ? "Pvalue: %g" : "Evalue: %g", *significance_opt);
   }

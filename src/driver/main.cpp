@@ -37,7 +37,7 @@ void ZELVAN_initfile(const Params* p) {
   std_out = p->STDOUT;
 }
 
-Params* configure(int argc, const char* const* argv) {
+Params configure(int argc, const char* const* argv) {
   const char* given = std::getenv("ZELVANDIR");
   if (given == nullptr) ZELVAN_PrintWarning(stderr);
   const UTstring directory = UTstrdup(given != nullptr ? given : "./");
@@ -45,7 +45,8 @@ Params* configure(int argc, const char* const* argv) {
   const UTstring alias_path = UTcat({directory, "/zelvan_alias.dat"});
   const UTstring gaps_path = UTcat({directory, "/zelvan_gapdefs.dat"});
 
-  Params* p = GetPars(defaults_path.c_str(), alias_path.c_str());
+  Params record = GetPars(defaults_path.c_str(), alias_path.c_str());
+  Params* p = &record;
   if (p->SUCCESS == -1) UTend_input(stderr, "Error decoding parameter file\n");
   p->VERSION = UTstrdup(VERSION_TEXT);
   if (p->VERBOSE != 0) std::fputs("Getting Default Gaps\n", stderr);
@@ -55,7 +56,7 @@ Params* configure(int argc, const char* const* argv) {
   check_outputs(p);
   UTempty_streams();
   ZELVAN_initfile(p);
-  return p;
+  return record;
 }
 
 // The one place where MODE is interpreted as a whole. 11, 29 and 9999 are accepted and do nothing.
@@ -131,7 +132,8 @@ int main(int argc, char** argv) {
   using namespace zelvan;
   UTholdstreams();
   UTinitfile();
-  run_mode(configure(argc, argv));
+  Params record = configure(argc, argv);
+  run_mode(&record);
   check_streams();
   return 0;
 }

@@ -31,27 +31,26 @@ bool apply_line(const ConfigFile& file, Params* p) {
 
 }  // namespace
 
-Params* GetPars(const char* defaults_path, const char* alias_path) {
-  static Params record;
-  record = Params();
-  Params* p = &record;
+Params GetPars(const char* defaults_path, const char* alias_path) {
+  Params record;
+  Params* const p = &record;
   set_defaults(p);
   p->SUCCESS = -1;
   ConfigFile file;
   if (!open_config(file, defaults_path, "getpars", p)) {
     report_config(file, "Error opening Parameter file");
-    return p;
+    return record;
   }
   if (!read_aliases(alias_path, p->ALIASES, p)) {
     UTerror("Error processing alias file");
     close_config(file);
-    return p;
+    return record;
   }
   bool applied = true;
   while (applied && next_line(file)) applied = apply_line(file, p);
   const bool read_whole = close_config(file);
   if (applied && read_whole) p->SUCCESS = 1;
-  return p;
+  return record;
 }
 
 }  // namespace zelvan

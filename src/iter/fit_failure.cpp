@@ -21,7 +21,7 @@ int32_t length_at(UTvector<int32_t>& lengths, double share) {
 const char* why_too_few_ranges(int32_t query_length, const SeqRec* seqs, int32_t n) {
   if (query_length == 0) return "The query has no residues: look at its file, and at QSEQ_FORMAT";
   UTvector<int32_t> lengths(static_cast<std::size_t>(n));
-  std::transform(seqs, seqs + n, lengths.begin(), [](const SeqRec& s) { return s.len - 2; });
+  std::transform(seqs, seqs + n, lengths.begin(), [](const SeqRec& s) { return residues(s); });
   const int32_t longest = length_at(lengths, 0.9);  // but for a few
   if (longest == 0) {
     return "Nearly all sequences of the database have no residues: look at its file, and at DB_FORMAT";

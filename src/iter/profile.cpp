@@ -6,6 +6,7 @@
 #include "driver/search_mode.h"
 #include "iter/profile_counts.h"
 #include "iter/profile_log_odds.h"
+#include "iter/profile_tables.h"
 #include "util/failure.h"
 #include "util/streams.h"
 
@@ -48,10 +49,7 @@ void build_profile(const RankedScan& scan, int32_t nsel, TracedHits& traced, Loo
     profal2(scan.results.seqs[hit_at_rank(scan.results, rank)], profile_hit(traced, scan, rank, threshold, p),
             gap, count, aldat);
   }
-  if (p->PRINT_FRQ_TABS == 1) {
-    std::fprintf(std_out, "# Frequency table derived from iteration: %d\n", p->ITERATION);
-    PrintLookup3(query.len, count, matrix, std_out);
-  }
+  if (p->PRINT_FRQ_TABS == 1) print_frequency_table(query.len, count, matrix, p);
 
   progress("About to call calc_profile\n", p);
   if (p->PROFILE_WEIGHT_METHOD == 0) {
@@ -59,10 +57,7 @@ void build_profile(const RankedScan& scan, int32_t nsel, TracedHits& traced, Loo
   } else if (p->PROFILE_WEIGHT_METHOD == 1 || p->PROFILE_WEIGHT_METHOD == 2) {
     calc_profile2(matrix, table, aldat, p);
   }
-  if (p->PRINT_PROFILES == 1) {
-    std::fprintf(std_out, "#\n# Lookup table (profile) derived from iteration: %d\n", p->ITERATION);
-    PrintLookup4(query.len, table, matrix, std_out, p);
-  }
+  if (p->PRINT_PROFILES == 1) print_profile(query.len, table, matrix, p);
 }
 
 }  // namespace zelvan

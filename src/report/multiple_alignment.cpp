@@ -23,7 +23,7 @@ struct LineHead {
 };
 
 LineHead query_head(const AlignData& aldat) {
-  return {aldat.query, 0.0, 1, aldat.query->len - 2};
+  return {aldat.query, 0.0, 1, residues(*aldat.query)};
 }
 
 LineHead row_head(const AlignRow& row) {
@@ -32,7 +32,7 @@ LineHead row_head(const AlignRow& row) {
 
 void print_head(FILE* stream, const LineHead& head, const Params* p) {
   UTpTITLEstring(stream, head.seq->id, p->SHOW_IDENT_WIDTH, head.seq->ilen);
-  std::fprintf(stream, " %-9.3g %5d %5d %5d: ", head.significance, head.start, head.end, head.seq->len - 2);
+  std::fprintf(stream, " %-9.3g %5d %5d %5d: ", head.significance, head.start, head.end, residues(*head.seq));
 }
 
 // Positions first .. first+count-1 as letters, and a newline.
@@ -97,7 +97,7 @@ void print_block_file(const AlignData& aldat, const Params* p) {
 
 void print_fragment(FILE* stream, const LineHead& head, const Params* p) {
   const SeqRec& seq = *head.seq;
-  std::fprintf(stream, ">%s(%d-%d:%d)", seq.id, head.start, head.end, seq.len - 2);
+  std::fprintf(stream, ">%s(%d-%d:%d)", seq.id, head.start, head.end, residues(seq));
   std::fprintf(stream, p->FRAG_FILE_FORMAT == FRAGMENTS_AS_FASTA ? " %s\n" : "\n%s\n", seq.title);
   print_residues(stream, seq.seq, head.start, head.end - head.start + 1, p);
   if (p->FRAG_FILE_FORMAT != FRAGMENTS_AS_FASTA) std::fputs("*\n", stream);

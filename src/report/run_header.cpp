@@ -35,7 +35,7 @@ void print_program_and_query(FILE* stream, const SeqRec& query, const Params* p)
   std::fputs("# Query Title:    ", stream);
   UTpstring(stream, query.title, TITLE_WIDTH);
   std::fputc('\n', stream);
-  std::fprintf(stream, "# Query Length:   %d\n", query.len - 2);
+  std::fprintf(stream, "# Query Length:   %d\n", residues(query));
 }
 
 void print_mode_and_matrix(FILE* stream, const ScoreMatrix& matrix, const Params* p) {

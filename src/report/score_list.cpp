@@ -45,7 +45,7 @@ void print_plain_line(int32_t rank, int32_t k, const ResultRec& results, const P
   print_rank(rank, p);
   std::fprintf(std_out, "%d ", whole_score(results.scores[k], p));
   print_names(results.seqs[k], p);
-  if (p->SHOW_LEN != 0) std::fprintf(std_out, "  %d", results.seqs[k].len - 2);
+  if (p->SHOW_LEN != 0) std::fprintf(std_out, "  %d", residues(results.seqs[k]));
   std::fputc('\n', std_out);
 }
 

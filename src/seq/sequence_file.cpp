@@ -294,7 +294,7 @@ void read_text_database(TextDatabase& out_database, bool progress, Params* p) {
                   p->MAX_NSEQ);
     }
     out_database.seqs.push_back(record);
-    out_database.nres += record.len - 2;
+    out_database.nres += residues(record);
   }
   out_database.cut_short = reader.unnamed;
   UTfileclose(p->DB_FILE, 0);

@@ -32,8 +32,9 @@ constexpr char ALIASES[] =
 void defaults(FuzzInput input) {
   const std::string path = scratch_file("zelvan_defaults.dat", input);
   const std::string aliases = scratch_file("zelvan_alias.dat", ALIASES);
-  Params* p = nullptr;
-  if (!came_back([&] { p = GetPars(path.c_str(), aliases.c_str()); })) return;
+  Params record;
+  Params* const p = &record;
+  if (!came_back([&] { record = GetPars(path.c_str(), aliases.c_str()); })) return;
   require(p->SUCCESS == 1 || p->SUCCESS == -1, "SUCCESS is 1 or -1");
   require(p->PRECISION == 1 || p->PRECISION % 10 == 0, "PRECISION is 1 or a multiple of 10");
   require(p->STDIN != nullptr && p->STDOUT != nullptr && p->STDERR != nullptr, "three streams");
