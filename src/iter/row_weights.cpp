@@ -128,7 +128,7 @@ RowWeights start_row_weights(const AlignData& aldat, const ScoreMatrix& matrix) 
   weights.covering.assign(aldat.rows.size(), 0);
   weights.count = make_table<int32_t>(aldat.query->len, matrix.inlen, 0);
   weights.share = make_table<double>(aldat.query->len, matrix.inlen, 0.0);
-  for (int32_t k = 1; k <= aldat.query->len - 2; ++k) weights.count[k][aldat.query->seq[k]] = 1;
+  for (int32_t k = 1; k <= residues(*aldat.query); ++k) weights.count[k][aldat.query->seq[k]] = 1;
   return weights;
 }
 

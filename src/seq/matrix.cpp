@@ -254,7 +254,7 @@ void GetDBFreqs(const SeqRec* seqs, int32_t n, Params* p) {
   // Neighbours are counted apart: repeated residues would otherwise wait for each other's counter.
   std::array<std::array<int32_t, 256>, 2> counts{};
   for (int32_t s = 0; s < n; ++s) {
-    for (int32_t i = 1; i <= seqs[s].len - 2; ++i) {
+    for (int32_t i = 1; i <= residues(seqs[s]); ++i) {
       ++counts[static_cast<std::size_t>(i & 1)][static_cast<uint8_t>(seqs[s].seq[i])];
     }
   }

@@ -13,10 +13,10 @@ namespace zelvan {
 struct SeqRec {
   const char* id = nullptr;     // zero-terminated
   const char* title = nullptr;  // zero-terminated
-  int8_t* seq = nullptr;  // position 0: blank (gap code once encoded); residues 1..len-2; zero byte at len-1
-  int32_t ilen = 0;       // length of id
-  int32_t tlen = 0;       // length of title
-  int32_t len = 0;        // residues + 2
+  int8_t* seq = nullptr;        // pad (blank, gap code once encoded), residues 1..len-2, zero byte
+  int32_t ilen = 0;             // length of id
+  int32_t tlen = 0;             // length of title
+  int32_t len = 0;              // stored length: residues + 2
 };
 
 // residues - the number of residues of a sequence (of bases, where it holds DNA).
@@ -27,8 +27,8 @@ inline int32_t residues(const SeqRec& seq) {
 // The largest stored length of a query: MP_LEN - 2 residues. The scalar scan kernels keep a row of that size.
 constexpr int32_t MP_LEN = 16000;
 
-// Owner of sequence strings: blocks of SEQ_BLOCK_SIZE bytes that are filled from the front and never move. Beyond the
-// strings themselves a sequence costs four bytes; the unused tail of a block is never touched.
+// Owner of sequence strings: blocks of SEQ_BLOCK_SIZE bytes that are filled from the front and never move.
+// Beyond the strings themselves a sequence costs four bytes; the unused tail of a block is never touched.
 struct SeqStore {
   UTvector<UTvector<char>> blocks;  // the last one is being filled
 };

@@ -172,7 +172,7 @@ LpfitData setup_lpfit(int32_t query_length, const SeqRec* seqs, const int32_t* s
   lpfit.dblen.resize(count);
   for (std::size_t i = 0; i < count; ++i) {
     lpfit.score[i] = matrix_units(scores[i], p);
-    lpfit.dblen[i] = seqs[i].len - 2;
+    lpfit.dblen[i] = residues(seqs[i]);
   }
   lpfit.minbuck = p->LPFIT_MINBUCK;
   lpfit.minrange = p->LPFIT_MINRANGE;
@@ -206,7 +206,7 @@ UTvector<double> apply_lpfit(LpfitData& lpfit) {
 
 UTvector<double> get_lpfit_probs(const UTvector<double>& x, const SeqRec* seqs, int32_t n, const Params* p) {
   UTvector<double> result(static_cast<std::size_t>(n));
-  for (std::size_t i = 0; i < result.size(); ++i) result[i] = significance(x[i], seqs[i].len - 2, p);
+  for (std::size_t i = 0; i < result.size(); ++i) result[i] = significance(x[i], residues(seqs[i]), p);
   return result;
 }
 

@@ -20,7 +20,7 @@ constexpr int32_t LONGEST_BAR = 50;
 void write_line(FILE* log, const ZStats& stats, const SeqRec& query, const Params* p) {
   const auto related = std::count(stats.related.begin(), stats.related.end(), uint8_t{1});
   std::fprintf(log, "# ZELVAN length-binned statistics\n# Query: %s Length: %d Mode: %d\n", query.id,
-               query.len - 2, p->MODE);
+               residues(query), p->MODE);
   std::fprintf(log, "# Sequences: %d, left out of the fit as related: %d\n", stats.n,
                static_cast<int32_t>(related));
   std::fprintf(log, "# Mean score = %f + %f x ln(length), standard deviation %f\n", stats.line.intercept,

@@ -31,7 +31,7 @@ struct Point {
 using Points = UTvector<Point>;
 
 double log_length(const SeqRec& seq) {
-  return std::log(static_cast<double>(seq.len - 2));
+  return std::log(static_cast<double>(residues(seq)));
 }
 
 // Probability of a score so many standard deviations above the mean.
@@ -47,7 +47,7 @@ Points collect_points(const int32_t* scores, const SeqRec* seqs, int32_t n, UTve
                       const Params* p) {
   Points points;
   for (int32_t k = 0; k < n; ++k) {
-    if (scores[k] < 0 || seqs[k].len <= 2) continue;
+    if (scores[k] < 0 || residues(seqs[k]) < 1) continue;
     const double x = log_length(seqs[k]);
     const auto bin = static_cast<std::size_t>(x / BIN_WIDTH);
     points.push_back({k, bin, x, static_cast<double>(scores[k]) / static_cast<double>(p->PRECISION)});
@@ -180,7 +180,7 @@ UTvector<int32_t> get_zscores(const ZStats& stats, const int32_t* scores, const 
   const double precision = p->PRECISION;
   const double sd = std::sqrt(stats.line.variance);
   for (int32_t k = 0; k < n; ++k) {
-    if (scores[k] < 0 || seqs[k].len <= 2) continue;
+    if (scores[k] < 0 || residues(seqs[k]) < 1) continue;
     const double residual = scores[k] / precision - at(stats.line, log_length(seqs[k]));
     const double deviations = sd > 0 ? residual / sd : 0;
     zscores[static_cast<std::size_t>(k)] = UTtruncate(std::round((Z_MEAN + Z_SD * deviations) * precision));
