@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 
 #include "util/buffer_sizes.h"
 #include "util/file_record.h"
@@ -158,15 +159,16 @@ struct Params {
   UTvector<GapDefault> GAPDEFS;
   int32_t NGAPDEFS = 0;
   int32_t GAPDEFS_CAPACITY = 500;
-  int32_t BDB_GIVEN = 0;          // 1: a binary database was named; drivers then search it
-  FileRec BDB_INDEX_FILE;         // ".bix"
-  FileRec BDB_SEQ_FILE;           // ".bsq"
-  int32_t n_probcut2_hits = 0;    // hits at or below PROBCUT2 in the latest score list
-  int32_t ITERATION = 0;          // current iteration, from 0
-  double DB_QUERY_RATIO = 0;      // residues of the database / residues of the query
-  ScoreMatrix* matrix = nullptr;  // not owned
-  BdbInfo* binfo = nullptr;       // header of the database in use; not owned
-  LpfitData* lpfit = nullptr;     // statistics of the current iteration; not owned
+  int32_t BDB_GIVEN = 0;        // 1: a binary database was named; drivers then search it
+  FileRec BDB_INDEX_FILE;       // ".bix"
+  FileRec BDB_SEQ_FILE;         // ".bsq"
+  int32_t n_probcut2_hits = 0;  // hits at or below PROBCUT2 in the latest score list
+  int32_t ITERATION = 0;        // current iteration, from 0
+  double DB_QUERY_RATIO = 0;    // residues of the database / residues of the query
+  BdbInfo* binfo = nullptr;     // header of the database in use; not owned
+  LpfitData* lpfit = nullptr;   // statistics of the current iteration; not owned
+  // The loaded matrix; a copy of the record shares it.
+  std::shared_ptr<ScoreMatrix> matrix;
 };
 
 // GetPars - builds the record: defaults, alias table, defaults file.

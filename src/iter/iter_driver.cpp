@@ -13,6 +13,7 @@
 #include "report/result_sort.h"
 #include "report/score_list.h"
 #include "seq/alphabet.h"
+#include "seq/composition.h"
 #include "stats/lpfit.h"
 #include "util/failure.h"
 #include "util/streams.h"

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "seq/matrix.h"
+#include "seq/sequence.h"
 
 namespace zelvan {
 

@@ -1,211 +1,30 @@
 #include "seq/matrix.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <deque>
-#include <limits>
+#include <memory>
 
-#include "seq/database_info.h"
+#include "seq/matrix_file.h"
 #include "util/failure.h"
-#include "util/line_reader.h"
 #include "util/streams.h"
-#include "util/text.h"
-#include "util/text_start.h"
 
 namespace zelvan {
-namespace {
-
-constexpr int32_t NSPECIAL = 4;     // gap, F-gap, I-gap and stop close every alphabet
-constexpr int32_t MAX_CODES = 128;  // a code is an int8_t
-constexpr const char* BLANKS = " \t\n";
-
-void open_matrix(Params* p) {
-  const UTstring path = UTcat({p->MATRIX_DIR, "/", p->MATRIX_FILE.name});
-  UTfilerename(p->MATRIX_FILE, path.c_str());
-  UTfileopen(p->MATRIX_FILE, "r", 1);
-}
-
-void close_matrix(Params* p) {
-  UTfileclose(p->MATRIX_FILE, 0);
-}
-
-// The first line of the file, without a byte-order mark; false when there is none.
-bool first_line(UTvector<char>& line, const Params* p) {
-  if (!UTgetline(p->MATRIX_FILE.stream, line)) return false;
-  UTrefuse_compressed(line.data(), std::strlen(line.data()), p->MATRIX_FILE.name.c_str(),
-                      "> NEW_FILE, and -m NEW_FILE");
-  UTskip_mark(line);
-  return true;
-}
-
-// The score of one number of the file, x PRECISION. A score is far from its limits in any sensible matrix, but a
-// wrapped one would go unnoticed.
-int32_t scaled_score(int64_t number, const Params* p) {
-  const int64_t largest = INT32_MAX / std::max(std::abs(int64_t{p->PRECISION}), int64_t{1});
-  if (number < -largest || number > largest) {
-    UTend_input(std_err, "Score out of range in matrix file: %s\nNo score x PRECISION (%d) may exceed %d\n",
-                p->MATRIX_FILE.name.c_str(), p->PRECISION, INT32_MAX);
-  }
-  return static_cast<int32_t>(number * p->PRECISION);
-}
-
-// Completes the alphabet by the special characters and builds the table of codes.
-// In     letters: as in the file
-// Out    indx, inlen, xindex; pairscore all zero
-void set_alphabet(ScoreMatrix& out_matrix, const UTstring& letters, const Params* p) {
-  UTstring& indx = out_matrix.indx;
-  indx = letters;
-  indx += {p->GAP_CHARACTER, p->FGAP_CHARACTER, p->IGAP_CHARACTER, p->STOP_CHARACTER};
-  if (indx.size() > static_cast<std::size_t>(MAX_CODES)) {
-    UTend_input(std_err, "Matrix file: %s\nToo many residue letters: %zu (at most %d)\n",
-                p->MATRIX_FILE.name.c_str(), letters.size(), MAX_CODES - NSPECIAL);
-  }
-  for (const char letter : indx) {
-    if (letter < ' ' || letter > '~') {
-      UTend_input(std_err,
-                  "Matrix file: %s\nUnusable character (byte %d) in the matrix alphabet\n"
-                  "Residue letters and gap and stop characters must be printable ASCII characters\n",
-                  p->MATRIX_FILE.name.c_str(), static_cast<unsigned char>(letter));
-    }
-  }
-  const std::size_t unknown = indx.rfind('X');
-  if (unknown == UTstring::npos) {
-    UTend_input(std_err, "Pairscore Matrix MUST include an X character\nIndex:%s\n", indx.c_str());
-  }
-  out_matrix.inlen = static_cast<int32_t>(indx.size());
-  out_matrix.xindex.fill(static_cast<int8_t>(unknown));
-  for (std::size_t code = 0; code < indx.size(); ++code) {
-    out_matrix.xindex[static_cast<unsigned char>(indx[code])] = static_cast<int8_t>(code);
-  }
-  out_matrix.pairscore = make_table<int32_t>(out_matrix.inlen, out_matrix.inlen, 0);
-}
-
-UTstring without_newline(const UTvector<char>& line) {
-  UTstring text(line.data());
-  if (!text.empty() && text.back() == '\n') text.pop_back();
-  return text;
-}
-
-[[noreturn]] void missing_line(const char* message, const Params* p) {
-  error(message, 0);
-  UTend_input(std_err, "File:%s\n", p->MATRIX_FILE.name.c_str());
-}
-
-// The header line of an NCBI matrix: the first that begins with a blank, below at least one "#" line. Returns its
-// letters; blanks and the stop column's "*" are none.
-UTstring ncbi_letters(UTvector<char>& line, const Params* p) {
-  FILE* const stream = p->MATRIX_FILE.stream;
-  const char* const name = p->MATRIX_FILE.name.c_str();
-  if (!first_line(line, p) || line[0] != '#') {
-    UTend_input(std_err,
-                "Matrix file: %s\n"
-                "For an NCBI format matrix file I expect a # in the first column of the first line\n"
-                "Are you sure this file is NCBI format???\n"
-                "Look at MATRIX_FILE command\n",
-                name);
-  }
-  do {
-    if (!UTgetline(stream, line)) {
-      UTend_input(std_err, "Matrix file: %s\nNo line of residue letters found: it must begin with a blank\n",
-                  name);
-    }
-  } while (line[0] != ' ');
-  UTstring letters(line.data());
-  for (const char unwanted : {' ', '\t', '\n', '*'}) UTremovechar2(letters, unwanted);
-  return letters;
-}
-
-// One row of an NCBI matrix: its letter, then n scores. A token that is no number reads as 0.
-void read_ncbi_row(int32_t* out_scores, int32_t n, int32_t row, const char* line, const Params* p) {
-  const char* at = line + std::strspn(line, BLANKS);
-  at += std::strcspn(at, BLANKS);
-  for (int32_t j = 0; j < n; ++j) {
-    at += std::strspn(at, BLANKS);
-    if (*at == '\0') {
-      UTend_input(std_err, "Too few scores in matrix file: %s\nRow %d has %d of %d\n",
-                  p->MATRIX_FILE.name.c_str(), row + 1, j, n);
-    }
-    out_scores[j] = scaled_score(std::strtol(at, nullptr, 10), p);
-    at += std::strcspn(at, BLANKS);
-  }
-}
-
-}  // namespace
-
-void getmat_pir(ScoreMatrix& out_matrix, Params* p) {
-  open_matrix(p);
-  FILE* const stream = p->MATRIX_FILE.stream;
-  UTvector<char> line = UTlinebuffer(static_cast<std::size_t>(p->LINE_BUFFER_LEN), "getmat_pir");
-
-  if (!first_line(line, p)) missing_line("Missing Title line in matrix file", p);
-  if (line[0] == '#') {
-    UTend_input(std_err,
-                "Matrix file: %s\n"
-                "This does not look like a PIR format matrix file\n"
-                "I don't expect to see a # in the first column\n"
-                "Are you sure it is not an NCBI format file???\n"
-                "If it is NCBI, then set MATRIX_TYPE to 1\n",
-                p->MATRIX_FILE.name.c_str());
-  }
-  out_matrix.title = without_newline(line);
-  if (!UTgetline(stream, line)) missing_line("Missing index line in matrix file", p);
-  set_alphabet(out_matrix, without_newline(line), p);
-
-  const int32_t n = out_matrix.inlen - NSPECIAL;
-  for (int32_t i = 0; i < n; ++i) {
-    for (int32_t j = 0; j < n; ++j) {
-      char token[32];
-      char* token_end = token;
-      const bool present = std::fscanf(stream, "%31s", token) == 1;
-      const long number = present ? std::strtol(token, &token_end, 10) : 0;
-      if (!present || token_end == token || *token_end != '\0') {
-        UTend_input(std_err, "%s in matrix file: %s\nRow %d, column %d of %d rows and columns\n",
-                    present ? "Not a whole number" : "Too few scores", p->MATRIX_FILE.name.c_str(), i + 1,
-                    j + 1, n);
-      }
-      out_matrix.pairscore[i][j] = scaled_score(number, p);
-    }
-  }
-  close_matrix(p);
-}
-
-void getmat_ncbi(ScoreMatrix& out_matrix, Params* p) {
-  open_matrix(p);
-  UTvector<char> line = UTlinebuffer(static_cast<std::size_t>(p->LINE_BUFFER_LEN), "getmat_ncbi");
-  out_matrix.title = "NCBI Matrix - see file for type";
-  set_alphabet(out_matrix, ncbi_letters(line, p), p);
-
-  const int32_t n = out_matrix.inlen - NSPECIAL;
-  for (int32_t i = 0; i < n; ++i) {
-    if (!UTgetline(p->MATRIX_FILE.stream, line)) {
-      UTend_input(std_err, "Premature end to matrix file at line %d\n", i);
-    }
-    read_ncbi_row(out_matrix.pairscore[i], n, i, line.data(), p);
-    if (p->VERBOSE > 10) std::fputc('\n', std_err);
-  }
-  close_matrix(p);
-}
 
 ScoreMatrix* getmat(Params* p) {
-  // Matrices live for the run; a deque keeps them where they are.
-  static std::deque<ScoreMatrix, UTallocator<ScoreMatrix>> matrices;
-  ScoreMatrix& matrix = matrices.emplace_back();
+  const auto matrix = std::make_shared<ScoreMatrix>();
   if (p->MATRIX_FORMAT == 0) {
-    getmat_pir(matrix, p);
+    getmat_pir(*matrix, p);
   } else if (p->MATRIX_FORMAT == 1) {
-    getmat_ncbi(matrix, p);
+    getmat_ncbi(*matrix, p);
   } else {
     UTend_input(std_err, "ERROR: Unrecognised MATRIX_FORMAT:%d\n", p->MATRIX_FORMAT);
   }
-  if (p->VERBOSE != 0) PrintPairscoreMatrix(std_err, matrix, p);
-  SetStopCodonWeight(matrix, p);
-  SetMinMaxMatrixValues(matrix);
-  matrix.dbcount.assign(static_cast<std::size_t>(matrix.inlen), 0);
-  matrix.dbfreq.assign(static_cast<std::size_t>(matrix.inlen), 0.0);
-  p->matrix = &matrix;
-  return &matrix;
+  if (p->VERBOSE != 0) PrintPairscoreMatrix(std_err, *matrix, p);
+  SetStopCodonWeight(*matrix, p);
+  SetMinMaxMatrixValues(*matrix);
+  matrix->dbcount.assign(static_cast<std::size_t>(matrix->inlen), 0);
+  matrix->dbfreq.assign(static_cast<std::size_t>(matrix->inlen), 0.0);
+  p->matrix = matrix;
+  return matrix.get();
 }
 
 void SetStopCodonWeight(ScoreMatrix& matrix, const Params* p) {
@@ -246,46 +65,6 @@ void PrintPairscoreMatrix(FILE* stream, const ScoreMatrix& matrix, const Params*
   }
   std::fprintf(stream, "# Max Value in PairMatrix: %d\n", matrix.maxval);
   std::fprintf(stream, "# Min Value in PairMatrix: %d\n", matrix.minval);
-}
-
-void GetDBFreqs(const SeqRec* seqs, int32_t n, Params* p) {
-  ScoreMatrix& matrix = *p->matrix;
-  const int32_t nres = p->binfo->nres;
-  // Neighbours are counted apart: repeated residues would otherwise wait for each other's counter.
-  std::array<std::array<int32_t, 256>, 2> counts{};
-  for (int32_t s = 0; s < n; ++s) {
-    for (int32_t i = 1; i <= residues(seqs[s]); ++i) {
-      ++counts[static_cast<std::size_t>(i & 1)][static_cast<uint8_t>(seqs[s].seq[i])];
-    }
-  }
-  double frequency_sum = 0;
-  int64_t count_sum = 0;
-  for (std::size_t code = 0; code < matrix.dbcount.size(); ++code) {
-    matrix.dbcount[code] += counts[0][code] + counts[1][code];
-    // 0 / 0 has a sign on some machines, and would print as "-nan" there.
-    const bool undefined = nres == 0 && matrix.dbcount[code] == 0;
-    matrix.dbfreq[code] = undefined ? std::numeric_limits<double>::quiet_NaN()
-                                    : static_cast<double>(matrix.dbcount[code]) / nres;
-    frequency_sum += matrix.dbfreq[code];
-    count_sum += matrix.dbcount[code];
-  }
-  if (std::fabs(frequency_sum - 1) > 1e-8) {
-    std::fprintf(p->STDERR, "# Warning: GetDBFreqs fchk = %g\n", frequency_sum);
-  }
-  if (count_sum != nres) {
-    std::fprintf(p->STDERR, "# Warning: GetDBFreqs cchk = %d\n", static_cast<int32_t>(count_sum));
-  }
-}
-
-void DumpDBFreqs(FILE* stream, const Params* p) {
-  const ScoreMatrix& matrix = *p->matrix;
-  std::fputs("# Frequency Table for database\n", stream);
-  std::fputs("# Residue            counts         Frequency\n", stream);
-  for (int32_t code = 0; code < matrix.inlen; ++code) {
-    const auto at = static_cast<std::size_t>(code);
-    std::fprintf(stream, "#   %c            %10d               %g\n", residue_letter(matrix, code),
-                 matrix.dbcount[at], matrix.dbfreq[at]);
-  }
 }
 
 }  // namespace zelvan

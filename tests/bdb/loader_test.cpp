@@ -9,6 +9,7 @@
 #include "bdb/builder.h"
 #include "bdb/database.h"
 #include "seq/alphabet.h"
+#include "seq/composition.h"
 #include "seq/matrix.h"
 #include "support/capture.h"
 #include "support/settings.h"

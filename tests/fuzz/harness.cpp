@@ -133,9 +133,10 @@ const Params& default_params() {
 }
 
 const ScoreMatrix& shipped_matrix() {
-  static const ScoreMatrix* const matrix = [] {
+  static const std::shared_ptr<const ScoreMatrix> matrix = [] {
     Params p = default_params();
-    return getmat(&p);
+    getmat(&p);
+    return p.matrix;
   }();
   return *matrix;
 }

@@ -13,6 +13,8 @@
 #include "harness.h"
 #include "seq/alphabet.h"
 #include "seq/codon.h"
+#include "seq/composition.h"
+#include "seq/matrix_file.h"
 #include "seq/sequence_file.h"
 #include "util/streams.h"
 #include "util/text.h"
@@ -192,14 +194,14 @@ void binary_database(FuzzInput input) {
   p.TIME = 6;
   p.BDB_INDEX_FILE.name = scratch_file("db.bix", bytes.substr(0, index_size)).c_str();
   p.BDB_SEQ_FILE.name = scratch_file("db.bsq", bytes.substr(std::min(index_size, bytes.size()))).c_str();
-  ScoreMatrix matrix = shipped_matrix();
+  p.matrix = std::make_shared<ScoreMatrix>(shipped_matrix());
+  const ScoreMatrix& matrix = *p.matrix;
   BinaryDatabase database;
   if (!came_back([&] { loadbdb(database, matrix, &p); })) return;
 
   const auto n = static_cast<int32_t>(database.seqs.size());
   require(p.binfo == &database.info && n == database.info.nseq, "the header");
   if (database.info.index_flag != 1) encode_sequences(database.seqs.data(), n, matrix);
-  p.matrix = &matrix;
   GetDBFreqs(database.seqs.data(), n, &p);
   int64_t residues = 0;
   for (const int32_t count : matrix.dbcount) residues += count;

@@ -20,9 +20,8 @@ TEST(PrintMultipleAlignment, CutsBlocksByWidth) {
                {"AR", 1, {"", ""}},
                {"", 4, {}},
                {"ARN", 2147483647, {"ARN"}}};
-  ScoreMatrix matrix = report_matrix();
   Params p = params_of("SHOW_IDENT_WIDTH 6");
-  p.matrix = &matrix;
+  p.matrix = std::make_shared<ScoreMatrix>(report_matrix());
   const auto report = [&p](const char* residues) {
     const SeqRec query = reported_sequence("QUERY", "the query", residues);
     return printed([&] { print_multiple_alignment(initialise_aldat(query), &p); });

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "seq/composition.h"
 #include "seq/database_info.h"
 #include "seq_data.h"
 #include "support/capture.h"
@@ -51,7 +52,7 @@ TEST_F(MatrixTest, ReadsTheNcbiLayout) {
   EXPECT_EQ(m.pairscore[0][0], 100);
   EXPECT_EQ(m.pairscore[0][1], -200);
   EXPECT_EQ(m.pairscore[1][0], 300);
-  EXPECT_EQ(m.pairscore[1][1], 0) << "no number";
+  EXPECT_EQ(m.pairscore[1][1], 0) << "not a number";
 }
 
 // The sentences end the run with status -1; "~" stands for the matrix file.
