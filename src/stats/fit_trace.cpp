@@ -1,6 +1,6 @@
 #include "stats/fit_trace.h"
 
-#include "stats/numerics/models.h"
+#include "stats/numerics/model_fits.h"
 
 namespace zelvan {
 namespace {

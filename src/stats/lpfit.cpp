@@ -7,7 +7,7 @@
 #include "seq/database_info.h"
 #include "stats/fit_trace.h"
 #include "stats/numerics/allocators.h"
-#include "stats/numerics/parameter_fits.h"
+#include "stats/numerics/model_fits.h"
 #include "stats/range_fit.h"
 #include "stats/score_table.h"
 #include "util/numbers.h"

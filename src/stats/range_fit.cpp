@@ -6,14 +6,12 @@
 
 #include "stats/numerics/allocators.h"
 #include "stats/numerics/levenberg_marquardt.h"
-#include "stats/numerics/models.h"
+#include "stats/numerics/model_fits.h"
 
 namespace zelvan {
 namespace {
 
-constexpr int STEP_LIMIT = 1000;
-constexpr int QUIET_STEPS = 10;
-constexpr double QUIET_FALL = 0.1;
+constexpr StoppingRule RANGE_FIT_STOPS = {.tolerance = 0.1, .quiet_steps = 10, .max_steps = 1000};
 
 // Location and scale of the extreme-value distribution that has this mean and standard deviation.
 RangeFit from_moments(double mean, double sd) {
@@ -21,31 +19,6 @@ RangeFit from_moments(double mean, double sd) {
   start.beta = sd * std::sqrt(6.0) / std::numbers::pi;
   start.u = mean - std::numbers::egamma * start.beta;
   return start;
-}
-
-int take_steps(const FrequencyTable& table, double* a, double** covar, double** alpha, double* chisq) {
-  const int ia[3] = {0, 1, 1};
-  double alamda = -1.0;
-  const auto step = [&] {
-    return mrqmin(table.score.data(), table.density.data(), table.sigma.data(), table.nbuckets, a, ia, 2,
-                  covar, alpha, chisq, fextrem_val2pt, &alamda);
-  };
-  int status = step();
-  double reference = *chisq;
-  int quiet = 0;
-  for (int k = 0; status == NUMERICS_OK && quiet < QUIET_STEPS && k < STEP_LIMIT; ++k) {
-    if (a[2] < 0.0) {
-      a[2] = -a[2];
-      quiet = 0;
-    }
-    status = step();
-    quiet = *chisq <= reference && reference - *chisq < QUIET_FALL ? quiet + 1 : 0;
-    reference = *chisq;
-  }
-  if (status != NUMERICS_OK) return status;
-  alamda = 0.0;
-  status = step();
-  return status == NUMERICS_OK && quiet < QUIET_STEPS ? NOT_SETTLED : status;
 }
 
 }  // namespace
@@ -83,17 +56,31 @@ FrequencyTable range_frequencies(const ScoreTable& table, const LplRange& range,
 
 int fit_range(const FrequencyTable& frequencies, RangeFit& fit) {
   double a[3] = {0.0, fit.u, fit.beta};
-  double** covar = nullptr;
-  double** alpha = nullptr;
-  int status = dmatrix(1, 2, 1, 2, &covar);
-  if (status == NUMERICS_OK) status = dmatrix(1, 2, 1, 2, &alpha);
-  if (status == NUMERICS_OK) status = take_steps(frequencies, a, covar, alpha, &fit.chisq);
-  free_dmatrix(alpha, 1, 2, 1, 2);
-  free_dmatrix(covar, 1, 2, 1, 2);
-  fit.u = a[1];
-  fit.beta = a[2];
+  const int ia[3] = {0, 1, 1};
+  MarquardtFit marquardt = {.model = fextrem_val2pt,
+                            .x = frequencies.score.data(),
+                            .y = frequencies.density.data(),
+                            .sig = frequencies.sigma.data(),
+                            .ndata = frequencies.nbuckets,
+                            .a = a,
+                            .ia = ia,
+                            .ma = 2};
+  int status = dmatrix(1, 2, 1, 2, &marquardt.covar);
+  if (status == NUMERICS_OK) status = dmatrix(1, 2, 1, 2, &marquardt.alpha);
+  if (status == NUMERICS_OK) {
+    status = fit_until_quiet(marquardt, RANGE_FIT_STOPS, [&] {
+      if (a[2] < 0.0) {
+        a[2] = -a[2];
+        marquardt.quiet_steps = 0;
+      }
+    });
+  }
+  free_dmatrix(marquardt.alpha, 1, 2, 1, 2);
+  free_dmatrix(marquardt.covar, 1, 2, 1, 2);
+  fit = {.u = a[1], .beta = a[2], .chisq = marquardt.chisq};
+  if (status != NUMERICS_OK) return status;
   const bool usable = std::isfinite(fit.u) && std::isfinite(fit.beta) && fit.beta > 0.0;
-  return status == NUMERICS_OK && !usable ? NOT_SETTLED : status;
+  return marquardt.converged && usable ? NUMERICS_OK : NOT_CONVERGED;
 }
 
 }  // namespace zelvan

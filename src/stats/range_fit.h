@@ -35,8 +35,8 @@ FrequencyTable range_frequencies(const ScoreTable& table, const LplRange& range,
 // fit_range - least-squares fit of the extreme-value density to a frequency table.
 // In/Out fit: the starting values, then the result
 // Does   Levenberg-Marquardt steps until ten in a row lowered chi-square by less than 0.1
-// Returns 0, or a status of the fitting routines: no room, singular matrix, or not settled (no ten quiet steps
-//        among 1,000, or a result that is no scale)
+// Returns 0, or a status of the fitting routines: out of memory, singular matrix, or not converged (1,000 steps
+//        used up, or a result that is not finite or no scale)
 int fit_range(const FrequencyTable& frequencies, RangeFit& fit);
 
 }  // namespace zelvan

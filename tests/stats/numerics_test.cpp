@@ -6,10 +6,8 @@
 #include <random>
 
 #include "stats/numerics/levenberg_marquardt.h"
-#include "stats/numerics/linear_fit.h"
-#include "stats/numerics/linear_system.h"
-#include "stats/numerics/models.h"
-#include "stats/numerics/parameter_fits.h"
+#include "stats/numerics/linear_least_squares.h"
+#include "stats/numerics/model_fits.h"
 
 namespace zelvan {
 namespace {

@@ -1,8 +1,6 @@
 #include "stats/numerics/levenberg_marquardt.h"
 
-#include "stats/numerics/allocators.h"
-#include "stats/numerics/linear_system.h"
-#include "stats/numerics/normal_equations.h"
+#include "stats/numerics/linear_least_squares.h"
 
 namespace zelvan {
 namespace {

@@ -1,4 +1,4 @@
-#include "stats/numerics/linear_system.h"
+#include "stats/numerics/linear_least_squares.h"
 
 #include <cmath>
 #include <utility>
@@ -80,6 +80,26 @@ int solve(double** a, int n, double** b, int m, const Pivots& pivots) {
   return NUMERICS_OK;
 }
 
+// What the held coefficients leave to fit at the point whose basis functions are in afunc.
+double subtract_held(double y, const double* a, const int* ia, int ma, const double* afunc) {
+  for (int j = 1; j <= ma; ++j) {
+    if (ia[j] == 0) y -= a[j] * afunc[j];
+  }
+  return y;
+}
+
+double chi_square(const double* x, const double* y, const double* sig, int ndat, const double* a, int ma,
+                  double* afunc, FitBasis basis) {
+  double chisq = 0.0;
+  for (int i = 1; i <= ndat; ++i) {
+    basis(x[i], afunc, ma);
+    double residual = y[i];
+    for (int j = 1; j <= ma; ++j) residual -= a[j] * afunc[j];
+    chisq += (residual / sig[i]) * (residual / sig[i]);
+  }
+  return chisq;
+}
+
 }  // namespace
 
 int gaussj(double** a, int n, double** b, int m) {
@@ -102,6 +122,73 @@ void covsrt(double** covar, int ma, const int* ia, int mfit) {
     for (int j = 1; j <= ma; ++j) std::swap(covar[packed][j], covar[full][j]);
     --packed;
   }
+}
+
+int count_fitted(const int* ia, int ma) {
+  int mfit = 0;
+  for (int j = 1; j <= ma; ++j) mfit += ia[j] != 0;
+  return mfit;
+}
+
+void clear_equations(double** alpha, double* beta, int mfit) {
+  for (int j = 1; j <= mfit; ++j) {
+    for (int k = 1; k <= mfit; ++k) alpha[j][k] = 0.0;
+    beta[j] = 0.0;
+  }
+}
+
+void add_point(const double* derivatives, double residual, double weight, const int* ia, int ma,
+               double** alpha, double* beta) {
+  int j = 0;
+  for (int l = 1; l <= ma; ++l) {
+    if (ia[l] == 0) continue;
+    ++j;
+    int k = 0;
+    for (int m = 1; m <= l; ++m) {
+      if (ia[m] != 0) alpha[j][++k] += derivatives[l] * weight * derivatives[m];
+    }
+    beta[j] += residual * derivatives[l] * weight;
+  }
+}
+
+void complete_equations(double** alpha, int mfit) {
+  for (int j = 2; j <= mfit; ++j) {
+    for (int k = 1; k < j; ++k) alpha[k][j] = alpha[j][k];
+  }
+}
+
+int lfit(const double* x, const double* y, const double* sig, int ndat, double* a, const int* ia, int ma,
+         double** covar, double* chisq, FitBasis basis) {
+  const int mfit = count_fitted(ia, ma);
+  double* afunc = nullptr;
+  double* beta = nullptr;
+  double** solution = nullptr;
+  int status = vector(1, ma, &afunc);
+  if (status == NUMERICS_OK) status = dvector(1, mfit, &beta);
+  if (status == NUMERICS_OK) status = dmatrix(1, mfit, 1, 1, &solution);
+  if (status == NUMERICS_OK) {
+    clear_equations(covar, beta, mfit);
+    for (int i = 1; i <= ndat; ++i) {
+      basis(x[i], afunc, ma);
+      const double residual = subtract_held(y[i], a, ia, ma, afunc);
+      add_point(afunc, residual, 1.0 / (sig[i] * sig[i]), ia, ma, covar, beta);
+    }
+    complete_equations(covar, mfit);
+    for (int j = 1; j <= mfit; ++j) solution[j][1] = beta[j];
+    status = gaussj(covar, mfit, solution, 1);
+  }
+  if (status == NUMERICS_OK) {
+    int j = 0;
+    for (int l = 1; l <= ma; ++l) {
+      if (ia[l] != 0) a[l] = solution[++j][1];
+    }
+    *chisq = chi_square(x, y, sig, ndat, a, ma, afunc, basis);
+    covsrt(covar, ma, ia, mfit);
+  }
+  free_dmatrix(solution, 1, mfit, 1, 1);
+  free_dvector(beta, 1, mfit);
+  free_vector(afunc, 1, ma);
+  return status;
 }
 
 }  // namespace zelvan
