@@ -64,15 +64,16 @@ double pair_sum(const ScoreMatrix& matrix, const ResidueModel& model, double lam
 // The sum is 1 at lambda 0, convex, and falls first when the expected score is negative: the positive root,
 // if there is one, lies between the last point below 1 and the first above it.
 double solve_lambda(const ScoreMatrix& matrix, const ResidueModel& model, int32_t precision) {
-  constexpr double smallest = 1e-4, largest = 100.0;
-  if (!(pair_sum(matrix, model, smallest, precision) < 1.0)) return HALF_BIT;
-  double low = smallest, high = smallest;
+  constexpr double SMALLEST = 1e-4, LARGEST = 100.0;
+  constexpr int BISECTIONS = 60;
+  if (!(pair_sum(matrix, model, SMALLEST, precision) < 1.0)) return HALF_BIT;
+  double low = SMALLEST, high = SMALLEST;
   while (pair_sum(matrix, model, high, precision) < 1.0) {
     low = high;
     high *= 2;
-    if (high > largest) return HALF_BIT;
+    if (high > LARGEST) return HALF_BIT;
   }
-  for (int step = 0; step < 60; ++step) {
+  for (int step = 0; step < BISECTIONS; ++step) {
     const double middle = (low + high) / 2;
     (pair_sum(matrix, model, middle, precision) < 1.0 ? low : high) = middle;
   }

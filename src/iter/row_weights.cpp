@@ -44,12 +44,12 @@ int32_t identities(const int8_t* a, const int8_t* b, int32_t length, int8_t gap)
   return n;
 }
 
-// Whether the identities make up `threshold` of the length; most pairs are turned down after a block or two.
+// Whether at least `threshold` of the positions are identical; most pairs fail after a block or two.
 bool resembles(const int8_t* a, const int8_t* b, int32_t length, int8_t gap, double threshold) {
-  constexpr int32_t block = 32;
+  constexpr int32_t BLOCK = 32;
   int32_t same = 0;
-  for (int32_t k = 0; k < length; k += block) {
-    const int32_t width = std::min(block, length - k);
+  for (int32_t k = 0; k < length; k += BLOCK) {
+    const int32_t width = std::min(BLOCK, length - k);
     same += identities(a + k, b + k, width, gap);
     const int32_t possible = same + length - k - width;
     if (static_cast<double>(possible) / length < threshold) return false;
@@ -71,34 +71,34 @@ void count_row(Table<int32_t>& count, const AlignRow& row, int32_t step) {
   for (int32_t k = row.qstart; k <= row.qend; ++k) count[k][row.aligned[static_cast<std::size_t>(k)]] += step;
 }
 
-// The share that each code of each column of the common range earns.
-void share_columns(RowWeights& weights, int8_t gap) {
+// What each code of each column of the common range adds to the weight of a sequence that has it.
+void weigh_columns(RowWeights& weights, int8_t gap) {
   int64_t distinct_sum = 0;
   for (int32_t k = weights.range_start; k <= weights.range_end; ++k) {
     const int32_t* count = weights.count[k];
-    double* share = weights.share[k];
+    double* contribution = weights.contribution[k];
     int32_t distinct = 0;
     for (int32_t c = 0; c < weights.count.cols; ++c) distinct += count[c] > 0;
     for (int32_t c = 0; c < weights.count.cols; ++c) {
-      share[c] = count[c] > 0 ? 1.0 / (static_cast<double>(count[c]) * distinct) : 0.0;
+      contribution[c] = count[c] > 0 ? 1.0 / (static_cast<double>(count[c]) * distinct) : 0.0;
     }
     distinct_sum += distinct - (count[gap] > 0);
   }
   weights.mean_distinct = static_cast<double>(distinct_sum) / (weights.range_end - weights.range_start + 1);
 }
 
-double weigh(const RowWeights& weights, const int8_t* codes) {
+double weight_of(const RowWeights& weights, const int8_t* codes) {
   double sum = 0;
-  for (int32_t k = weights.range_start; k <= weights.range_end; ++k) sum += weights.share[k][codes[k]];
+  for (int32_t k = weights.range_start; k <= weights.range_end; ++k) sum += weights.contribution[k][codes[k]];
   return sum;
 }
 
 void weigh_sequences(RowWeights& weights, const AlignData& aldat) {
-  weights.query = weigh(weights, aldat.query->seq);
+  weights.query = weight_of(weights, aldat.query->seq);
   weights.sum = weights.query;
   for (int32_t r = 0; r < row_count(aldat); ++r) {
     const auto at = static_cast<std::size_t>(r);
-    weights.row[at] = weights.active[at] != 0 ? weigh(weights, row_at(aldat, r).aligned.data()) : 0.0;
+    weights.row[at] = weights.active[at] != 0 ? weight_of(weights, row_at(aldat, r).aligned.data()) : 0.0;
     weights.sum += weights.row[at];
   }
   weights.query /= weights.sum;
@@ -127,7 +127,7 @@ RowWeights start_row_weights(const AlignData& aldat, const ScoreMatrix& matrix) 
   weights.active.assign(aldat.rows.size(), 0);
   weights.covering.assign(aldat.rows.size(), 0);
   weights.count = make_table<int32_t>(aldat.query->len, matrix.inlen, 0);
-  weights.share = make_table<double>(aldat.query->len, matrix.inlen, 0.0);
+  weights.contribution = make_table<double>(aldat.query->len, matrix.inlen, 0.0);
   for (int32_t k = 1; k <= residues(*aldat.query); ++k) weights.count[k][aldat.query->seq[k]] = 1;
   return weights;
 }
@@ -150,7 +150,7 @@ void move_row_weights(RowWeights& weights, int32_t i, const AlignData& aldat, co
     if (step != 0) count_row(weights.count, row_at(aldat, r), step);
   }
   if (weights.nactive == 0) return;
-  share_columns(weights, gap);
+  weigh_columns(weights, gap);
   weigh_sequences(weights, aldat);
 }
 

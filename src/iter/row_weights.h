@@ -24,17 +24,17 @@ struct RowWeights {
   double mean_distinct = 0;  // mean over the common range of the distinct codes in a column, gap excluded
 
   // ---- kept between positions
-  UTvector<char> covering;  // [row] covers the position, before filtering
-  Table<int32_t> count;     // [query position][code] among active rows and the query
-  Table<double> share;      // [query position][code] 1 / (count x distinct codes), valid in the common range
+  UTvector<char> covering;     // [row] covers the position, before filtering
+  Table<int32_t> count;        // [query position][code] among active rows and the query
+  Table<double> contribution;  // [query position][code] 1 / (count x distinct codes), in the common range
 };
 
 // start_row_weights - weights for an alignment before its first position.
 RowWeights start_row_weights(const AlignData& aldat, const ScoreMatrix& matrix);
 
 // move_row_weights - brings the weights to query position i.
-// Does   finds the rows that cover i and their common range; with p->PIDTHRESH < 1 filters out redundant ones;
-//        then each column of the common range gives every sequence 1 / (sequences with its code there x
+// Does   finds the rows that cover i and their common range; with p->PIDTHRESH < 1 filters out redundant
+//        ones; then each column of the common range gives every sequence 1 / (sequences with its code there x
 //        distinct codes there), the gap being a code. Any order of positions; cheap when a position has the
 //        rows of the one before. An invalid common range is reported on std_err and leaves no row active
 // Ends   when the filter switches every row off (status 1)

@@ -17,7 +17,7 @@ UTvector<int32_t> do_result_sort(int32_t n, RunTimes& times, Params* p);
 
 // do_pv_sort - by a double key, ascending; the identity unless DO_SORT is 1. With PROB_TYPE 2 the result is
 // reversed, for a key that is smallest for the best hit.
-// In     key[0..n-1]; entries that are no number count as the least significant
+// In     key[0..n-1]; NaN counts as the least significant key
 UTvector<int32_t> do_pv_sort(const double* key, int32_t n, const Params* p);
 
 // do_zs_sort - by an integer key, ascending; the identity unless DO_SORT is 1.

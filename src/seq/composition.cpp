@@ -13,7 +13,7 @@ namespace zelvan {
 void GetDBFreqs(const SeqRec* seqs, int32_t n, Params* p) {
   ScoreMatrix& matrix = *p->matrix;
   const int32_t nres = p->binfo->nres;
-  // Odd and even positions have counters of their own: a repeated residue would otherwise stall on its counter.
+  // Even and odd positions are counted apart: the additions for a repeated residue would wait for each other.
   std::array<std::array<int32_t, 256>, 2> counts{};
   for (int32_t s = 0; s < n; ++s) {
     for (int32_t i = 1; i <= residues(seqs[s]); ++i) {

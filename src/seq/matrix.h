@@ -35,7 +35,7 @@ inline char residue_letter(const ScoreMatrix& matrix, int code) {
   return matrix.indx[static_cast<std::size_t>(code)];
 }
 
-// getmat - reads MATRIX_DIR/MATRIX_FILE in the layout of MATRIX_FORMAT (0 plain "PIR", 1 NCBI; matrix_file.h).
+// getmat - reads MATRIX_DIR/MATRIX_FILE in the layout of MATRIX_FORMAT: 0 plain ("PIR"), 1 NCBI.
 // Does   joins directory and name in p->MATRIX_FILE, reads alphabet and scores, prints them on std_err when
 //        VERBOSE is set, then gives the stop code its weight and takes the extremes
 // Out    p->matrix: the new matrix; one that was there is released
@@ -50,8 +50,8 @@ void SetStopCodonWeight(ScoreMatrix& matrix, const Params* p);
 // SetMinMaxMatrixValues - the extremes over all codes, the special ones included.
 void SetMinMaxMatrixValues(ScoreMatrix& matrix);
 
-// PrintPairscoreMatrix - the whole matrix as comment lines; scores in matrix units, truncated toward zero, but
-// the extremes as stored.
+// PrintPairscoreMatrix - the whole matrix as comment lines; scores in matrix units, truncated toward zero,
+// but the extremes as stored.
 void PrintPairscoreMatrix(FILE* stream, const ScoreMatrix& matrix, const Params* p);
 
 }  // namespace zelvan

@@ -36,8 +36,8 @@ bool first_line(UTvector<char>& line, const Params* p) {
   return true;
 }
 
-// The score that a number of the file stands for, x PRECISION. Every sensible matrix stays far from the limits, but
-// a score that wrapped would go unnoticed.
+// The score that a number of the file stands for, x PRECISION. Every sensible matrix stays far from the
+// limits, but a score that wrapped would go unnoticed.
 int32_t scaled_score(int64_t number, const Params* p) {
   const int64_t largest = INT32_MAX / std::max(std::abs(int64_t{p->PRECISION}), int64_t{1});
   if (number < -largest || number > largest) {
@@ -89,8 +89,8 @@ UTstring without_newline(const UTvector<char>& line) {
   UTend_input(std_err, "File:%s\n", p->MATRIX_FILE.name.c_str());
 }
 
-// The header line of an NCBI matrix: the first that begins with a blank, below at least one "#" line. Returns its
-// letters; blanks and the stop column's "*" are none.
+// The header line of an NCBI matrix: the first that begins with a blank, below at least one "#" line. Returns
+// its letters; blanks and the stop column's "*" are none.
 UTstring ncbi_letters(UTvector<char>& line, const Params* p) {
   FILE* const stream = p->MATRIX_FILE.stream;
   const char* const name = p->MATRIX_FILE.name.c_str();

@@ -108,13 +108,13 @@ void trace_result(const FitTrace& trace, const LpfitData& lpfit) {
   if (stream == nullptr) return;
   const double* a = lpfit.paramA;
   if (lpfit.EXPORLIN == 0) {
-    std::fprintf(stream, "ParameterA - %f + %f * (exp(-(lpl)/%f)) EXPORLIN = %d\n", a[1], a[2], a[3], 0);
+    std::fprintf(stream, "ParameterA - %f + %f * (exp(-(lpl)/%f)) EXPORLIN = %d\n", a[0], a[1], a[2], 0);
   } else if (lpfit.EXPORLIN == 1) {
-    std::fprintf(stream, "ParameterA - %f + %f * (lpl) EXPORLIN = %d\n", a[1], a[2], 1);
+    std::fprintf(stream, "ParameterA - %f + %f * (lpl) EXPORLIN = %d\n", a[0], a[1], 1);
   } else {
     std::fprintf(stream, "EXPORLIN = %d\n", lpfit.EXPORLIN);
   }
-  std::fprintf(stream, "ParameterB - %f + %f * (lpl)\n", lpfit.paramB[1], lpfit.paramB[2]);
+  std::fprintf(stream, "ParameterB - %f + %f * (lpl)\n", lpfit.paramB[0], lpfit.paramB[1]);
 }
 
 void close_fit_trace(FitTrace& trace) {

@@ -1,12 +1,12 @@
 // The four trace files of a fit, in the working directory, each written afresh by every fit:
-//   PROCESSING     the course of the fit, step by step: number and summary of the scores; for each width tried the
-//                  first usable bin (-1: none) and the number of usable ranges (j); for each range its first bin
-//                  (templpl, i), its hits (lplscorerange), 10 x its lpl, location, scale and misfit; the two fits
-//                  against lpl; the result
-//   STAT_DATA      a line for each fine bin: bin, 10 x lpl of its lower edge, hits, mean lpl, sum of scores, mean
-//                  score, number of the range it belongs to (0: none)
+//   PROCESSING     the course of the fit, step by step: number and summary of the scores; for each width
+//                  tried the first usable bin (-1: none) and the number of usable ranges (j); for each range
+//                  its first bin (templpl, i), its hits (lplscorerange), 10 x its lpl, location, scale and
+//                  chi-square; the two fits against lpl; the result
+//   STAT_DATA      a line for each fine bin: bin, 10 x lpl of its lower edge, hits, mean lpl, sum of scores,
+//                  mean score, number of the range it belongs to (0: none)
 //   FREQTAB_HISTS  a block for each range: "score:  share of the range's hits", scores with hits only
-//   FREQTAB_OUT    a block for each range: bucket middle, share of the hits, fitted density; one line per score
+//   FREQTAB_OUT    a block for each range: bucket middle, share of the hits, fitted density, for every score
 #pragma once
 
 #include "stats/lpfit.h"

@@ -16,7 +16,7 @@
 namespace zelvan {
 namespace {
 
-constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+constexpr double NAN_VALUE = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t FEWEST_RANGES = 3;  // the limits of the scale need three at each end
 constexpr int32_t WIDTH_AIMED_AT = 4;     // bins; see do_lpfit
 
@@ -81,21 +81,24 @@ void limit_scale(const RangePoints& points, LpfitData& lpfit) {
   lpfit.Bmax = (3.0 * beta[m] + 2.0 * beta[m - 1] + beta[m - 2]) / 6.0;
 }
 
+// Runs one of the two fits on the coefficients of the record, which stay as they are when it fails.
+int fit_coefficients(decltype(expfitPARAMA) fit_routine, const RangePoints& points, const UTvector<double>& y,
+                     double* coefficients, int traced, FILE* trace) {
+  double a[4] = {0.0, coefficients[0], coefficients[1], coefficients[2]};
+  int error = NUMERICS_OK;
+  fit_routine(points.tenths.data(), y.data(), points.n, a, &error, traced, trace);
+  if (error == NUMERICS_OK) std::copy(a + 1, a + 4, coefficients);
+  return error;
+}
+
 int32_t fit_location(const RangePoints& points, LpfitData& lpfit, FILE* trace) {
-  double a[4];
-  std::copy(lpfit.paramA, lpfit.paramA + 4, a);
-  int ignored = 0;
-  lpfit.EXPORLIN = 0;
-  const int failed_exponential = expfitPARAMA(points.tenths.data(), points.u.data(), points.n, a, &ignored,
-                                              lpfit.trace_processing, trace);
-  if (failed_exponential == 0) {
-    std::copy(a, a + 4, lpfit.paramA);
-    return 0;
-  }
-  lpfit.EXPORLIN = 1;
-  const int failed_line = linfitPARAMB2(points.tenths.data(), points.u.data(), points.n, lpfit.paramA,
-                                        &ignored, lpfit.trace_processing, trace);
-  return failed_line == 0 ? 0 : failed_line + 100 * failed_exponential;
+  const int exponential_status =
+      fit_coefficients(expfitPARAMA, points, points.u, lpfit.paramA, lpfit.trace_processing, trace);
+  lpfit.EXPORLIN = exponential_status == NUMERICS_OK ? 0 : 1;
+  if (exponential_status == NUMERICS_OK) return 0;
+  const int line_status =
+      fit_coefficients(linfitPARAMB2, points, points.u, lpfit.paramA, lpfit.trace_processing, trace);
+  return line_status == NUMERICS_OK ? 0 : line_status + 100 * exponential_status;
 }
 
 int32_t fit(LpfitData& lpfit, const FitTrace& trace) {
@@ -117,9 +120,8 @@ int32_t fit(LpfitData& lpfit, const FitTrace& trace) {
   limit_scale(points, lpfit);
   FILE* stream = trace.processing.stream;
   if (const int32_t code = fit_location(points, lpfit, stream); code != 0) return code;
-  int ignored = 0;
-  if (linfitPARAMB2(points.tenths.data(), points.beta.data(), points.n, lpfit.paramB, &ignored,
-                    lpfit.trace_processing, stream) != 0) {
+  if (fit_coefficients(linfitPARAMB2, points, points.beta, lpfit.paramB, lpfit.trace_processing, stream) !=
+      NUMERICS_OK) {
     return FIT_SCALE_FAILED;
   }
   trace_result(trace, lpfit);
@@ -138,7 +140,7 @@ double scale(double lpl, const LpfitData& lpfit) {
 
 // x of one score in matrix units.
 double standardised(float score, int32_t qlen, int32_t dblen, const LpfitData& lpfit) {
-  if (lpfit.EXPORLIN != 0 && lpfit.EXPORLIN != 1) return NOT_A_NUMBER;
+  if (lpfit.EXPORLIN != 0 && lpfit.EXPORLIN != 1) return NAN_VALUE;
   const double lpl = log_length_product(qlen, dblen);
   if (std::isnan(lpl)) return -std::numeric_limits<double>::infinity();
   return (UTtruncate(static_cast<double>(score)) - location(lpl, lpfit)) / scale(lpl, lpfit);
@@ -156,7 +158,7 @@ double significance(double x, int32_t dblen, const Params* p) {
     case 3:
       return probability * p->binfo->nseq;
     default:
-      return NOT_A_NUMBER;
+      return NAN_VALUE;
   }
 }
 
@@ -194,9 +196,7 @@ int32_t do_lpfit(LpfitData& lpfit) {
   return lpfit.error;
 }
 
-UTvector<double> apply_lpfit(LpfitData& lpfit) {
-  std::copy(lpfit.paramA + 1, lpfit.paramA + 4, lpfit.paramA);
-  std::copy(lpfit.paramB + 1, lpfit.paramB + 4, lpfit.paramB);
+UTvector<double> apply_lpfit(const LpfitData& lpfit) {
   UTvector<double> x(static_cast<std::size_t>(lpfit.n));
   for (std::size_t i = 0; i < x.size(); ++i) {
     x[i] = standardised(lpfit.score[i], lpfit.qlen[i], lpfit.dblen[i], lpfit);

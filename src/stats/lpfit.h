@@ -8,8 +8,7 @@
 // Most of a database is unrelated to the query. Its scores, grouped by lpl, show how unrelated scores are
 // distributed at that lpl; the related few lie beyond the bulk and hardly move a fit to it.
 //
-// One iteration: setup_lpfit, do_lpfit, check error, apply_lpfit (once: it shifts the coefficients),
-// get_lpfit_probs.
+// One iteration: setup_lpfit, do_lpfit, check error, apply_lpfit, get_lpfit_probs.
 #pragma once
 
 #include <cstdint>
@@ -20,14 +19,14 @@
 
 namespace zelvan {
 
-// Why a fit failed; 40, 41 and 50 do not occur. When both location fits fail the code is the status of the
-// linear fit plus 100 times that of the exponential one (numerics/allocators.h lists them).
+// Why a fit failed. When both location fits fail the code is the status of the linear fit plus 100 times that
+// of the exponential one (numerics/allocators.h lists them).
 enum LpfitError : int32_t {
-  FIT_NO_TABLE = 39,         // no room for the table of scores
+  FIT_NO_TABLE = 39,         // not enough memory for the table of scores
   FIT_NO_HITS = 42,          // there is no sequence to fit to
   FIT_SCORES_TOO_WIDE = 43,  // more than MAX_SCORE_BUCKETS (score_table.h): a few scores dwarf all others
   FIT_TOO_FEW_RANGES = 44,   // no width gives three ranges with more than minbuck hits: too small a database
-  FIT_NO_WORK_SPACE = 45,    // no room for the fit of a range
+  FIT_NO_WORK_SPACE = 45,    // not enough memory for the fit of a range
   FIT_RANGE_FAILED = 48,     // the scores of a range follow no extreme-value curve, e.g. are all the same
   FIT_SCALE_FAILED = 51      // the fit of the scale against lpl
 };
@@ -37,14 +36,13 @@ struct LpfitData {
   UTvector<int32_t> qlen;   // [n] query length, residues
   UTvector<int32_t> dblen;  // [n] target length, residues
   int32_t n = 0;
-  // Coefficients a1..a3 and b1..b3; 1-based until apply_lpfit shifts them to 0-based.
-  double paramA[4] = {0, -2.0, 1.0, -1.0};
-  double paramB[4] = {0, -2.0, 1.0, -1.0};
-  int32_t error = 0;             // 0, or the positive code of the failure
-  int32_t EXPORLIN = 0;          // form of the location, see above
-  int32_t minbuck = 0;           // a range is usable when it has more hits
-  int32_t minrange = 0;          // usable ranges to aim at
-  int32_t trace_processing = 0;  // 1: write the trace file (fit_trace.h)
+  double paramA[3] = {-2.0, 1.0, -1.0};  // a1, a2, a3: starting values until do_lpfit
+  double paramB[3] = {-2.0, 1.0, -1.0};  // b1, b2; the third is not used
+  int32_t error = 0;                     // 0, or the positive code of the failure
+  int32_t EXPORLIN = 0;                  // form of the location, see above
+  int32_t minbuck = 0;                   // a range is usable when it has more hits
+  int32_t minrange = 0;                  // usable ranges to aim at
+  int32_t trace_processing = 0;          // 1: write the trace file (fit_trace.h)
   int32_t trace_hists = 0;
   int32_t trace_freqtab = 0;
   int32_t trace_stat = 0;
@@ -61,50 +59,52 @@ LpfitData setup_lpfit(int32_t query_length, const SeqRec* seqs, const int32_t* s
 
 // do_lpfit - fits location and scale.
 // Does   1 truncates scores to integers; leaves out those above mean + 5 SD of all and pairs with lpl outside
-//          4..20 (among them pairs without lpl: a sequence without residues, a product of lengths beyond 32 bits)
-//        2 groups bins of 0.1 lpl into ranges of equal width. The width grows from one bin on while fewer than
-//          `minrange` ranges (three at least) have more than `minbuck` hits, up to 20 bins, and also while it is
-//          below four bins and enough ranges remain: wider ranges hold more hits at the sparse ends of the length
-//          distribution, where the limits of the scale come from, and over 0.4 lpl the location moves by a
-//          fraction of the scale only. Where no width gives `minrange`, the one that gives most is taken, the
-//          wider of two that give as many; three ranges are enough
+//          4..20 (pairs without lpl, too: an empty sequence, a product of lengths beyond 32 bits)
+//        2 groups bins of 0.1 lpl into ranges of equal width. The width grows from one bin on while fewer
+//          than `minrange` ranges (three at least) have more than `minbuck` hits, up to 20 bins, and also
+//          while it is below four bins and enough ranges remain: wider ranges hold more hits at the sparse
+//          ends of the length distribution, where the limits of the scale come from, and over 0.4 lpl the
+//          location moves by a fraction of the scale only. Where no width gives `minrange`, the one that
+//          gives most is taken, the wider of two that give as many; three ranges are enough
 //        3 fits the extreme-value density to each range (range_fit.h); its lpl is the mean of its hits
 //        4 Bmin and Bmax from the three ranges at either end
-//        5 location against lpl: the exponential, or a line through 0 when that fit fails; scale against lpl: a
-//          line through 0
+//        5 location against lpl: the exponential, or a line through 0 when that fit fails; scale against lpl:
+//          a line through 0
 //        writes the trace files that are asked for
 // Out    paramA, paramB, EXPORLIN, Bmin, Bmax; error
 // Returns error: 0 or a positive code. The work space does not grow with n
 // Ends   only when a trace file cannot be written
-// Measured on 150 domains against 34,000 sequences: sequences of another fold at E <= 0.1, 1, 10: 1.1, 0.99, 0.98
-//        of the ideal number; shuffled sequences: 1.3, 0.87, 0.77. Ranges of one bin instead of up to four: the
-//        number at E <= 10 scatters by 5.6 instead of 4.8 from query to query
+// Measured on 150 domains against 34,000 sequences: sequences of another fold at E <= 0.1, 1, 10: 1.1, 0.99,
+//        0.98 of the ideal number; shuffled sequences: 1.3, 0.87, 0.77. Ranges of one bin instead of up to
+//        four: the number at E <= 10 scatters by 5.6 instead of 4.8 from query to query
 int32_t do_lpfit(LpfitData& lpfit);
 
-// apply_lpfit - shifts the coefficients and returns x for every hit.
-// Returns x[0..n-1]; minus infinity for a pair without lpl, which is thus never significant and sorts last; not a
-//         number when EXPORLIN is neither 0 nor 1
-UTvector<double> apply_lpfit(LpfitData& lpfit);
+// apply_lpfit - x for every hit of a fitted record.
+// Returns x[0..n-1]; minus infinity for a pair without lpl, which is thus never significant and sorts last;
+//        NaN when EXPORLIN is neither 0 nor 1
+UTvector<double> apply_lpfit(const LpfitData& lpfit);
 
 // get_lpfit_probs - the significance of every hit: P times a factor that PROB_TYPE chooses.
-//   0: 1                                        a P value
+//   0: 1                                          a P value
 //   1: p->DB_QUERY_RATIO
-//   2: residues of the database / target length E values
+//   2: residues of the database / of the target   E values
 //   3: sequences of the database
-// Any other PROB_TYPE gives what is not a number.
+//   any other: NaN
+// In     x[0..n-1] of apply_lpfit; seqs[0..n-1]; p->binfo
 UTvector<double> get_lpfit_probs(const UTvector<double>& x, const SeqRec* seqs, int32_t n, const Params* p);
 
-// apply_single_lpfit, get_single_lpfit_prob - x and significance of one score (x PRECISION) at two lengths in
-// residues, after apply_lpfit.
+// apply_single_lpfit, get_single_lpfit_prob - the same x and significance for one score (x PRECISION) at two
+// lengths in residues.
 double apply_single_lpfit(int32_t score, int32_t qlen, int32_t dblen, const LpfitData& lpfit,
                           const Params* p);
 double get_single_lpfit_prob(int32_t score, int32_t qlen, int32_t dblen, const LpfitData& lpfit,
                              const Params* p);
 
-// dud_lpfit - n times the same value, for when no fit is wanted.
+// dud_lpfit - n times the same value: what takes the place of x or significance where no fit is wanted.
 UTvector<double> dud_lpfit(double value, int32_t n);
 
-// freeup_lpfit - releases the per-hit arrays and empties the record.
+// freeup_lpfit - releases the per-hit arrays and empties the record, for callers who keep it longer than its
+// iteration.
 void freeup_lpfit(LpfitData& lpfit);
 
 }  // namespace zelvan

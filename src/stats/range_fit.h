@@ -23,20 +23,19 @@ struct FrequencyTable {
 };
 
 // range_frequencies - the frequency table of one range.
-// Does   a hit of truncated score s stands for a score somewhere in s..s+1, so the middle of the bucket is its
-//        abscissa. The curve fitted that way gives, at s itself, the chance of a truncated score of s or more,
-//        and that is what a significance is asked for. The standard deviations come from the counts that the
-//        starting values let expect, not from the counts found, which would favour buckets that came out low;
-//        a bucket that expects less than one hit counts as if it expected one, so that related sequences, far
-//        above the rest, pull little
+// Does   a hit of truncated score s stands for a score somewhere in s..s+1, so the middle of the bucket is
+//        its abscissa. The curve fitted that way gives, at s itself, the probability of a truncated score of
+//        s or more, which is what a significance means. The standard deviations come from the counts expected
+//        under the starting values: the counts observed would favour buckets that came out low. At least one
+//        hit is expected of every bucket, so that related sequences, far above the rest, have little weight
 // Out    start: location and scale from mean and standard deviation of the scores
 FrequencyTable range_frequencies(const ScoreTable& table, const LplRange& range, RangeFit& out_start);
 
 // fit_range - least-squares fit of the extreme-value density to a frequency table.
 // In/Out fit: the starting values, then the result
 // Does   Levenberg-Marquardt steps until ten in a row lowered chi-square by less than 0.1
-// Returns 0, or a status of the fitting routines: out of memory, singular matrix, or not converged (1,000 steps
-//        used up, or a result that is not finite or no scale)
+// Returns 0, or a status of the fitting routines: out of memory, singular matrix, or not converged (1,000
+//        steps used up, or a result that is not finite or no scale)
 int fit_range(const FrequencyTable& frequencies, RangeFit& fit);
 
 }  // namespace zelvan

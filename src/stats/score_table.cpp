@@ -31,7 +31,7 @@ ScoreSummary summarise_scores(const float* score, int32_t n) {
   }
   summary.mean = summary.sum / n;
   const double variance = (summary.sumsq - summary.sum * summary.sum / n) / n;
-  summary.sd = std::sqrt(std::max(variance, 0.0));  // rounding can leave less than nothing
+  summary.sd = std::sqrt(std::max(variance, 0.0));  // rounding can leave a negative value
   summary.maxscore = UTtruncate(summary.mean + SCORES_UP_TO_SD * summary.sd);
   return summary;
 }
@@ -49,7 +49,7 @@ ScoreTable count_scores(const float* score, const int32_t* qlen, const int32_t* 
   for (int32_t i = 0; i < n; ++i) {
     const int32_t s = UTtruncate(static_cast<double>(score[i]));
     const double lpl = log_length_product(qlen[i], dblen[i]);
-    const bool in_bins = lpl >= LOWEST_LPL && lpl <= HIGHEST_LPL;  // never so without lpl, which is no number
+    const bool in_bins = lpl >= LOWEST_LPL && lpl <= HIGHEST_LPL;  // false for NaN
     if (s < summary.lowscore || s > summary.maxscore || !in_bins) continue;
     const int32_t bin = std::min(static_cast<int32_t>(10.0 * lpl) - FIRST_LPL_TENTHS, LPL_BINS - 1);
     ++table.bins[bin].count;

@@ -1,5 +1,5 @@
-// Scores counted by lpl and by score: all that the fit needs to know of the hits, in a table whose size does not
-// grow with their number. lpl is the logarithm of query length x target length.
+// Scores counted by lpl and by score: all that the fit needs to know of the hits, in a table whose size does
+// not grow with their number. lpl is the logarithm of query length x target length.
 #pragma once
 
 #include <cstdint>
@@ -13,11 +13,11 @@ constexpr int32_t FIRST_LPL_TENTHS = 40;       // lower edge of bin 0, in widths
 constexpr int32_t MAX_RANGE_WIDTH = 20;        // bins
 constexpr int32_t MAX_SCORE_BUCKETS = 100000;  // a table of 64 MB; ordinary scans need a few hundred
 constexpr int32_t HIGHEST_LOWSCORE = 10000;    // the table starts no higher
-constexpr double SCORES_UP_TO_SD = 5.0;  // standard deviations above the mean; beyond are the related few
+constexpr double SCORES_UP_TO_SD = 5.0;  // SD above the mean; higher scores are those of related sequences
 
 // log_length_product - lpl of two lengths in residues.
-// Returns not-a-number when the product, formed in 32 bits with wrap-around, is not positive: an empty sequence,
-//         or a product beyond 2^31 - 1
+// Returns NaN when the product, formed in 32 bits with wrap-around, is not positive: an empty sequence, or a
+//        product beyond 2^31 - 1
 double log_length_product(int32_t qlen, int32_t dblen);
 
 struct ScoreSummary {  // of the truncated scores of all hits
@@ -59,7 +59,7 @@ struct RangeChoice {
 // summarise_scores - In: score[0..n-1] in matrix units, n >= 1.
 ScoreSummary summarise_scores(const float* score, int32_t n);
 
-// score_buckets - maxscore - lowscore + 1; to be compared with MAX_SCORE_BUCKETS before a table is made.
+// score_buckets - maxscore - lowscore + 1. Compare it with MAX_SCORE_BUCKETS before you make a table.
 int64_t score_buckets(const ScoreSummary& summary);
 
 // count_scores - the table of all hits that take part.
@@ -67,7 +67,7 @@ int64_t score_buckets(const ScoreSummary& summary);
 ScoreTable count_scores(const float* score, const int32_t* qlen, const int32_t* dblen, int32_t n,
                         const ScoreSummary& summary);
 
-// ranges_of_width - the usable ranges, those with more than minbuck hits, of the grouping that starts at bin 0.
+// ranges_of_width - groups the bins, from bin 0 on, and keeps the usable ranges: more than minbuck hits.
 RangeChoice ranges_of_width(const ScoreTable& table, int32_t width, int32_t minbuck);
 
 }  // namespace zelvan

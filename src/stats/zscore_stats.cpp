@@ -21,7 +21,7 @@ const double EV_SD = std::numbers::pi / std::sqrt(6.0);
 const double EV_QUARTILES = std::log(std::log(4.0) / std::log(4.0 / 3.0));  // upper less lower
 const double EV_MEDIAN = -std::log(std::log(2.0));
 
-// What takes part: one entry for every sequence with a cell.
+// One for every sequence that has a score.
 struct Point {
   int32_t seqno;
   std::size_t bin;
@@ -30,16 +30,20 @@ struct Point {
 };
 using Points = UTvector<Point>;
 
+bool has_score(int32_t score, const SeqRec& seq) {
+  return score >= 0 && residues(seq) > 0;
+}
+
 double log_length(const SeqRec& seq) {
   return std::log(static_cast<double>(residues(seq)));
 }
 
-// Probability of a score so many standard deviations above the mean.
-double chance(double deviations) {
+// Probability of a score at least so many standard deviations above the mean.
+double tail_probability(double deviations) {
   return -std::expm1(-std::exp(-EV_SD * deviations - EV_MEAN));
 }
 
-double at(const LineFit& line, double x) {
+double mean_score(const LineFit& line, double x) {
   return line.intercept + line.slope * x;
 }
 
@@ -47,7 +51,7 @@ Points collect_points(const int32_t* scores, const SeqRec* seqs, int32_t n, UTve
                       const Params* p) {
   Points points;
   for (int32_t k = 0; k < n; ++k) {
-    if (scores[k] < 0 || residues(seqs[k]) < 1) continue;
+    if (!has_score(scores[k], seqs[k])) continue;
     const double x = log_length(seqs[k]);
     const auto bin = static_cast<std::size_t>(x / BIN_WIDTH);
     points.push_back({k, bin, x, static_cast<double>(scores[k]) / static_cast<double>(p->PRECISION)});
@@ -93,7 +97,7 @@ void fit_line(const UTvector<LengthBin>& bins, LineFit& line) {
   line.intercept = mean_y - line.slope * mean_x;
 }
 
-// A start that a quarter of related sequences cannot spoil.
+// The robust start: up to a quarter of the sequences may be related.
 void fit_medians(const Points& points, ZStats& stats) {
   UTvector<UTvector<double>> members(stats.bins.size());
   for (const Point& point : points) {
@@ -110,7 +114,7 @@ void fit_medians(const Points& points, ZStats& stats) {
   fit_line(stats.bins, stats.line);
   UTvector<double> residuals;
   for (const Point& point : points) {
-    residuals.push_back(point.score - at(stats.line, point.log_length));
+    residuals.push_back(point.score - mean_score(stats.line, point.log_length));
   }
   const double spread = quantile(residuals, 0.75) - quantile(residuals, 0.25);
   const double scale = spread / EV_QUARTILES;
@@ -121,8 +125,8 @@ void fit_medians(const Points& points, ZStats& stats) {
 void mark_related(const Points& points, ZStats& stats) {
   const double sd = std::sqrt(stats.line.variance);
   for (const Point& point : points) {
-    const double residual = point.score - at(stats.line, point.log_length);
-    const bool related = sd > 0 && stats.n * chance(residual / sd) < RELATED_BELOW;
+    const double residual = point.score - mean_score(stats.line, point.log_length);
+    const bool related = sd > 0 && stats.n * tail_probability(residual / sd) < RELATED_BELOW;
     stats.related[static_cast<std::size_t>(point.seqno)] = related ? 1 : 0;
   }
 }
@@ -151,7 +155,7 @@ void fit_means(const Points& points, ZStats& stats) {
   double squares = 0, count = 0;
   for (const Point& point : points) {
     if (!takes_part(point)) continue;
-    const double residual = point.score - at(stats.line, point.log_length);
+    const double residual = point.score - mean_score(stats.line, point.log_length);
     squares += residual * residual;
     ++count;
   }
@@ -180,8 +184,8 @@ UTvector<int32_t> get_zscores(const ZStats& stats, const int32_t* scores, const 
   const double precision = p->PRECISION;
   const double sd = std::sqrt(stats.line.variance);
   for (int32_t k = 0; k < n; ++k) {
-    if (scores[k] < 0 || residues(seqs[k]) < 1) continue;
-    const double residual = scores[k] / precision - at(stats.line, log_length(seqs[k]));
+    if (!has_score(scores[k], seqs[k])) continue;
+    const double residual = scores[k] / precision - mean_score(stats.line, log_length(seqs[k]));
     const double deviations = sd > 0 ? residual / sd : 0;
     zscores[static_cast<std::size_t>(k)] = UTtruncate(std::round((Z_MEAN + Z_SD * deviations) * precision));
   }
@@ -190,8 +194,9 @@ UTvector<int32_t> get_zscores(const ZStats& stats, const int32_t* scores, const 
 
 UTvector<double> get_p(const int32_t* zscores, int32_t n, const Params* p) {
   UTvector<double> values(static_cast<std::size_t>(n));
-  std::transform(zscores, zscores + n, values.begin(),
-                 [p](int32_t z) { return chance((z / static_cast<double>(p->PRECISION) - Z_MEAN) / Z_SD); });
+  std::transform(zscores, zscores + n, values.begin(), [p](int32_t z) {
+    return tail_probability((z / static_cast<double>(p->PRECISION) - Z_MEAN) / Z_SD);
+  });
   return values;
 }
 

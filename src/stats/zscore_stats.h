@@ -1,5 +1,5 @@
 // Length-binned statistics of the translated searches: how far a score stands above what sequences of its
-// length score by chance, learned from the scores of the very scan.
+// length score by chance, estimated from the scores of the scan itself.
 // Model: the mean chance score is a straight line in the logarithm of the length, with the same variance at
 // every length; what remains is distributed as an extreme value. (A line in the length itself would lift the
 // expectation for very long sequences far above any score, and widens the variance for all others.)
@@ -43,17 +43,17 @@ struct ZStats {
 //        repeatedly, sequences whose score the latest line expects less than 0.05 times in the whole scan
 //        are left out as related, and line and variance are taken from the means of the others, each bin
 //        weighted by its sequences. Related sequences thus neither lift nor widen the background
-// In     scores[0..n-1] x PRECISION; -1: no cell, takes no part. seqs[0..n-1]: their stored lengths are read
-// Out    too few lengths for a line (none or one): slope 0
+// In     scores[0..n-1] x PRECISION; -1: no score, takes no part. seqs[0..n-1]: only their lengths are read
+// Returns line, bins and related; with fewer than two bins the slope is 0
 ZStats do_stats(const int32_t* scores, const SeqRec* seqs, int32_t n, const Params* p);
 
-// get_zscores - 50 + 10 (score - line) / sd of every sequence, x PRECISION, rounded. 50 where all scores are
-// alike, 0 for a sequence without a cell.
+// get_zscores - 50 + 10 (score - line) / SD of every sequence, x PRECISION, rounded.
+// Returns zscores[0..n-1]; 50 x PRECISION where all scores are the same, 0 for a sequence without a score
 UTvector<int32_t> get_zscores(const ZStats& stats, const int32_t* scores, const SeqRec* seqs, int32_t n,
                               const Params* p);
 
-// get_p - the probability that chance reaches each z-score in one comparison; get_e - how many sequences of
-// the scan reach it by chance, the same times n.
+// get_p, get_e - the probability that one comparison reaches each z-score by chance, and the number of
+// sequences expected to reach it in a scan of n.
 // In     zscores[0..n-1] of get_zscores
 // Source extreme-value distribution of mean 50 and standard deviation 10
 UTvector<double> get_p(const int32_t* zscores, int32_t n, const Params* p);

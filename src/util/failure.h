@@ -28,8 +28,8 @@ void error(const char* message, int exit_flag);
 [[noreturn]] void UTend_fault(FILE* stream, const char* format, ...) UT_PRINTF(2, 3);   // status 0
 [[noreturn]] void UTend_memory(const char* message);  // UTerror's report on std_err, status 0
 
-// UTend_process - what all of them end with: exit. It has a source file of its own, so that a program that must
-// outlive a run, such as a fuzzer, can be linked with another one, which may throw.
+// UTend_process - what all of them end with: exit. It has a source file of its own, so that a program that
+// must outlive a run, such as a fuzzer, can be linked with another one, which may throw.
 [[noreturn]] void UTend_process(int status);
 
 }  // namespace zelvan

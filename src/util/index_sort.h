@@ -8,16 +8,11 @@
 
 namespace zelvan {
 
-// UTindexx, UTindexxD - the ascending order of integer or double keys.
-// In     key[1..n], n >= 0; entry 0 is never touched
-// Out    out_index[1..n]: a permutation of 1..n with key[out_index[1]] <= key[out_index[2]] <= ...
+// UTindexx_by - the ascending order of n keys of any kind, counted from 1.
+// In     n >= 0; less(a, b), a and b = 1..n: whether key a is below key b
+// Out    out_index[1..n]: a permutation of 1..n, the smallest key first; entry 0 is never touched
 // Exact  ties in the order that the heap procedure leaves; n < 2 gives the identity
 // Source Numerical Recipes, indexx (heap-sort form)
-void UTindexx(const int32_t* key, int32_t n, int32_t* out_index);
-void UTindexxD(const double* key, int32_t n, int32_t* out_index);
-
-// UTindexx_by - the same for keys of any kind.
-// In     less(a, b), a and b = 1..n: whether key a is below key b
 template <class Less>
 void UTindexx_by(Less less, int32_t n, int32_t* out_index) {
   for (int32_t j = 1; j <= n; ++j) out_index[j] = j;
@@ -48,8 +43,8 @@ void UTindexx_by(Less less, int32_t n, int32_t* out_index) {
   }
 }
 
-// UTsorted_order - the same counted from 0, as a list of its own.
-// In     less(a, b), a and b = 0..n-1: whether key a is below key b
+// UTsorted_order - the same counted from 0, which is what callers use.
+// In     n >= 0; less(a, b), a and b = 0..n-1: whether key a is below key b
 // Returns the numbers 0..n-1 by ascending key
 template <class Less>
 UTvector<int32_t> UTsorted_order(int32_t n, Less less) {
@@ -59,5 +54,11 @@ UTvector<int32_t> UTsorted_order(int32_t n, Less less) {
   for (int32_t& number : order) --number;
   return order;
 }
+
+// UTindexx, UTindexxD - the same for an array of integers or of doubles, under the published name.
+// In     key[1..n], n >= 0
+// Out    out_index[1..n], as above
+void UTindexx(const int32_t* key, int32_t n, int32_t* out_index);
+void UTindexxD(const double* key, int32_t n, int32_t* out_index);
 
 }  // namespace zelvan

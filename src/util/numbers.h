@@ -8,12 +8,12 @@
 
 namespace zelvan {
 
-// UTtruncate - a real number without its fraction; the nearest end beyond 32 bits, 0 for what is no number.
+// UTtruncate - a real number without its fraction; beyond 32 bits the nearest limit, 0 for NaN.
 inline int32_t UTtruncate(double value) {
   if (std::isnan(value)) return 0;
-  constexpr double lowest = std::numeric_limits<int32_t>::min();
-  constexpr double highest = std::numeric_limits<int32_t>::max();
-  return static_cast<int32_t>(std::clamp(value, lowest, highest));
+  constexpr double LOWEST = std::numeric_limits<int32_t>::min();
+  constexpr double HIGHEST = std::numeric_limits<int32_t>::max();
+  return static_cast<int32_t>(std::clamp(value, LOWEST, HIGHEST));
 }
 
 }  // namespace zelvan

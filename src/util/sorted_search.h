@@ -6,10 +6,11 @@
 namespace zelvan {
 
 // UTfind_sorted - the place of a key in an ascending table.
-// In     compare(k), k = 0..n-1: negative, 0 or positive as the key is below, equal to or above entry k; n >= 0
+// In     n >= 0; compare(k), k = 0..n-1: negative, 0 or positive as the key is below, equal to or above
+//        entry k
 // Returns 0..n-1, or -1 when no entry is equal
-// Exact  halves down to at most LINEAR_RANGE entries, which are then searched from the first: which of several
-//        equal entries is found, and which are found in a table out of order, never changes
+// Exact  halves down to at most LINEAR_RANGE entries, which are then searched from the first: which of
+//        several equal entries is found, and which are found in a table out of order, never changes
 template <class Compare>
 int32_t UTfind_sorted(int32_t n, Compare compare) {
   constexpr int32_t LINEAR_RANGE = 6;

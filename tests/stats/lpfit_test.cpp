@@ -136,8 +136,8 @@ TEST(DoLpfit, WhereNoExponentialFitsTheLocationIsALine) {
   const LpfitData lpfit = search.fitted();
   ASSERT_EQ(lpfit.error, 0);
   EXPECT_EQ(lpfit.EXPORLIN, 1);
-  EXPECT_EQ(lpfit.paramA[1], 0.0);
-  EXPECT_NEAR(lpfit.paramA[2], xy / xx, 0.005);
+  EXPECT_EQ(lpfit.paramA[0], 0.0);
+  EXPECT_NEAR(lpfit.paramA[1], xy / xx, 0.005);
   EXPECT_NEAR(lpfit.Bmin, 3, 0.03);
 }
 
@@ -159,13 +159,13 @@ TEST(DoLpfit, FailuresAreToldByCode) {
 }
 
 // A = 10 + 2 lpl, B = 0.5 lpl within 4..5.
-TEST(ApplyLpfit, ShiftsTheCoefficientsOnceAndLimitsTheScale) {
+TEST(ApplyLpfit, LimitsTheScale) {
   LpfitData lpfit;
   lpfit.EXPORLIN = 1;
-  lpfit.paramA[1] = 10;
-  lpfit.paramA[2] = 2;
-  lpfit.paramB[1] = 0;
-  lpfit.paramB[2] = 0.5;
+  lpfit.paramA[0] = 10;
+  lpfit.paramA[1] = 2;
+  lpfit.paramB[0] = 0;
+  lpfit.paramB[1] = 0.5;
   lpfit.Bmin = 4;
   lpfit.Bmax = 5;
   lpfit.n = 4;
@@ -178,6 +178,7 @@ TEST(ApplyLpfit, ShiftsTheCoefficientsOnceAndLimitsTheScale) {
   EXPECT_NEAR(x[1], (60 - 10 - 2 * std::log(100.0)) / 4, 1e-12);
   EXPECT_NEAR(x[2], (60 - 10 - 2 * std::log(1e6)) / 5, 1e-12);
   EXPECT_EQ(x[3], -INFINITE);
+  EXPECT_EQ(apply_lpfit(lpfit), x) << "it only reads the fit";
 }
 
 TEST(GetLpfitProbs, TheFactorFollowsTheKey) {

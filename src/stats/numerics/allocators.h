@@ -18,8 +18,8 @@ enum NumericsStatus : int {
   NO_ELEMENTS = 171    // dmatrix, block of elements
 };
 
-// ivector, dvector, vector - elements lo..hi, unset. vector is a second allocator of doubles with a code of its
-// own. On failure *out is null.
+// ivector, dvector, vector - elements lo..hi, unset. vector is a second allocator of doubles with a code of
+// its own. On failure *out is null.
 // In     lo <= 1 <= hi + 1
 int ivector(long lo, long hi, int** out);
 int dvector(long lo, long hi, double** out);

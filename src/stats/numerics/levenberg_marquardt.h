@@ -10,8 +10,8 @@ namespace zelvan {
 using FitModel = void (*)(double x, const double* a, double* y, double* dyda, int ma);
 
 // mrqcof - curvature matrix, gradient and chi-square of a model at given parameters.
-// In     x[1..ndata], y[1..ndata], sig[1..ndata] the standard deviations of y; a[1..ma]; ia[j] != 0: parameter j
-//        is fitted
+// In     x[1..ndata], y[1..ndata], sig[1..ndata] the standard deviations of y; a[1..ma]; ia[j] != 0:
+//        parameter j is fitted
 // Out    alpha[1..mfit][1..mfit], beta[1..mfit] over the fitted parameters in their order; *chisq
 // Returns NUMERICS_OK, or NO_DVECTOR (the results are then unset)
 int mrqcof(const double* x, const double* y, const double* sig, int ndata, const double* a, const int* ia,
@@ -24,11 +24,11 @@ int mrqcof(const double* x, const double* y, const double* sig, int ndata, const
 //        (zeros for held parameters) and releases the work space
 // In/Out a[1..ma]; *chisq the smallest chi-square so far; covar, alpha[1..ma][1..ma] work space of the fit,
 //        covar the covariance after the last call
-// Returns NUMERICS_OK, NO_DVECTOR, NO_ROWS or NO_ELEMENTS, or a code of gaussj. After a failure the work space
-//        is released and the fit is over
-// State  the published arguments have no place for the work vectors and the last chi-square: they live in file
-//        scope between calls, so that one fit is under way at a time. A fit that was started and dropped is
-//        released when the next one starts
+// Returns NUMERICS_OK, NO_DVECTOR, NO_ROWS or NO_ELEMENTS, or a code of gaussj. After a failure the work
+//        space is released and the fit is over
+// State  the published arguments have no place for the work vectors and the last chi-square: they live in
+//        file scope between calls, so that one fit is under way at a time. A fit that was started and dropped
+//        is released when the next one starts
 int mrqmin(const double* x, const double* y, const double* sig, int ndata, double* a, const int* ia, int ma,
            double** covar, double** alpha, double* chisq, FitModel model, double* alamda);
 

@@ -19,11 +19,12 @@ void covsrt(double** covar, int ma, const int* ia, int mfit);
 // count_fitted - how many of ia[1..ma] are not zero.
 int count_fitted(const int* ia, int ma);
 
-// The normal equations alpha x = beta of a fit: clear_equations, add_point for every point, complete_equations.
-// In     mfit = count_fitted(ia, ma); derivatives[1..ma] of the model at the point; residual: observed - model;
-//        weight: 1 / variance of the observation
-// Out    alpha[1..mfit][1..mfit], beta[1..mfit] in the order of the fitted parameters; alpha is filled up to its
-//        diagonal only before complete_equations
+// The normal equations alpha x = beta of a fit: clear_equations, add_point for every point,
+// complete_equations.
+// In     mfit = count_fitted(ia, ma); derivatives[1..ma] of the model at the point; residual: observed -
+//        model; weight: 1 / variance of the observation
+// Out    alpha[1..mfit][1..mfit], beta[1..mfit] in the order of the fitted parameters; alpha is filled up to
+//        its diagonal only before complete_equations
 void clear_equations(double** alpha, double* beta, int mfit);
 void add_point(const double* derivatives, double residual, double weight, const int* ia, int ma,
                double** alpha, double* beta);
@@ -33,10 +34,11 @@ void complete_equations(double** alpha, int mfit);
 using FitBasis = void (*)(double x, double* afunc, int ma);
 
 // lfit - fits the coefficients of basis functions by the normal equations.
-// In     x[1..ndat], y[1..ndat], sig[1..ndat] the standard deviations of y; ia[j] != 0: coefficient j is fitted,
-//        else a[j] is held
+// In     x[1..ndat], y[1..ndat], sig[1..ndat] the standard deviations of y; ia[j] != 0: coefficient j is
+//        fitted, else a[j] is held
 // Out    a[1..ma]; covar[1..ma][1..ma], zeros for held coefficients; *chisq
-// Returns NUMERICS_OK, NO_VECTOR, NO_DVECTOR, NO_ROWS or NO_ELEMENTS, or a code of gaussj (a is then unchanged)
+// Returns NUMERICS_OK, NO_VECTOR, NO_DVECTOR, NO_ROWS or NO_ELEMENTS, or a code of gaussj (a is then
+//        unchanged)
 int lfit(const double* x, const double* y, const double* sig, int ndat, double* a, const int* ia, int ma,
          double** covar, double* chisq, FitBasis basis);
 
