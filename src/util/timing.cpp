@@ -5,7 +5,7 @@
 namespace zelvan {
 namespace {
 
-Stopwatch watch;
+Stopwatch watch;  // the one of the process
 
 // Seconds of one quantity, since the last reading and since the start.
 struct Span {
@@ -16,7 +16,10 @@ Span operator+(const Span& a, const Span& b) {
 }
 
 struct Reading {
-  Span user, system, child_user, child_system, elapsed;
+  Span user, system, cpu;                    // of the process; cpu: user + system
+  Span child_user, child_system, child_cpu;  // of its finished children
+  Span total;                                // both
+  Span elapsed;
 };
 
 float seconds(clock_t from, clock_t to) {
@@ -33,8 +36,11 @@ Reading take_reading() {
   Reading r;
   r.user = span(&tms::tms_utime);
   r.system = span(&tms::tms_stime);
+  r.cpu = r.user + r.system;
   r.child_user = span(&tms::tms_cutime);
   r.child_system = span(&tms::tms_cstime);
+  r.child_cpu = r.child_user + r.child_system;
+  r.total = r.cpu + r.child_cpu;
   r.elapsed = {seconds(watch.last_times, watch.new_times), seconds(watch.init_times, watch.new_times)};
   watch.t_last = watch.t_new;
   watch.last_times = watch.new_times;
@@ -75,52 +81,47 @@ void UT_reset_times() {
 
 UTstring UT_get_times(int32_t mode) {
   const Reading r = take_reading();
-  const Span cpu = r.user + r.system;
-  const Span child = r.child_user + r.child_system;
-  const Span total = cpu + child;
   switch (mode) {
     case 0:
       return figures({r.elapsed.last});
     case 2:
-      return figures({r.user.last, r.user.start, r.system.last, r.system.start, cpu.last, cpu.start,
+      return figures({r.user.last, r.user.start, r.system.last, r.system.start, r.cpu.last, r.cpu.start,
                       r.child_user.last, r.child_user.start, r.child_system.last, r.child_system.start,
-                      child.last, child.start, total.last, total.start, r.elapsed.last, r.elapsed.start});
+                      r.child_cpu.last, r.child_cpu.start, r.total.last, r.total.start, r.elapsed.last,
+                      r.elapsed.start});
     case 3:
-      return figures({cpu.start, child.start, total.start, r.elapsed.start});
+      return figures({r.cpu.start, r.child_cpu.start, r.total.start, r.elapsed.start});
     default:
-      return figures({cpu.last, cpu.start, r.elapsed.last, r.elapsed.start});
+      return figures({r.cpu.last, r.cpu.start, r.elapsed.last, r.elapsed.start});
   }
 }
 
 void UT_show_times(FILE* stream, int32_t mode) {
   const Reading r = take_reading();
-  const Span cpu = r.user + r.system;
-  const Span child = r.child_user + r.child_system;
-  const Span total = cpu + child;
   const auto wide = [](float value) { return static_cast<double>(value); };
   switch (mode) {
     case 0:
       std::fprintf(stream, "Elapsed time: %6.2f\n", wide(r.elapsed.last));
       break;
     case 1:
-      std::fprintf(stream, "CPU(P%7.1f%7.1f)(C%7.1f%7.1f)(T%7.1f%7.1f)(E%7.1f%7.1f)\n", wide(cpu.last),
-                   wide(cpu.start), wide(child.last), wide(child.start), wide(total.last), wide(total.start),
-                   wide(r.elapsed.last), wide(r.elapsed.start));
+      std::fprintf(stream, "CPU(P%7.1f%7.1f)(C%7.1f%7.1f)(T%7.1f%7.1f)(E%7.1f%7.1f)\n", wide(r.cpu.last),
+                   wide(r.cpu.start), wide(r.child_cpu.last), wide(r.child_cpu.start), wide(r.total.last),
+                   wide(r.total.start), wide(r.elapsed.last), wide(r.elapsed.start));
       break;
     case 2:
       std::fprintf(stream, "         %7s:%7s:%7s|%7s:%7s:%7s:%7s:%7s\n", "user", "sys", "total", "c user",
                    "c sys", "ctotal", "el/tcpu", "cum");
       std::fprintf(stream, "Master  :%7.1f:%7.1f:%7.1f|%7.1f:%7.1f:%7.1f|%7.1f:%7.1f\n", wide(r.user.last),
-                   wide(r.system.last), wide(cpu.last), wide(r.user.start), wide(r.system.start),
-                   wide(cpu.start), wide(r.elapsed.last), wide(r.elapsed.start));
+                   wide(r.system.last), wide(r.cpu.last), wide(r.user.start), wide(r.system.start),
+                   wide(r.cpu.start), wide(r.elapsed.last), wide(r.elapsed.start));
       std::fprintf(stream, "Children:%7.1f:%7.1f:%7.1f|%7.1f:%7.1f:%7.1f|%7.1f:%7.1f\n",
-                   wide(r.child_user.last), wide(r.child_system.last), wide(child.last),
-                   wide(r.child_user.start), wide(r.child_system.start), wide(child.start), wide(total.last),
-                   wide(total.start));
+                   wide(r.child_user.last), wide(r.child_system.last), wide(r.child_cpu.last),
+                   wide(r.child_user.start), wide(r.child_system.start), wide(r.child_cpu.start),
+                   wide(r.total.last), wide(r.total.start));
       break;
     case 3:
       std::fprintf(stream, "Cum CPU Time: Parent: %7.1f Child: %7.1f Total: %7.1f Elapsed: %7.1f\n",
-                   wide(cpu.start), wide(child.start), wide(total.start), wide(r.elapsed.start));
+                   wide(r.cpu.start), wide(r.child_cpu.start), wide(r.total.start), wide(r.elapsed.start));
       break;
     default:
       break;
