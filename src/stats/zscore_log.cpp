@@ -34,7 +34,7 @@ void write_bins(FILE* log, const ZStats& stats) {
     if (bin.sequences == 0) continue;
     std::fprintf(log, "%7d %7d %9d %9d", bin.first, bin.last, bin.sequences, bin.fitted);
     if (bin.fitted > 0) {
-      std::fprintf(log, " %10.2f %9.2f", bin.score, stats.line.intercept + stats.line.slope * bin.log_length);
+      std::fprintf(log, " %10.2f %9.2f", bin.score, mean_score(stats.line, bin.log_length));
     }
     std::fputc('\n', log);
   }

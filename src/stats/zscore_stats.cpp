@@ -43,10 +43,6 @@ double tail_probability(double deviations) {
   return -std::expm1(-std::exp(-EV_SD * deviations - EV_MEAN));
 }
 
-double mean_score(const LineFit& line, double x) {
-  return line.intercept + line.slope * x;
-}
-
 Points collect_points(const int32_t* scores, const SeqRec* seqs, int32_t n, UTvector<LengthBin>& bins,
                       const Params* p) {
   Points points;

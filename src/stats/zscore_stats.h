@@ -21,6 +21,11 @@ struct LineFit {
   int32_t nval = 0;  // points; 0: no line was fitted
 };
 
+// mean_score - what chance scores on average, in matrix units, at this ln(length).
+inline double mean_score(const LineFit& line, double log_length) {
+  return line.intercept + line.slope * log_length;
+}
+
 // The sequences of lengths first..last; there may be none.
 struct LengthBin {
   int32_t first = 0;  // residues or nucleotides
