@@ -1,10 +1,29 @@
 #include "dna/frame_scan.h"
 
+#include "dna/frame_kernel.h"
 #include "dna/frame_shift_reference.h"
 #include "driver/search_mode.h"
 
 namespace zelvan {
 namespace {
+
+template <Translated SIDE>
+InstructionSet run_frame_kernel(InstructionSet set, const KernelCall& call) {
+  switch (set) {
+    case InstructionSet::PORTABLE:
+      return run_frame_kernel_portable(SIDE, call);
+#if defined(__x86_64__)
+    case InstructionSet::SSE41:
+      return run_frame_kernel_sse41(SIDE, call);
+    case InstructionSet::AVX2:
+      return run_frame_kernel_avx2(SIDE, call);
+    case InstructionSet::AVX512:
+      return run_frame_kernel_avx512(SIDE, call);
+#endif
+    default:
+      return InstructionSet::REFERENCE;
+  }
+}
 
 int32_t reference_score(int32_t m, const SeqRec& s, const LookupTable& table, const SearchMode& mode,
                         const Params* p) {
@@ -16,8 +35,8 @@ int32_t reference_score(int32_t m, const SeqRec& s, const LookupTable& table, co
 ScanScores frame_scores(int32_t m, const LookupTable& table, const SearchMode& mode, const Params* p) {
   const auto positions = static_cast<std::size_t>(m - 2);
   ScanScores scores;
-  scores.recurrence = mode.comparison == Comparison::TRANSLATED_TARGETS ? Recurrence::TRANSLATED_TARGET
-                                                                        : Recurrence::TRANSLATED_QUERY;
+  scores.recurrence = mode.comparison == Comparison::TRANSLATED_QUERY ? TRANSLATED_QUERY_RECURRENCE
+                                                                      : TRANSLATED_TARGET_RECURRENCE;
   scores.table = &table;
   scores.positions = m - 2;
   scores.extend.assign(positions, p->LD_PEN);
@@ -44,7 +63,11 @@ ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t m, const S
       show_scan_meter(meter);
     }
   } else {
-    tally = scan_sequences(frame_scores(m, table, mode, p), seqs, n, out_scores, set, first, meter);
+    const RunKernel run_kernel = mode.comparison == Comparison::TRANSLATED_QUERY
+                                     ? run_frame_kernel<Translated::QUERY>
+                                     : run_frame_kernel<Translated::TARGET>;
+    tally =
+        scan_sequences(frame_scores(m, table, mode, p), seqs, n, out_scores, set, first, run_kernel, meter);
   }
   end_scan_meter(meter);
   return tally;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <string>
 
 #include "align/lookup.h"
 #include "align/scan/scan.h"
@@ -36,7 +37,7 @@ constexpr Draw DRAWS[] = {
     {"negative penalties only", -9, 12, 1, -5, 0, false},
     {"mostly positive scores", -1, 5, 100, 0, 12, true},
     {"never positive", -9, 0, 10, 0, 12, true},
-    {"dear gaps", -8, 11, 1, 100, 40000, true},
+    {"costly gaps", -8, 11, 1, 100, 40000, true},
 };
 
 // A query, targets and penalties.
@@ -89,6 +90,17 @@ struct ScanProblem {
       table[GAP_CODE][i] = steady_extension ? params.LD_PEN : penalty();
       table[IGAP_CODE][i] = steady_opening ? params.LI_PEN : penalty();
     }
+  }
+  // A query and up to 700 targets in the manner of DRAWS[round]; returns what to call them.
+  std::string draw_round(Random& random, int32_t round) {
+    const Draw& draw = DRAWS[static_cast<std::size_t>(round) % std::size(DRAWS)];
+    draw_query(random, draw, uniform(random, 2, round % 5 == 0 ? 90 : 14));
+    const int32_t longest = round % 3 == 0 ? 90 : 12;
+    const int32_t codes = uniform(random, 1, CODES);
+    for (int32_t k = uniform(random, 1, 700); k > 0; --k) {
+      add_random_target(random, uniform(random, 0, longest), codes);
+    }
+    return std::string(draw.name) + ", round " + std::to_string(round);
   }
 };
 

@@ -1,5 +1,5 @@
-// What the recurrences of the vector kernels share. Included after vec_<set>.h; everything is local to the
-// kernel object, because nothing compiled here may be shared with objects for other processors.
+// What the recurrences of the batch scans share. Included after vec_<set>.h; everything is local to the kernel
+// object, because nothing compiled here may be shared with objects for other processors.
 //
 // All lanes advance together along their own database sequences. A pass walks down the query with a block of
 // database positions ("columns") side by side, so that the state of a query position is loaded and stored once
@@ -14,51 +14,51 @@
 namespace zelvan {
 namespace {
 
-template <class V, Recurrence R>
-constexpr KernelShape SHAPE = kernel_shape(COMPILED_SET, V::WIDTH, R);
+constexpr int VECTOR_BYTES = vector_bytes(COMPILED_SET);
 template <class V>
-constexpr int VECTOR_BYTES = SHAPE<V, Recurrence::LOCAL>.lanes* SHAPE<V, Recurrence::LOCAL>.lane_bytes;
+constexpr int LANES = VECTOR_BYTES / lane_bytes(V::WIDTH);
+template <class V>
+constexpr bool SATURATES = zero_score(COMPILED_SET, V::WIDTH) < 0;
 
-// The representation of score 0, in every lane.
+// Score 0 in every lane.
 template <class V>
-V zero_score() {
-  if constexpr (SHAPE<V, Recurrence::LOCAL>.zero_score == 0) return splat<V>(0);
+V zero_cells() {
+  if constexpr (!SATURATES<V>) return splat<V>(0);
   return splat<V>(V::WIDTH == LaneWidth::BITS8 ? 0x80808080U : 0x80008000U);
 }
 
 // Lanes that saturate have the floor at 0 for nothing.
 template <class V>
 V diagonal_move(V diagonal, V score) {
-  if constexpr (SHAPE<V, Recurrence::LOCAL>.zero_score == 0) {
-    return max(add(diagonal, score), zero_score<V>());
-  }
+  if constexpr (!SATURATES<V>) return max(add(diagonal, score), zero_cells<V>());
   return add(diagonal, score);
 }
 
-// The penalties at one query position. `change` is used where opening and extension are told apart.
+// The penalties at one query position.
 template <class V>
 struct Gaps {
-  V open, change;
+  V open;
+  Choice<V> extend_or_open;  // where gaps are affine
 };
-
-template <class V, bool AFFINE>
-V gap_value(V cell, V arrived, const Gaps<V>& gaps) {
-  if constexpr (AFFINE) return carry(cell, arrived, gaps.open, gaps.change);
-  return sub(cell, gaps.open);
-}
 
 template <class V, bool AFFINE>
 Gaps<V> gaps_at(const KernelCall& call, int32_t position) {
   const V open = splat<V>(call.open[position]);
-  if constexpr (AFFINE) return {open, splat<V>(call.change[position])};
-  return {open, open};
+  return {open, choice_of(AFFINE ? splat<V>(call.extend[position]) : open, open)};
+}
+
+// The gap value that a cell hands on.
+// In     arrived: the gap value of the same direction that the cell could have taken
+template <class V, bool AFFINE>
+V gap_value(V cell, V arrived, const Gaps<V>& gaps) {
+  return sub(cell, AFFINE ? choose(equal(cell, arrived), gaps.extend_or_open) : gaps.open);
 }
 
 // The scores of a block of columns against every query position.
 template <class V, int COLUMNS, ScoreSource SOURCE>
 struct BlockScores {
   using Lookup = Codes<V, COLUMNS>;
-  static constexpr int BLOCK_BYTES = COLUMNS * VECTOR_BYTES<V>;
+  static constexpr int BLOCK_BYTES = COLUMNS * VECTOR_BYTES;
   const Lookup codes;
   const uint8_t* const rows;
   const int32_t* const row_of;
@@ -70,40 +70,39 @@ struct BlockScores {
       for (int32_t r = 0; r < call.row_count; ++r) {
         V scores[COLUMNS];
         codes.look_up(rows + r * Lookup::ROW_BYTES, scores);
-        for (int k = 0; k < COLUMNS; ++k) store(scratch + r * BLOCK_BYTES + k * VECTOR_BYTES<V>, scores[k]);
+        for (int k = 0; k < COLUMNS; ++k) store(scratch + r * BLOCK_BYTES + k * VECTOR_BYTES, scores[k]);
       }
     }
   }
   void at(int32_t position, V* out) const {
     if constexpr (SOURCE == ScoreSource::PREPARED) {
       const uint8_t* prepared = scratch + row_of[position] * BLOCK_BYTES;
-      for (int k = 0; k < COLUMNS; ++k) out[k] = load<V>(prepared + k * VECTOR_BYTES<V>);
+      for (int k = 0; k < COLUMNS; ++k) out[k] = load<V>(prepared + k * VECTOR_BYTES);
     } else {
       codes.look_up(rows + row_of[position] * Lookup::ROW_BYTES, out);
     }
   }
 };
 
-// Runs a recurrence over the blocks of a call. SCAN::pass takes one block; its last template argument tells
-// whether lanes begin a sequence with it.
+// Runs a recurrence over the blocks of a call. SCAN::pass takes one block; its template argument tells whether
+// sequences begin with it, in the lanes of `begins`.
 template <class SCAN>
 void run(const KernelCall& call) {
   using V = typename SCAN::Lanes;
-  constexpr int VECTOR = VECTOR_BYTES<V>;
   const uint8_t* residues = call.residues;
   V best = load<V>(call.best);
   for (int32_t b = 0; b < call.blocks; ++b) {
-    if (call.turns[b] != 0) {
-      const V begins = load<V>(call.masks + b * VECTOR);
-      store(call.best_before + b * VECTOR, best);
-      best = select(begins, zero_score<V>(), best);
+    if (call.boundaries[b] != 0) {
+      const auto begins = load_mask<V>(call.begin_masks + b * VECTOR_BYTES);
+      store(call.best_before + b * VECTOR_BYTES, best);
+      best = select(begins, zero_cells<V>(), best);
       SCAN::template pass<true>(call, residues, begins, best);
     } else {
-      SCAN::template pass<false>(call, residues, zero_score<V>(), best);
+      SCAN::template pass<false>(call, residues, typename V::Mask{}, best);
     }
-    residues += SCAN::COLUMNS * SHAPE<V, Recurrence::LOCAL>.lanes;
+    residues += SCAN::COLUMNS * LANES<V>;
   }
-  store(call.best_before + call.blocks * VECTOR, best);
+  store(call.best_before + call.blocks * VECTOR_BYTES, best);
   store(call.best, best);
 }
 

@@ -60,10 +60,10 @@ bool begin_sequence(LaneFeed& feed, int32_t lane_number, int32_t block) {
   lane.sequence = (*feed.order)[feed.next++];
   const SeqRec& record = feed.seqs[lane.sequence];
   lane.at = record.seq + 1;
-  lane.left = record.len - 2;
-  feed.turns.data[block] = 1;
+  lane.left = residues(record);
+  feed.boundaries.data[block] = 1;
   const int32_t bytes = feed.shape.lane_bytes;
-  std::memset(feed.masks.data + (block * feed.shape.lanes + lane_number) * bytes, 0xFF,
+  std::memset(feed.begin_masks.data + (block * feed.shape.lanes + lane_number) * bytes, 0xFF,
               static_cast<std::size_t>(bytes));
   return true;
 }
@@ -86,7 +86,7 @@ int32_t fill_lane(LaneFeed& feed, int32_t number) {
       const int32_t block = (column + columns - 1) / columns;
       std::fill(row + column, row + block * columns, PAD_CODE);
       column = block * columns;
-      if (block < CHUNK_BLOCKS) feed.turns.data[block] = 1;
+      if (block < CHUNK_BLOCKS) feed.boundaries.data[block] = 1;
       feed.ends.push_back({block, number, lane.sequence});
     }
   }
@@ -100,15 +100,15 @@ UTvector<int32_t> scan_order(const SeqRec* seqs, const UTvector<int32_t>& number
   // A lane's share is total / lanes columns; an idle end of one hundredth of it is not worth sorting for.
   constexpr int64_t HUNDREDTHS = 100;
   int64_t total = 0;
-  for (const int32_t k : numbers) total += std::max(seqs[k].len - 2, 0);
+  for (const int32_t k : numbers) total += std::max(residues(seqs[k]), 0);
   const int64_t is_long = total / (static_cast<int64_t>(lanes) * HUNDREDTHS);
   UTvector<int32_t> order;
   order.reserve(numbers.size());
   for (const int32_t k : numbers) {
-    if (seqs[k].len > 2) order.push_back(k);
+    if (residues(seqs[k]) > 0) order.push_back(k);
   }
-  const auto others =
-      std::stable_partition(order.begin(), order.end(), [&](int32_t k) { return seqs[k].len - 2 > is_long; });
+  const auto others = std::stable_partition(order.begin(), order.end(),
+                                            [&](int32_t k) { return residues(seqs[k]) > is_long; });
   std::stable_sort(order.begin(), others, [&](int32_t a, int32_t b) { return seqs[a].len > seqs[b].len; });
   return order;
 }
@@ -123,15 +123,15 @@ void start_feed(LaneFeed& feed, const KernelShape& shape, const SeqRec* seqs,
   const auto lanes = static_cast<std::size_t>(shape.lanes);
   resize_block(feed.by_lane, chunk_columns(shape) * lanes);
   resize_block(feed.residues, chunk_columns(shape) * lanes);
-  resize_block(feed.turns, CHUNK_BLOCKS);
-  resize_block(feed.masks, CHUNK_BLOCKS * lanes * static_cast<std::size_t>(shape.lane_bytes));
+  resize_block(feed.boundaries, CHUNK_BLOCKS);
+  resize_block(feed.begin_masks, CHUNK_BLOCKS * lanes * static_cast<std::size_t>(shape.lane_bytes));
 }
 
 bool fill_chunk(LaneFeed& feed) {
   const std::size_t vector = static_cast<std::size_t>(feed.shape.lanes * feed.shape.lane_bytes);
   for (std::size_t b = 0; b < CHUNK_BLOCKS; ++b) {
-    if (feed.turns.data[b] != 0) std::memset(feed.masks.data + b * vector, 0, vector);
-    feed.turns.data[b] = 0;
+    if (feed.boundaries.data[b] != 0) std::memset(feed.begin_masks.data + b * vector, 0, vector);
+    feed.boundaries.data[b] = 0;
   }
   feed.ends.clear();
   int32_t used = 0;

@@ -38,8 +38,8 @@ struct LaneFeed {
   int32_t blocks = 0;
   AlignedBlock by_lane;  // [lanes][columns]: residues before they are transposed
   AlignedBlock residues;
-  AlignedBlock turns;
-  AlignedBlock masks;
+  AlignedBlock boundaries;
+  AlignedBlock begin_masks;
   UTvector<LaneEnd> ends;
 };
 
@@ -52,7 +52,7 @@ UTvector<int32_t> scan_order(const SeqRec* seqs, const UTvector<int32_t>& number
 // In     shape: of the kernel that is fed, which has lanes
 void start_feed(LaneFeed& feed, const KernelShape& shape, const SeqRec* seqs, const UTvector<int32_t>& order);
 
-// fill_chunk - the next piece of all lanes: blocks, residues, turns, masks and ends.
+// fill_chunk - the next piece of all lanes: blocks, residues, boundaries, begin_masks and ends.
 // Returns false when every sequence has ended before
 bool fill_chunk(LaneFeed& feed);
 

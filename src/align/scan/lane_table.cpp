@@ -145,15 +145,8 @@ LaneTable make_lane_table(const LaneScores& scores, LaneWidth width, const Kerne
   for (std::size_t r = 0; r < row_count; ++r) {
     store_row(table.rows.data + r * row_bytes, scores.rows.data() + r * ROW_CODES, width, shape.split_rows);
   }
-  const UTvector<uint32_t> extend = lane_patterns(scores.extend, width);
-  if (scores.open.empty()) {
-    table.open = extend;
-  } else {
-    table.open = lane_patterns(scores.open, width);
-    table.change.resize(extend.size());
-    std::transform(extend.begin(), extend.end(), table.open.begin(), table.change.begin(),
-                   [](uint32_t e, uint32_t o) { return e ^ o; });
-  }
+  table.extend = lane_patterns(scores.extend, width);
+  table.open = scores.open.empty() ? table.extend : lane_patterns(scores.open, width);
   table.shift = lane_pattern(scores.shift, width);
   return table;
 }

@@ -12,13 +12,13 @@ namespace zelvan {
 
 // What every target is scored against, whatever the kernel.
 struct ScanScores {
-  Recurrence recurrence = Recurrence::LOCAL;
+  Recurrence recurrence{};
   const LookupTable* table = nullptr;  // not owned; rows are residue codes
   int32_t positions = 0;               // query residues; query position i (1..positions) is entry i of a row
   bool uniform = true;                 // the penalties are the same at every query position
   UTvector<int32_t> extend;            // [positions]: penalty of query position i in entry i-1
   UTvector<int32_t> open;              // the same; empty: every gap position costs `extend`
-  int32_t shift = 0;                   // penalty of a frame shift; translated recurrences only
+  int32_t shift = 0;                   // penalty of a frame shift; where the recurrence has one
 };
 
 // The scores divided by their greatest common divisor, equal query positions stored once.
@@ -47,7 +47,7 @@ bool fits(const LaneScores& scores, LaneWidth width);
 struct LaneTable {
   AlignedBlock rows;
   UTvector<uint32_t> open;  // as in KernelCall
-  UTvector<uint32_t> change;
+  UTvector<uint32_t> extend;
   uint32_t shift = 0;
 };
 

@@ -2,11 +2,29 @@
 
 #include <algorithm>
 
+#include "align/scan/local_kernel.h"
 #include "align/scan/scan_reference.h"
 #include "driver/search_mode.h"
 
 namespace zelvan {
 namespace {
+
+InstructionSet run_local_kernel(InstructionSet set, const KernelCall& call) {
+  switch (set) {
+    case InstructionSet::PORTABLE:
+      return run_local_kernel_portable(call);
+#if defined(__x86_64__)
+    case InstructionSet::SSE41:
+      return run_local_kernel_sse41(call);
+    case InstructionSet::AVX2:
+      return run_local_kernel_avx2(call);
+    case InstructionSet::AVX512:
+      return run_local_kernel_avx512(call);
+#endif
+    default:
+      return InstructionSet::REFERENCE;
+  }
+}
 
 int32_t reference_score(int32_t qlen, const SeqRec& s, const LookupTable& table, const ScoreMatrix& matrix,
                         const SearchMode& mode, const Params* p) {
@@ -29,6 +47,7 @@ ScanScores scan_scores(int32_t qlen, const LookupTable& table, const ScoreMatrix
     return UTvector<int32_t>(row, row + qlen - 2);
   };
   ScanScores scores;
+  scores.recurrence = LOCAL_RECURRENCE;
   scores.table = &table;
   scores.positions = qlen - 2;
   scores.extend = penalties(p->LD_PEN, p->GAP_CHARACTER);
@@ -53,7 +72,8 @@ ScanTally scan_database_by(InstructionSet set, LaneWidth first, int32_t qlen, co
       show_scan_meter(meter);
     }
   } else {
-    tally = scan_sequences(scan_scores(qlen, table, matrix, mode, p), seqs, n, out_scores, set, first, meter);
+    tally = scan_sequences(scan_scores(qlen, table, matrix, mode, p), seqs, n, out_scores, set, first,
+                           run_local_kernel, meter);
   }
   end_scan_meter(meter);
   return tally;

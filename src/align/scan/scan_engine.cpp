@@ -11,23 +11,6 @@ namespace {
 // More distinct query positions than this are no longer worth preparing per column.
 constexpr std::size_t MAX_PREPARED = 64;
 
-InstructionSet run_kernel_of(InstructionSet set, const KernelCall& call) {
-  switch (set) {
-    case InstructionSet::PORTABLE:
-      return run_kernel_portable(call);
-#if defined(__x86_64__)
-    case InstructionSet::SSE41:
-      return run_kernel_sse41(call);
-    case InstructionSet::AVX2:
-      return run_kernel_avx2(call);
-    case InstructionSet::AVX512:
-      return run_kernel_avx512(call);
-#endif
-    default:
-      return InstructionSet::REFERENCE;
-  }
-}
-
 bool is_prepared(const ScanScores& scores, const LaneScores& lane, LaneWidth width) {
   return scores.uniform && width != LaneWidth::BITS32 && lane.rows.size() / ROW_CODES <= MAX_PREPARED;
 }
@@ -63,7 +46,7 @@ int32_t overflow_mark(const LaneScores& scores, LaneWidth width, const KernelSha
 bool has_tier(const ScanScores& scores, const LaneScores& lane, InstructionSet set, LaneWidth width) {
   if (width == LaneWidth::BITS32) return true;
   return kernel_shape(set, width, scores.recurrence).lanes > 0 && fits(lane, width) &&
-         (scores.recurrence == Recurrence::LOCAL || is_prepared(scores, lane, width));
+         (scores.recurrence.direct_narrow || is_prepared(scores, lane, width));
 }
 
 // The kernel's side of one tier. The call points into the blocks beside it.
@@ -92,7 +75,6 @@ Tier make_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width
   resize_block(tier.best_before, (CHUNK_BLOCKS + 1) * vector);
 
   KernelCall& call = tier.call;
-  call.recurrence = scores.recurrence;
   call.width = width;
   call.source = prepared ? ScoreSource::PREPARED : ScoreSource::DIRECT;
   call.affine = !lane.open.empty();
@@ -101,7 +83,7 @@ Tier make_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width
   call.row_count = row_count;
   call.row_of = lane.row_of.data();
   call.open = tier.table.open.data();
-  call.change = tier.table.change.data();
+  call.extend = tier.table.extend.data();
   call.shift = tier.table.shift;
   call.state = tier.state.data;
   call.scratch = tier.scratch.data;
@@ -112,8 +94,9 @@ Tier make_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width
 
 // Scores the sequences of `numbers` by one tier and returns those whose lanes overflowed.
 UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width,
-                            InstructionSet set, const SeqRec* seqs, const UTvector<int32_t>& numbers,
-                            int32_t* out_scores, ScanTally& tally, ScanMeter& meter) {
+                            InstructionSet set, RunKernel run_kernel, const SeqRec* seqs,
+                            const UTvector<int32_t>& numbers, int32_t* out_scores, ScanTally& tally,
+                            ScanMeter& meter) {
   Tier tier = make_tier(scores, lane, width, set);
   const UTvector<int32_t> order = scan_order(seqs, numbers, tier.shape.lanes);
   const int32_t mark = overflow_mark(lane, width, tier.shape);
@@ -123,9 +106,9 @@ UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, La
   while (fill_chunk(feed)) {
     tier.call.blocks = feed.blocks;
     tier.call.residues = feed.residues.data;
-    tier.call.turns = feed.turns.data;
-    tier.call.masks = feed.masks.data;
-    tally.set = run_kernel_of(set, tier.call);
+    tier.call.boundaries = feed.boundaries.data;
+    tier.call.begin_masks = feed.begin_masks.data;
+    tally.set = run_kernel(set, tier.call);
     for (const LaneEnd& end : feed.ends) {
       const uint8_t* best = tier.best_before.data + static_cast<std::size_t>(end.block) * tier.vector_bytes;
       const int32_t value = lane_value(best, end.lane, width);
@@ -146,18 +129,18 @@ UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, La
 }  // namespace
 
 ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n, int32_t* out_scores,
-                         InstructionSet set, LaneWidth first, ScanMeter& meter) {
+                         InstructionSet set, LaneWidth first, RunKernel run_kernel, ScanMeter& meter) {
   ScanTally tally;
   const LaneScores lane = make_lane_scores(scores);
   UTvector<int32_t> todo;
   todo.reserve(static_cast<std::size_t>(n));
   for (int32_t k = 0; k < n; ++k) {
     out_scores[k] = -1;
-    if (seqs[k].len > 2) todo.push_back(k);
+    if (residues(seqs[k]) > 0) todo.push_back(k);
   }
   for (const LaneWidth width : {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32}) {
     if (width < first || todo.empty() || !has_tier(scores, lane, set, width)) continue;
-    todo = scan_tier(scores, lane, width, set, seqs, todo, out_scores, tally, meter);
+    todo = scan_tier(scores, lane, width, set, run_kernel, seqs, todo, out_scores, tally, meter);
     if (width != LaneWidth::BITS32) {
       tally.saturated[static_cast<int>(width)] = static_cast<int64_t>(todo.size());
     }

@@ -19,14 +19,17 @@ struct ScanTally {
   int64_t saturated[2] = {};                       // handed on by BITS8 and BITS16
 };
 
+// Runs the kernel object of an instruction set; each family of recurrences has one such routine.
+using RunKernel = InstructionSet (*)(InstructionSet set, const KernelCall& call);
+
 // scan_sequences - the score of every sequence, as the scalar kernels give it.
 // In     scores.table->rows < ROW_CODES, scores.positions >= 1; seqs[0..n-1] encoded
-//        no penalty of a translated recurrence is negative
 //        set: usable, not REFERENCE
 //        first: the narrowest lanes to try
+//        run_kernel: of the family of scores.recurrence
 // Out    out_scores[0..n-1]; -1 for a sequence without residues
 //        meter: told of every sequence that ends
 ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n, int32_t* out_scores,
-                         InstructionSet set, LaneWidth first, ScanMeter& meter);
+                         InstructionSet set, LaneWidth first, RunKernel run_kernel, ScanMeter& meter);
 
 }  // namespace zelvan

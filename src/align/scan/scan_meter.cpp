@@ -14,7 +14,7 @@ constexpr std::chrono::milliseconds QUIET{2000};
 constexpr std::chrono::milliseconds BETWEEN{200};
 
 double cells(const ScanMeter& meter, const SeqRec& s) {
-  return static_cast<double>(meter.positions) * std::max(0, s.len - 2);
+  return static_cast<double>(meter.positions) * std::max(0, residues(s));
 }
 
 // Goes back to the start of the line and writes `text` over what stands there.

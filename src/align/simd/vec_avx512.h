@@ -10,19 +10,24 @@ namespace zelvan {
 namespace {
 
 constexpr InstructionSet COMPILED_SET = InstructionSet::AVX512;
-using Register = __m512i;
 
-}  // namespace
-}  // namespace zelvan
-
-#include "align/simd/vec_lanes.h"
-
-namespace zelvan {
-namespace {
+template <LaneWidth W, class MASK>
+struct Vec {
+  static constexpr LaneWidth WIDTH = W;
+  using Mask = MASK;  // one bit for each lane
+  __m512i v;
+};
+using Vec8 = Vec<LaneWidth::BITS8, __mmask64>;
+using Vec16 = Vec<LaneWidth::BITS16, __mmask32>;
+using Vec32 = Vec<LaneWidth::BITS32, __mmask16>;
 
 template <class V>
 V load(const uint8_t* from) {
   return {_mm512_load_si512(from)};
+}
+template <class V>
+V load_unaligned(const int32_t* from) {
+  return {_mm512_loadu_si512(from)};
 }
 template <class V>
 void store(uint8_t* to, V a) {
@@ -32,11 +37,6 @@ template <class V>
 V splat(uint32_t pattern) {
   return {_mm512_set1_epi32(static_cast<int>(pattern))};
 }
-template <class V>
-V select(V mask, V where_set, V where_clear) {
-  return {_mm512_mask_blend_epi8(_mm512_movepi8_mask(mask.v), where_clear.v, where_set.v)};
-}
-
 inline Vec8 add(Vec8 a, Vec8 b) {
   return {_mm512_adds_epi8(a.v, b.v)};
 }
@@ -46,8 +46,11 @@ inline Vec8 sub(Vec8 a, Vec8 b) {
 inline Vec8 max(Vec8 a, Vec8 b) {
   return {_mm512_max_epi8(a.v, b.v)};
 }
-inline Vec8 where_equal(Vec8 a, Vec8 b, Vec8 yes, Vec8 no) {
-  return {_mm512_mask_blend_epi8(_mm512_cmpeq_epi8_mask(a.v, b.v), no.v, yes.v)};
+inline __mmask64 equal(Vec8 a, Vec8 b) {
+  return _mm512_cmpeq_epi8_mask(a.v, b.v);
+}
+inline Vec8 select(__mmask64 mask, Vec8 where_set, Vec8 where_clear) {
+  return {_mm512_mask_blend_epi8(mask, where_clear.v, where_set.v)};
 }
 
 inline Vec16 add(Vec16 a, Vec16 b) {
@@ -59,8 +62,11 @@ inline Vec16 sub(Vec16 a, Vec16 b) {
 inline Vec16 max(Vec16 a, Vec16 b) {
   return {_mm512_max_epi16(a.v, b.v)};
 }
-inline Vec16 where_equal(Vec16 a, Vec16 b, Vec16 yes, Vec16 no) {
-  return {_mm512_mask_blend_epi16(_mm512_cmpeq_epi16_mask(a.v, b.v), no.v, yes.v)};
+inline __mmask32 equal(Vec16 a, Vec16 b) {
+  return _mm512_cmpeq_epi16_mask(a.v, b.v);
+}
+inline Vec16 select(__mmask32 mask, Vec16 where_set, Vec16 where_clear) {
+  return {_mm512_mask_blend_epi16(mask, where_clear.v, where_set.v)};
 }
 
 inline Vec32 add(Vec32 a, Vec32 b) {
@@ -72,17 +78,53 @@ inline Vec32 sub(Vec32 a, Vec32 b) {
 inline Vec32 max(Vec32 a, Vec32 b) {
   return {_mm512_max_epi32(a.v, b.v)};
 }
-inline Vec32 where_equal(Vec32 a, Vec32 b, Vec32 yes, Vec32 no) {
-  return {_mm512_mask_blend_epi32(_mm512_cmpeq_epi32_mask(a.v, b.v), no.v, yes.v)};
+inline __mmask16 equal(Vec32 a, Vec32 b) {
+  return _mm512_cmpeq_epi32_mask(a.v, b.v);
+}
+inline Vec32 select(__mmask16 mask, Vec32 where_set, Vec32 where_clear) {
+  return {_mm512_mask_blend_epi32(mask, where_clear.v, where_set.v)};
 }
 
-// The gap value that a cell hands on: its own less the extension where it got its value by this gap, else less
-// the opening. `change` is opening XOR extension.
-template <class V>
-V carry(V cell, V gap, V open, V change) {
-  const V extend{_mm512_xor_si512(open.v, change.v)};
-  return sub(cell, where_equal(cell, gap, extend, open));
+// The lanes where the mask is set; 0 elsewhere.
+inline Vec32 masked(__mmask16 mask, Vec32 a) {
+  return {_mm512_maskz_mov_epi32(mask, a.v)};
 }
+
+// One of two vectors in every lane, chosen again and again.
+template <class V>
+struct Choice {
+  V set, clear;
+};
+template <class V>
+Choice<V> choice_of(V where_set, V where_clear) {
+  return {where_set, where_clear};
+}
+template <class V>
+V choose(typename V::Mask mask, const Choice<V>& choice) {
+  return select(mask, choice.set, choice.clear);
+}
+
+// A mask from lanes whose bits are all set or all clear.
+template <class V>
+typename V::Mask load_mask(const uint8_t* from) {
+  return static_cast<typename V::Mask>(~equal(load<V>(from), splat<V>(0)));
+}
+
+// Every lane moves up by one; the last lane of `below` comes in.
+inline Vec32 shift_in(Vec32 below, Vec32 a) {
+  return {_mm512_alignr_epi32(a.v, below.v, 15)};
+}
+inline int32_t last_lane(Vec32 a) {
+  return _mm_extract_epi32(_mm512_extracti32x4_epi32(a.v, 3), 3);
+}
+// The lowest byte of every lane.
+inline void store_bytes(uint8_t* to, Vec32 a) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm512_cvtepi32_epi8(a.v));
+}
+
+// The residues of some columns, made ready for look-ups in a score row.
+template <class V, int COLUMNS>
+struct Codes;
 
 // A byte shuffle reads tables of 16 entries and gives 0 where an index has its top bit set. A row of 32 takes
 // two shuffles whose indices are set up so that exactly one of them answers: code + 0x70 has its top bit set from

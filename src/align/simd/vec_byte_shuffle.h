@@ -1,18 +1,39 @@
-// What SSE4.1 and AVX2 share: penalties chosen by logic, and scores looked up by byte shuffles. Included behind
-// the lanes of either; everything is local to the kernel object.
+// What SSE4.1 and AVX2 share: masks, and scores looked up by byte shuffles. Included behind the lanes of either;
+// everything is local to the kernel object.
 #pragma once
 
-#include "align/scan/scan_kernel.h"
+#include <cstdint>
 
 namespace zelvan {
 namespace {
 
-// The gap value that a cell hands on: its own less the extension where it got its value by this gap, else less
-// the opening. `change` is opening XOR extension: logic takes fewer steps than a blend on most processors.
 template <class V>
-V carry(V cell, V gap, V open, V change) {
-  return sub(cell, V{xor_bits(open.v, and_bits(equal(cell, gap).v, change.v))});
+Register load_mask(const uint8_t* from) {
+  return load<V>(from).v;
 }
+// The lanes where the mask is set; 0 elsewhere.
+template <class V>
+V masked(Register mask, V a) {
+  return {and_bits(mask, a.v)};
+}
+
+// One of two vectors in every lane, chosen again and again: logic takes fewer steps than a blend on most processors.
+template <class V>
+struct Choice {
+  V clear, change;
+};
+template <class V>
+Choice<V> choice_of(V where_set, V where_clear) {
+  return {where_clear, V{xor_bits(where_set.v, where_clear.v)}};
+}
+template <class V>
+V choose(Register mask, const Choice<V>& choice) {
+  return {xor_bits(choice.clear.v, and_bits(mask, choice.change.v))};
+}
+
+// The residues of some columns, made ready for look-ups in a score row.
+template <class V, int COLUMNS>
+struct Codes;
 
 // A byte shuffle reads tables of 16 entries and gives 0 where an index has its top bit set. A row of 32 takes
 // two shuffles whose indices are set up so that exactly one of them answers: code + 0x70 has its top bit set from

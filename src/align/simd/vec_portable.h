@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-#include "align/scan/scan_kernel.h"
+#include "align/simd/instruction_set.h"
 
 namespace zelvan {
 namespace {
@@ -20,6 +20,7 @@ struct Vec {
   using Lane = LANE;
   typedef LANE Signed __attribute__((vector_size(16), may_alias));
   typedef UNSIGNED_LANE Unsigned __attribute__((vector_size(16)));
+  using Mask = Signed;  // all bits of a lane are set or none
   Signed v;
 };
 using Vec16 = Vec<LaneWidth::BITS16, int16_t, uint16_t>;
@@ -29,6 +30,16 @@ struct Vec8;  // none
 template <class V>
 V load(const uint8_t* from) {
   return {*reinterpret_cast<const typename V::Signed*>(from)};
+}
+template <class V>
+V load_unaligned(const int32_t* from) {
+  V a;
+  std::memcpy(&a.v, from, sizeof a.v);
+  return a;
+}
+template <class V>
+typename V::Mask load_mask(const uint8_t* from) {
+  return load<V>(from).v;
 }
 template <class V>
 void store(uint8_t* to, V a) {
@@ -42,10 +53,6 @@ V splat(uint32_t pattern) {
   return a;
 }
 template <class V>
-V select(V mask, V where_set, V where_clear) {
-  return {(mask.v & where_set.v) | (~mask.v & where_clear.v)};
-}
-template <class V>
 V add(V a, V b) {
   return {(typename V::Signed)((typename V::Unsigned)a.v + (typename V::Unsigned)b.v)};
 }
@@ -57,11 +64,46 @@ template <class V>
 V max(V a, V b) {
   return {a.v > b.v ? a.v : b.v};
 }
-
-// The gap value that a cell hands on, as in vec_byte_shuffle.h.
 template <class V>
-V carry(V cell, V gap, V open, V change) {
-  return sub(cell, V{open.v ^ ((cell.v == gap.v) & change.v)});
+typename V::Mask equal(V a, V b) {
+  return a.v == b.v;
+}
+template <class V>
+V select(typename V::Mask mask, V where_set, V where_clear) {
+  return {mask ? where_set.v : where_clear.v};
+}
+// The lanes where the mask is set; 0 elsewhere.
+template <class V>
+V masked(typename V::Mask mask, V a) {
+  return {mask & a.v};
+}
+
+// One of two vectors in every lane, chosen again and again.
+template <class V>
+struct Choice {
+  V clear, change;
+};
+template <class V>
+Choice<V> choice_of(V where_set, V where_clear) {
+  return {where_clear, V{where_set.v ^ where_clear.v}};
+}
+template <class V>
+V choose(typename V::Mask mask, const Choice<V>& choice) {
+  return {choice.clear.v ^ (mask & choice.change.v)};
+}
+
+// Every lane moves up by one; the last lane of `below` comes in.
+inline Vec32 shift_in(Vec32 below, Vec32 a) {
+  return {__builtin_shufflevector(below.v, a.v, 3, 4, 5, 6)};
+}
+inline int32_t last_lane(Vec32 a) {
+  return a.v[3];
+}
+// The lowest byte of every lane.
+inline void store_bytes(uint8_t* to, Vec32 a) {
+  typedef uint8_t Bytes __attribute__((vector_size(4)));
+  const Bytes bytes = __builtin_convertvector(a.v, Bytes);
+  std::memcpy(to, &bytes, sizeof bytes);
 }
 
 // The residues of some columns, looked up one by one.

@@ -3,6 +3,8 @@
 
 #include <immintrin.h>
 
+#include <cstring>
+
 #include "align/simd/instruction_set.h"
 
 namespace zelvan {
@@ -11,17 +13,23 @@ namespace {
 constexpr InstructionSet COMPILED_SET = InstructionSet::SSE41;
 using Register = __m128i;
 
-}  // namespace
-}  // namespace zelvan
-
-#include "align/simd/vec_lanes.h"
-
-namespace zelvan {
-namespace {
+template <LaneWidth W>
+struct Vec {
+  static constexpr LaneWidth WIDTH = W;
+  using Mask = Register;  // all bits of a lane are set or none
+  Register v;
+};
+using Vec8 = Vec<LaneWidth::BITS8>;
+using Vec16 = Vec<LaneWidth::BITS16>;
+using Vec32 = Vec<LaneWidth::BITS32>;
 
 template <class V>
 V load(const uint8_t* from) {
   return {_mm_load_si128(reinterpret_cast<const __m128i*>(from))};
+}
+template <class V>
+V load_unaligned(const int32_t* from) {
+  return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))};
 }
 template <class V>
 void store(uint8_t* to, V a) {
@@ -32,8 +40,8 @@ V splat(uint32_t pattern) {
   return {_mm_set1_epi32(static_cast<int>(pattern))};
 }
 template <class V>
-V select(V mask, V where_set, V where_clear) {
-  return {_mm_blendv_epi8(where_clear.v, where_set.v, mask.v)};
+V select(Register mask, V where_set, V where_clear) {
+  return {_mm_blendv_epi8(where_clear.v, where_set.v, mask)};
 }
 
 inline Vec8 add(Vec8 a, Vec8 b) {
@@ -45,8 +53,8 @@ inline Vec8 sub(Vec8 a, Vec8 b) {
 inline Vec8 max(Vec8 a, Vec8 b) {
   return {_mm_max_epi8(a.v, b.v)};
 }
-inline Vec8 equal(Vec8 a, Vec8 b) {
-  return {_mm_cmpeq_epi8(a.v, b.v)};
+inline Register equal(Vec8 a, Vec8 b) {
+  return _mm_cmpeq_epi8(a.v, b.v);
 }
 
 inline Vec16 add(Vec16 a, Vec16 b) {
@@ -58,8 +66,8 @@ inline Vec16 sub(Vec16 a, Vec16 b) {
 inline Vec16 max(Vec16 a, Vec16 b) {
   return {_mm_max_epi16(a.v, b.v)};
 }
-inline Vec16 equal(Vec16 a, Vec16 b) {
-  return {_mm_cmpeq_epi16(a.v, b.v)};
+inline Register equal(Vec16 a, Vec16 b) {
+  return _mm_cmpeq_epi16(a.v, b.v);
 }
 
 inline Vec32 add(Vec32 a, Vec32 b) {
@@ -71,8 +79,22 @@ inline Vec32 sub(Vec32 a, Vec32 b) {
 inline Vec32 max(Vec32 a, Vec32 b) {
   return {_mm_max_epi32(a.v, b.v)};
 }
-inline Vec32 equal(Vec32 a, Vec32 b) {
-  return {_mm_cmpeq_epi32(a.v, b.v)};
+inline Register equal(Vec32 a, Vec32 b) {
+  return _mm_cmpeq_epi32(a.v, b.v);
+}
+
+// Every lane moves up by one; the last lane of `below` comes in.
+inline Vec32 shift_in(Vec32 below, Vec32 a) {
+  return {_mm_alignr_epi8(a.v, below.v, 12)};
+}
+inline int32_t last_lane(Vec32 a) {
+  return _mm_extract_epi32(a.v, 3);
+}
+// The lowest byte of every lane, for lanes of 0..127.
+inline void store_bytes(uint8_t* to, Vec32 a) {
+  const __m128i words = _mm_packs_epi32(a.v, a.v);
+  const int32_t bytes = _mm_cvtsi128_si32(_mm_packs_epi16(words, words));
+  std::memcpy(to, &bytes, sizeof bytes);
 }
 
 inline Register and_bits(Register a, Register b) {

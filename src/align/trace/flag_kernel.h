@@ -26,7 +26,8 @@ struct FlagBlock {
   uint8_t* slanted_flags;   // scratch, likewise
   int32_t rows;             // target positions whose flags are wanted
   uint8_t* const* flags;    // [rows] out: entries 1..positions, as in cell_flags.h
-  int32_t* best;            // [FLAG_ROWS] out: best cell of each target position or of one before it
+  int32_t*
+      best;  // [FLAG_ROWS] out, aligned to 64 bytes: best cell of each target position or of one before it
 };
 
 // Lower than any sum of scores can make up for.
@@ -34,6 +35,7 @@ constexpr int32_t FORBIDDEN = INT32_MIN / 2;
 
 // One entry per instruction set.
 void run_flag_kernel_portable(const FlagBlock& block);
+void run_flag_kernel_sse41(const FlagBlock& block);
 void run_flag_kernel_avx2(const FlagBlock& block);
 void run_flag_kernel_avx512(const FlagBlock& block);
 

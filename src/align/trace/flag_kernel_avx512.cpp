@@ -1,11 +1,12 @@
 #if defined(__x86_64__)
-#define LANES 16
+#include "align/simd/vec_avx512.h"
+// The recurrence needs the lanes above.
 #include "align/trace/flag_kernel_body.h"
 
 namespace zelvan {
 
 void run_flag_kernel_avx512(const FlagBlock& block) {
-  run_block(block);
+  run_flag_kernel(block);
 }
 
 }  // namespace zelvan

@@ -1,10 +1,11 @@
-#define LANES 4
+#include "align/simd/vec_portable.h"
+// The recurrence needs the lanes above.
 #include "align/trace/flag_kernel_body.h"
 
 namespace zelvan {
 
 void run_flag_kernel_portable(const FlagBlock& block) {
-  run_block(block);
+  run_flag_kernel(block);
 }
 
 }  // namespace zelvan

@@ -63,6 +63,8 @@ void run_flag_kernel(InstructionSet set, const FlagBlock& block) {
       return run_flag_kernel_avx512(block);
     case InstructionSet::AVX2:
       return run_flag_kernel_avx2(block);
+    case InstructionSet::SSE41:
+      return run_flag_kernel_sse41(block);
 #endif
     default:
       return run_flag_kernel_portable(block);
@@ -89,7 +91,7 @@ FlagSweep sweep_blocks(int32_t qlen, const int8_t* target, int32_t dlen, const L
   UTvector<uint8_t> slanted_flags(padded * FLAG_ROWS);
   const UTvector<int32_t> forbidden(padded, FORBIDDEN);
   uint8_t* flags[FLAG_ROWS];
-  int32_t best[FLAG_ROWS];
+  alignas(64) int32_t best[FLAG_ROWS];
   FlagBlock block = {};
   const UTvector<int32_t> extend = reversed(gaps.extend, positions, block.extend);
   const UTvector<int32_t> open = reversed(gaps.open, positions, block.open);

@@ -1,0 +1,11 @@
+#include "align/simd/vec_portable.h"
+// The recurrence needs the lanes above.
+#include "align/scan/local_kernel_body.h"
+
+namespace zelvan {
+
+InstructionSet run_local_kernel_portable(const KernelCall& call) {
+  return run_local_kernel(call);
+}
+
+}  // namespace zelvan
