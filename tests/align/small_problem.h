@@ -8,27 +8,13 @@
 
 #include "align/cell_flags.h"
 #include "align/lookup.h"
-#include "align/scan/scan_reference.h"
+#include "align/scan/scan.h"
 #include "align/trace/path_store.h"
 #include "support/small_alphabet.h"
 
 namespace zelvan {
 
 constexpr int32_t MODES[] = {200, 202, 210, 212};
-
-inline int32_t reference_score(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
-                               const ScoreMatrix& matrix, const Params& p) {
-  switch (p.MODE) {
-    case 200:
-      return swl(qlen, target, dlen, table, p.LD_PEN);
-    case 202:
-      return swli(qlen, target, dlen, table, p.LD_PEN, p.LI_PEN);
-    case 210:
-      return swlv(qlen, target, dlen, table, matrix, &p);
-    default:
-      return swliv(qlen, target, dlen, table, matrix, &p);
-  }
-}
 
 inline SeqRec record_of(Codes& codes) {
   SeqRec seq;
@@ -50,7 +36,14 @@ struct Problem {
   int32_t* extend_row() { return table[residue_code(matrix, ' ')]; }
   int32_t* open_row() { return table[residue_code(matrix, ':')]; }
   int32_t* gap_row(bool open) { return open && flagged() ? open_row() : extend_row(); }
-  int32_t scan_score() const { return reference_score(qlen(), target.data(), dlen(), table, matrix, p); }
+  // By the scalar kernel of the mode.
+  int32_t scan_score() {
+    const SeqRec record = record_of(target);
+    int32_t score = -77;
+    scan_database_by(InstructionSet::REFERENCE, LaneWidth::BITS8, qlen(), &record, 1, table, matrix, &score,
+                     &p);
+    return score;
+  }
 };
 
 // Scores are asymmetric, sequences have 1..longest residues.

@@ -36,7 +36,6 @@ struct FrameProblem {
   }
   int32_t m() const { return stored_length(columns); }
   int32_t n() const { return stored_length(rows); }
-  int32_t rows_translated() const { return nswli(m(), rows.data(), n(), table, pen.ld, pen.li, pen.fs); }
   int32_t affine() const { return npswli2(m(), rows.data(), n(), table, pen.ld, pen.li, pen.fs); }
   int32_t linear() const { return npswl(m(), rows.data(), n(), table, pen.ld, pen.fs); }
 };

@@ -27,7 +27,7 @@ int32_t best_from(const Problem& problem, int32_t i, int32_t j) {
 TEST(ScanReference, LinearKernelFindsTheBestOfAllAlignments) {
   Random random(1);
   for (int32_t round = 0; round < 300; ++round) {
-    const Problem problem = random_problem(random, 200, 5);
+    Problem problem = random_problem(random, 200, 5);
     int32_t best = 0;
     for (int32_t i = 1; i <= problem.qlen() - 2; ++i) {
       for (int32_t j = 1; j <= problem.dlen() - 2; ++j) best = std::max(best, best_from(problem, i, j));

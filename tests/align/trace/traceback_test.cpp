@@ -123,29 +123,6 @@ TEST(Traceback, FindsAndTracesThePathsOfTheModel) {
   EXPECT_GT(kept, 20000U);
 }
 
-// Every set on lengths around the rows and lanes that are worked out side by side.
-TEST(MoveFlags, AreTheSameFromEveryInstructionSet) {
-  Random random(12);
-  for (const InstructionSet set : {InstructionSet::PORTABLE, InstructionSet::AVX2, InstructionSet::AVX512}) {
-    if (!is_usable(set)) continue;
-    for (int32_t round = 0; round < 1000; ++round) {
-      Problem problem = random_problem(random, MODES[round % 4], 70);
-      const GapRows gaps = {problem.extend_row(), problem.gap_row(true)};
-      const int32_t score = problem.scan_score();
-      MoveFlags expected = uchararr(problem.dlen(), problem.qlen()), flags = expected;
-      const auto sweep = [&](InstructionSet by, MoveFlags& out_flags) {
-        return fill_flags(problem.qlen(), problem.target.data(), problem.dlen(), problem.table, gaps,
-                          score - 2, by, out_flags);
-      };
-      const FlagSweep reference = sweep(InstructionSet::REFERENCE, expected), found = sweep(set, flags);
-      ASSERT_EQ(flags.cells, expected.cells) << instruction_set_name(set) << " round " << round;
-      EXPECT_EQ(found.best, score);
-      EXPECT_LE(found.first_row, reference.first_row);
-      EXPECT_GE(found.last_row, reference.last_row);
-    }
-  }
-}
-
 TEST(PathStore, KeepsTheFirstOfTheBestPathsFromOneStart) {
   UTvector<PathRec> slot = {{2, 7, 10, 10, 50, 50}};
   EXPECT_EQ(present({2, 8, 11, 11, 60, 60}, slot), 0);
