@@ -9,6 +9,7 @@
 #include "align/trace/path_trace.h"
 #include "driver/params.h"
 #include "seq/matrix.h"
+#include "seq/sequence.h"
 #include "util/memory.h"
 
 namespace zelvan {
