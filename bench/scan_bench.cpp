@@ -1,4 +1,5 @@
-// The scans in cells per second: every usable instruction set and lane width, the scalar kernels as baseline.
+// The scans and the move flags of a traceback in cells per second: every usable instruction set and lane width,
+// the scalar kernels as baseline.
 // The database is the example's, residues shuffled, repeated up to the size that a run needs; the query is one
 // of its sequences, cut or repeated to length.
 #include <benchmark/benchmark.h>
@@ -10,6 +11,7 @@
 
 #include "align/lookup.h"
 #include "align/scan/scan.h"
+#include "align/trace/move_flags.h"
 #include "dna/frame_scan.h"
 #include "seq/alphabet.h"
 #include "seq/matrix.h"
@@ -109,6 +111,22 @@ void scan_rate(benchmark::State& state, int32_t mode, InstructionSet set, LaneWi
   state.counters["repeated"] = static_cast<double>(tally.saturated[0] + tally.saturated[1]);
 }
 
+void flag_rate(benchmark::State& state, InstructionSet set, int32_t length) {
+  Setting& s = setting();
+  const LookupTable table = query_table(length, false);
+  const SeqRec target = targets_of(1).front();
+  const GapRows gaps = {table[residue_code(*s.matrix, s.params.GAP_CHARACTER)],
+                        table[residue_code(*s.matrix, s.params.IGAP_CHARACTER)]};
+  MoveFlags flags;
+  fit_flags(flags, target.len, length + 2);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        fill_flags(length + 2, target.seq, target.len, table, gaps, s.params.LI_PEN, set, flags));
+  }
+  state.counters["cells"] = benchmark::Counter(static_cast<double>(residues(target)) * length,
+                                               benchmark::Counter::kIsIterationInvariantRate);
+}
+
 void add(const std::string& name, int32_t mode, InstructionSet set, LaneWidth first, int32_t length,
          bool profile) {
   benchmark::RegisterBenchmark(name.c_str(), scan_rate, mode, set, first, length, profile)
@@ -125,6 +143,12 @@ constexpr InstructionSet SETS[] = {InstructionSet::PORTABLE, InstructionSet::SSE
                                    InstructionSet::AVX512};
 
 const bool registered = [] {
+  for (const InstructionSet set : {InstructionSet::REFERENCE, InstructionSet::PORTABLE, InstructionSet::SSE41,
+                                   InstructionSet::AVX2, InstructionSet::AVX512}) {
+    if (!is_usable(set)) continue;
+    const std::string name = std::string("flags/query361/") + instruction_set_name(set);
+    benchmark::RegisterBenchmark(name.c_str(), flag_rate, set, 361)->Unit(benchmark::kMicrosecond);
+  }
   for (const int32_t mode : {200, 202, 10, 20, 22}) {
     const std::string name = "mode" + std::to_string(mode) + "/query361/";
     add(name + "scalar", mode, InstructionSet::REFERENCE, LaneWidth::BITS8, 361, false);

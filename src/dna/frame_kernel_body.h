@@ -1,5 +1,6 @@
-// The recurrences of protein against DNA translated in three interleaved frames: a step of 3 along the DNA stays
-// in the frame, a step of 1 shifts it. No penalty may be negative here. Included by kernel objects after their lanes.
+// The recurrences of protein against DNA translated in three interleaved frames: a step of 3 along the DNA
+// stays in the frame, a step of 1 shifts it. No penalty may be negative here. Included by kernel objects
+// after their lanes.
 #pragma once
 
 #include "align/scan/kernel_lanes.h"
@@ -10,8 +11,8 @@ namespace {
 
 constexpr int FRAMES = 3;
 
-// nswli: the database is translated. Blocks are whole codons, so that column k follows column k - 3 of the same
-// block, or the column of the same frame in the block before.
+// nswli: the database is translated. Blocks are whole codons, so that column k follows column k - 3 of the
+// same block, or the column of the same frame in the block before.
 template <class V, ScoreSource SOURCE>
 struct TranslatedTargetScan {
   using Lanes = V;

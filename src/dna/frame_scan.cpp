@@ -25,20 +25,20 @@ InstructionSet run_frame_kernel(InstructionSet set, const KernelCall& call) {
   }
 }
 
-int32_t reference_score(int32_t m, const SeqRec& s, const LookupTable& table, const SearchMode& mode,
+int32_t reference_score(int32_t qlen, const SeqRec& s, const LookupTable& table, const SearchMode& mode,
                         const Params* p) {
-  if (!mode.affine) return npswl(m, s.seq, s.len, table, p->LD_PEN, p->FS_PEN);
-  return (mode.comparison == Comparison::TRANSLATED_QUERY ? npswli2 : nswli)(m, s.seq, s.len, table,
+  if (!mode.affine) return npswl(qlen, s.seq, s.len, table, p->LD_PEN, p->FS_PEN);
+  return (mode.comparison == Comparison::TRANSLATED_QUERY ? npswli2 : nswli)(qlen, s.seq, s.len, table,
                                                                              p->LD_PEN, p->LI_PEN, p->FS_PEN);
 }
 
-ScanScores frame_scores(int32_t m, const LookupTable& table, const SearchMode& mode, const Params* p) {
-  const auto positions = static_cast<std::size_t>(m - 2);
+ScanScores frame_scores(int32_t qlen, const LookupTable& table, const SearchMode& mode, const Params* p) {
+  const auto positions = static_cast<std::size_t>(qlen - 2);
   ScanScores scores;
   scores.recurrence = mode.comparison == Comparison::TRANSLATED_QUERY ? TRANSLATED_QUERY_RECURRENCE
                                                                       : TRANSLATED_TARGET_RECURRENCE;
   scores.table = &table;
-  scores.positions = m - 2;
+  scores.positions = qlen - 2;
   scores.extend.assign(positions, p->LD_PEN);
   if (mode.affine) scores.open.assign(positions, p->LI_PEN);
   scores.shift = p->FS_PEN;
@@ -47,18 +47,18 @@ ScanScores frame_scores(int32_t m, const LookupTable& table, const SearchMode& m
 
 }  // namespace
 
-ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t m, const SeqRec* seqs, int32_t n,
+ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t qlen, const SeqRec* seqs, int32_t n,
                          const LookupTable& table, int32_t* out_scores, const Params* p) {
   const SearchMode mode = decode_mode(p->MODE);
   if (mode.comparison != Comparison::TRANSLATED_TARGETS && mode.comparison != Comparison::TRANSLATED_QUERY) {
     return {};
   }
   ScanTally tally;
-  ScanMeter meter = start_scan_meter(m - 2, seqs, n, p);
+  ScanMeter meter = start_scan_meter(qlen - 2, seqs, n, p);
   const bool any_negative = p->LD_PEN < 0 || p->LI_PEN < 0 || p->FS_PEN < 0;
-  if (set == InstructionSet::REFERENCE || m <= 2 || any_negative || table.rows >= ROW_CODES) {
+  if (set == InstructionSet::REFERENCE || qlen <= 2 || any_negative || table.rows >= ROW_CODES) {
     for (int32_t k = 0; k < n; ++k) {
-      out_scores[k] = reference_score(m, seqs[k], table, mode, p);
+      out_scores[k] = reference_score(qlen, seqs[k], table, mode, p);
       scanned(meter, seqs[k]);
       show_scan_meter(meter);
     }
@@ -66,16 +66,16 @@ ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t m, const S
     const RunKernel run_kernel = mode.comparison == Comparison::TRANSLATED_QUERY
                                      ? run_frame_kernel<Translated::QUERY>
                                      : run_frame_kernel<Translated::TARGET>;
-    tally =
-        scan_sequences(frame_scores(m, table, mode, p), seqs, n, out_scores, set, first, run_kernel, meter);
+    tally = scan_sequences(frame_scores(qlen, table, mode, p), seqs, n, out_scores, set, first, run_kernel,
+                           meter);
   }
   end_scan_meter(meter);
   return tally;
 }
 
-void scan_frames(int32_t m, const SeqRec* seqs, int32_t n, const LookupTable& table, int32_t* out_scores,
+void scan_frames(int32_t qlen, const SeqRec* seqs, int32_t n, const LookupTable& table, int32_t* out_scores,
                  const Params* p) {
-  scan_frames_by(best_instruction_set(), LaneWidth::BITS8, m, seqs, n, table, out_scores, p);
+  scan_frames_by(best_instruction_set(), LaneWidth::BITS8, qlen, seqs, n, table, out_scores, p);
 }
 
 }  // namespace zelvan

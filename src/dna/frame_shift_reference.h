@@ -10,10 +10,10 @@
 
 // Labels shared by the three kernels:
 // In     qlen, dlen: stored lengths, pads included; qlen <= MP_LEN (checked by the caller)
-//        target[1..dlen-2]: residue codes, the rows i; table[c][j], j = 1..qlen-2, the columns: score of code c at
-//        query position j, matrix units x PRECISION
-//        extend, open: penalties of a gap's further positions and of its first; shift: of a step between frames;
-//        same unit, any sign
+//        target[1..dlen-2]: residue codes, the rows
+//        table[c][j], j = 1..qlen-2, the columns: score of code c at query position j, matrix units x PRECISION
+//        open, extend: penalties of the first and of each further position of a gap, shift: of a step between
+//        frames; same unit, any sign
 // Out    best cell value >= 0, or -1 when no cell was computed
 // Ends   never: no allocation, no output, no exit
 // Exact  every vector variant returns the same integer for every input

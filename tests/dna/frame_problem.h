@@ -29,20 +29,20 @@ struct FrameProblem {
   // scores[a][b]: what column code a scores against row code b.
   FrameProblem(Codes column_codes, Codes row_codes, const Table<int32_t>& scores, const Penalties& penalties)
       : columns(stored(std::move(column_codes))), rows(stored(std::move(row_codes))), pen(penalties) {
-    table = make_table<int32_t>(scores.cols, m(), 0);
+    table = make_table<int32_t>(scores.cols, qlen(), 0);
     for (int32_t c = 0; c < scores.cols; ++c) {
-      for (int32_t j = 1; j <= m() - 2; ++j) table[c][j] = scores[columns[static_cast<std::size_t>(j)]][c];
+      for (int32_t j = 1; j <= qlen() - 2; ++j) table[c][j] = scores[columns[static_cast<std::size_t>(j)]][c];
     }
   }
-  int32_t m() const { return stored_length(columns); }
-  int32_t n() const { return stored_length(rows); }
-  int32_t affine() const { return npswli2(m(), rows.data(), n(), table, pen.ld, pen.li, pen.fs); }
-  int32_t linear() const { return npswl(m(), rows.data(), n(), table, pen.ld, pen.fs); }
+  int32_t qlen() const { return stored_length(columns); }
+  int32_t dlen() const { return stored_length(rows); }
+  int32_t affine() const { return npswli2(qlen(), rows.data(), dlen(), table, pen.ld, pen.li, pen.fs); }
+  int32_t linear() const { return npswl(qlen(), rows.data(), dlen(), table, pen.ld, pen.fs); }
 };
 
 inline std::ostream& operator<<(std::ostream& out, const FrameProblem& problem) {
-  return out << problem.m() << " x " << problem.n() << ", ld " << problem.pen.ld << " li " << problem.pen.li
-             << " fs " << problem.pen.fs;
+  return out << problem.qlen() << " x " << problem.dlen() << ", ld " << problem.pen.ld << " li "
+             << problem.pen.li << " fs " << problem.pen.fs;
 }
 
 inline FrameProblem random_frame_problem(Random& random, int32_t ncolumns, int32_t nrows,

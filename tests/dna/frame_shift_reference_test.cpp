@@ -16,18 +16,18 @@ int32_t best_by_definition(const FrameProblem& problem, bool translated_rows, in
     bool up = false, left = false;
   };
   constexpr int32_t EDGE = 3;
-  const int32_t n = problem.n(), m = problem.m();
+  const int32_t dlen = problem.dlen(), qlen = problem.qlen();
   const Penalties& pen = problem.pen;
-  std::vector<std::vector<Cell>> cells(static_cast<std::size_t>(n + EDGE),
-                                       std::vector<Cell>(static_cast<std::size_t>(m + EDGE)));
+  std::vector<std::vector<Cell>> cells(static_cast<std::size_t>(dlen + EDGE),
+                                       std::vector<Cell>(static_cast<std::size_t>(qlen + EDGE)));
   const auto cell = [&](int32_t i, int32_t j) -> Cell& {
     return cells[static_cast<std::size_t>(i + EDGE)][static_cast<std::size_t>(j + EDGE)];
   };
   const int32_t di = translated_rows ? 3 : 1;
   const int32_t dj = translated_rows ? 1 : 3;
   int32_t best = -1;
-  for (int32_t i = 1; i <= n - 2; ++i) {
-    for (int32_t j = 1; j <= m - 2; ++j) {
+  for (int32_t i = 1; i <= dlen - 2; ++i) {
+    for (int32_t j = 1; j <= qlen - 2; ++j) {
       const Cell& above = cell(i - di, j);
       const Cell& before = cell(i, j - dj);
       const int32_t score = problem.table[problem.rows[static_cast<std::size_t>(i)]][j];
@@ -52,10 +52,10 @@ int32_t scan_score(FrameProblem& problem, int32_t mode) {
   p.FS_PEN = problem.pen.fs;
   SeqRec target;
   target.seq = problem.rows.data();
-  target.len = problem.n();
+  target.len = problem.dlen();
   int32_t score = -77;
-  scan_frames_by(InstructionSet::REFERENCE, LaneWidth::BITS8, problem.m(), &target, 1, problem.table, &score,
-                 &p);
+  scan_frames_by(InstructionSet::REFERENCE, LaneWidth::BITS8, problem.qlen(), &target, 1, problem.table,
+                 &score, &p);
   return score;
 }
 

@@ -44,7 +44,7 @@ Walk walk(const FramePath& path, const FrameProblem& problem) {
 
 FramePath traced(const FrameProblem& problem, int32_t fse_pen) {
   static MoveFlags flags;  // reused from call to call
-  return trace_frames(problem.m(), problem.rows.data(), problem.n(), problem.table, problem.pen.ld,
+  return trace_frames(problem.qlen(), problem.rows.data(), problem.dlen(), problem.table, problem.pen.ld,
                       problem.pen.li, problem.pen.fs, fse_pen, flags);
 }
 
@@ -71,8 +71,8 @@ TEST(FrameShiftTraceback, EveryPathHasTheScoreOfTheKernel) {
     ASSERT_EQ(end.score, expected) << problem << " " << letters(path);
     ASSERT_GE(path.first_row, 1);
     ASSERT_GE(path.first_base, 1);
-    ASSERT_LE(end.row, problem.n() - 1);
-    ASSERT_LE(end.base, problem.m() - 1 + 2);  // the last two columns begin codons without all their bases
+    ASSERT_LE(end.row, problem.dlen() - 1);
+    ASSERT_LE(end.base, problem.qlen() - 1 + 2);  // the last two columns begin codons without all their bases
     with_shift += letters(path).find('f') != std::string::npos ? 1 : 0;
   }
   EXPECT_GT(with_shift, 500);

@@ -1,4 +1,4 @@
-// Takes the place of src/align/instruction_choice.cpp in test programs.
+// Takes the place of src/align/simd/instruction_choice.cpp in test programs.
 #include "support/forced_set.h"
 
 #include <cstdio>

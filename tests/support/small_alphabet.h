@@ -1,4 +1,5 @@
-// Small alphabets, sequences in them and random numbers, for tests of everything that works on encoded sequences.
+// Small alphabets, sequences in them and random numbers, for tests of everything that works on encoded
+// sequences.
 #pragma once
 
 #include <cstdint>
@@ -39,8 +40,8 @@ inline Params small_params(int32_t mode) {
   return p;
 }
 
-// The alphabet `letters` and the special characters, with score(query code, target code) between letters, `stop`
-// in the row and column of the stop character, 0 elsewhere.
+// The alphabet `letters` and the special characters, with score(query code, target code) between letters,
+// `stop` in the row and column of the stop character, 0 elsewhere.
 inline ScoreMatrix small_matrix(const std::string& letters,
                                 const std::function<int32_t(int32_t, int32_t)>& score, int32_t stop = 0) {
   ScoreMatrix matrix;

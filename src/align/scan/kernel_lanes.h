@@ -1,12 +1,12 @@
-// What the recurrences of the batch scans share. Included after vec_<set>.h; everything is local to the kernel
-// object, because nothing compiled here may be shared with objects for other processors.
+// What the recurrences of the batch scans share. Included after vec_<set>.h; everything is local to the
+// kernel object, because nothing compiled here may be shared with objects for other processors.
 //
 // All lanes advance together along their own database sequences. A pass walks down the query with a block of
-// database positions ("columns") side by side, so that the state of a query position is loaded and stored once
-// for the whole block. Instead of move flags, each cell hands on finished gap values: its own value less
+// database positions ("columns") side by side, so that the state of a query position is loaded and stored
+// once for the whole block. Instead of move flags, each cell hands on finished gap values: its own value less
 // extension or opening, chosen by whether it equals the gap value that arrived. Where a lane saturates at 0
-// this may take a gap for arrived that in truth was negative; what it then hands on is at most 0 either way, so
-// no cell changes.
+// this may take a gap for arrived that in truth was negative; what it then hands on is at most 0 either way,
+// so no cell changes.
 #pragma once
 
 #include "align/scan/scan_kernel.h"
@@ -84,8 +84,8 @@ struct BlockScores {
   }
 };
 
-// Runs a recurrence over the blocks of a call. SCAN::pass takes one block; its template argument tells whether
-// sequences begin with it, in the lanes of `begins`.
+// Runs a recurrence over the blocks of a call. SCAN::pass takes one block; its template argument tells
+// whether sequences begin with it, in the lanes of `begins`.
 template <class SCAN>
 void run(const KernelCall& call) {
   using V = typename SCAN::Lanes;

@@ -12,8 +12,8 @@ std::size_t chunk_columns(const KernelShape& shape) {
   return static_cast<std::size_t>(CHUNK_BLOCKS * shape.columns);
 }
 
-// Exchanges the off-diagonal parts of a pair of rows: in each group of `bytes` * 2, the upper bytes of `a` with
-// the lower ones of `b`.
+// Exchanges the off-diagonal parts of a pair of rows: in each group of `bytes` * 2, the upper bytes of `a`
+// with the lower ones of `b`.
 void exchange(uint64_t& a, uint64_t& b, int bytes, uint64_t lower) {
   const uint64_t changed = ((a >> (8 * bytes)) ^ b) & lower;
   b ^= changed;

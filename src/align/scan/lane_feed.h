@@ -1,5 +1,5 @@
-// The supply of database residues to the lanes of a vector kernel. Each lane takes the next sequence as soon as
-// its last one ends, so that lanes stay busy whatever the lengths are.
+// The supply of database residues to the lanes of a vector kernel. Each lane takes the next sequence as soon
+// as its last one ends, so that lanes stay busy whatever the lengths are.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +11,8 @@
 
 namespace zelvan {
 
-// Blocks of a full chunk. Residues are transposed by squares of 8 columns: a chunk has whole squares whatever the
-// columns of a block are.
+// Blocks of a full chunk. Residues are transposed by squares of 8 columns: a chunk has whole squares whatever
+// the columns of a block are.
 constexpr int32_t CHUNK_BLOCKS = 16;
 
 // A sequence that ended in the chunk last filled.

@@ -5,9 +5,10 @@
 
 namespace zelvan {
 
-// A negative penalty would raise the score on the pads behind a sequence. Only lanes of 32 bits take one, and one
-// column at a time they need no pads.
-constexpr Recurrence LOCAL_RECURRENCE = {4, 1, 2, true};
+// A negative penalty would raise the score on the pads behind a sequence. Only lanes of 32 bits take one, and
+// one column at a time they need no pads.
+constexpr Recurrence LOCAL_RECURRENCE = {
+    .columns = 4, .columns32 = 1, .state_vectors = 2, .direct_narrow = true};
 
 // One entry per instruction set. Returns the set that the object was compiled for.
 InstructionSet run_local_kernel_portable(const KernelCall& call);

@@ -1,4 +1,5 @@
-// The recurrence of protein against protein: swl, swli, swlv, swliv. Included by kernel objects after their lanes.
+// The recurrence of protein against protein: swl, swli, swlv, swliv. Included by kernel objects behind
+// their lanes.
 #pragma once
 
 #include "align/scan/kernel_lanes.h"

@@ -2,9 +2,9 @@
 // Everything here is plain data, because kernel objects are compiled for instruction sets that the rest of
 // the program must not contain.
 //
-// Narrow lanes saturate: their smallest value stands for score 0, so that the floor of the local alignment costs
-// nothing, and a best score at their largest value betrays overflow. Lanes of 32 bits hold scores as they are and
-// take penalties of any sign.
+// Narrow lanes saturate: their smallest value stands for score 0, so that the floor of the local alignment
+// costs nothing, and a best score at their largest value betrays overflow. Lanes of 32 bits hold scores as
+// they are and take penalties of any sign.
 #pragma once
 
 #include <cstdint>

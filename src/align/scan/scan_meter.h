@@ -21,8 +21,8 @@ struct ScanMeter {
   std::size_t width = 0;  // of the line that stands on the terminal
 };
 
-// start_scan_meter - a meter for n sequences against so many query positions: a silent one when VERBOSE is 0 or
-// std_err is no terminal, so that nothing of it reaches a file or a pipe.
+// start_scan_meter - a meter for n sequences against so many query positions: a silent one when VERBOSE is 0
+// or std_err is no terminal, so that nothing of it reaches a file or a pipe.
 ScanMeter start_scan_meter(int32_t positions, const SeqRec* seqs, int32_t n, const Params* p);
 
 // scanned, scan_again - the sequence has its score; it needs another pass with wider lanes.

@@ -4,20 +4,12 @@
 #include "align/simd/instruction_set.h"
 
 namespace zelvan {
-namespace {
 
-InstructionSet find_best() {
+InstructionSet best_instruction_set() {
   for (const InstructionSet set : {InstructionSet::AVX512, InstructionSet::AVX2, InstructionSet::SSE41}) {
     if (is_usable(set)) return set;
   }
   return InstructionSet::PORTABLE;
-}
-
-}  // namespace
-
-InstructionSet best_instruction_set() {
-  static const InstructionSet best = find_best();
-  return best;
 }
 
 }  // namespace zelvan

@@ -1,5 +1,5 @@
-// The instruction sets that the vector kernels are compiled for. Plain data and declarations only, because kernel
-// objects include it.
+// The instruction sets that the vector kernels are compiled for. Plain data and declarations only, because
+// kernel objects include it.
 #pragma once
 
 #include <cstdint>
@@ -27,7 +27,7 @@ constexpr int32_t ROW_CODES = 32;
 // is_usable - whether processor and operating system both support the set.
 bool is_usable(InstructionSet set);
 
-// best_instruction_set - the last usable one; found once and kept.
+// best_instruction_set - the last usable one.
 InstructionSet best_instruction_set();
 
 const char* instruction_set_name(InstructionSet set);

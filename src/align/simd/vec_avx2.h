@@ -1,4 +1,4 @@
-// AVX2 registers as lanes of 8, 16 and 32 bits. Included by one kernel object only; everything is local to it.
+// AVX2 registers as lanes of 8, 16 and 32 bits. Included by kernel objects only, to which all is local.
 #pragma once
 
 #include <immintrin.h>
@@ -126,7 +126,7 @@ inline Register interleave_upper(Register a, Register b) {
 inline Register load_table(const uint8_t* from) {
   return _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(from)));
 }
-// The codes of two columns of 16 lanes, in the order that interleaving, which works in halves, turns into lanes.
+// The codes of two columns of 16 lanes, in the order from which interleaving, half by half, makes lanes.
 inline Register load_column_pair(const uint8_t* residues) {
   const __m128i* columns = reinterpret_cast<const __m128i*>(residues);
   const __m128i first = _mm_load_si128(columns);

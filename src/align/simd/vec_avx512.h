@@ -1,5 +1,5 @@
-// AVX-512 registers (with the byte and word instructions) as lanes of 8, 16 and 32 bits. Included by one kernel
-// object only; everything is local to it.
+// AVX-512 registers (with the byte and word instructions) as lanes of 8, 16 and 32 bits. Included by
+// kernel objects only, to which all is local.
 #pragma once
 
 #include <immintrin.h>

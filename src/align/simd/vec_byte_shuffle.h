@@ -1,5 +1,5 @@
-// What SSE4.1 and AVX2 share: masks, and scores looked up by byte shuffles. Included behind the lanes of either;
-// everything is local to the kernel object.
+// What SSE4.1 and AVX2 share: masks, and scores looked up by byte shuffles. Included behind the lanes of
+// either; everything is local to the kernel object.
 #pragma once
 
 #include <cstdint>
@@ -17,10 +17,11 @@ V masked(Register mask, V a) {
   return {and_bits(mask, a.v)};
 }
 
-// One of two vectors in every lane, chosen again and again: logic takes fewer steps than a blend on most processors.
+// One of two vectors in every lane, chosen again and again. On most processors logic takes fewer steps than a
+// blend.
 template <class V>
 struct Choice {
-  V clear, change;
+  V clear, difference;
 };
 template <class V>
 Choice<V> choice_of(V where_set, V where_clear) {
@@ -28,7 +29,7 @@ Choice<V> choice_of(V where_set, V where_clear) {
 }
 template <class V>
 V choose(Register mask, const Choice<V>& choice) {
-  return {xor_bits(choice.clear.v, and_bits(mask, choice.change.v))};
+  return {xor_bits(choice.clear.v, and_bits(mask, choice.difference.v))};
 }
 
 // The residues of some columns, made ready for look-ups in a score row.

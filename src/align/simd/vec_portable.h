@@ -1,7 +1,8 @@
-// Lanes of 16 and 32 bits in the compiler's own vector types, for processors without one of the other sets.
-// These types have no saturating arithmetic, so that score 0 is held as 0 and the lanes of 16 bits are trusted
-// only up to the largest value less the highest score. Lanes of 8 bits would overflow too soon to be of use.
-// Everything is local to the kernel object that includes this.
+// Lanes of 16 and 32 bits in the compiler's own vector types, for processors without one of the other sets. What
+// is defined here every vec_<set>.h defines, and lanes of 8 bits besides: here they would overflow too soon to
+// be of use, because these types have no saturating arithmetic. Score 0 is held as 0 and the lanes of 16 bits
+// are trusted only up to the largest value less the highest score. Included by kernel objects only, to which
+// all is local.
 #pragma once
 
 #include <cstring>
@@ -81,7 +82,7 @@ V masked(typename V::Mask mask, V a) {
 // One of two vectors in every lane, chosen again and again.
 template <class V>
 struct Choice {
-  V clear, change;
+  V clear, difference;
 };
 template <class V>
 Choice<V> choice_of(V where_set, V where_clear) {
@@ -89,7 +90,7 @@ Choice<V> choice_of(V where_set, V where_clear) {
 }
 template <class V>
 V choose(typename V::Mask mask, const Choice<V>& choice) {
-  return {choice.clear.v ^ (mask & choice.change.v)};
+  return {choice.clear.v ^ (mask & choice.difference.v)};
 }
 
 // Every lane moves up by one; the last lane of `below` comes in.

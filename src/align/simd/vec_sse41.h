@@ -1,4 +1,4 @@
-// SSE4.1 registers as lanes of 8, 16 and 32 bits. Included by one kernel object only; everything is local to it.
+// SSE4.1 registers as lanes of 8, 16 and 32 bits. Included by kernel objects only, to which all is local.
 #pragma once
 
 #include <immintrin.h>

@@ -1,21 +1,21 @@
-// The contract between the sweep that fills move flags and its vector kernels. Plain data only: kernel objects
-// are compiled for instruction sets that the rest of the program must not contain.
+// The contract between the sweep that fills move flags and its vector kernels. Plain data only: kernel
+// objects are compiled for instruction sets that the rest of the program must not contain.
 #pragma once
 
 #include <cstdint>
 
 namespace zelvan {
 
-// Successive target positions that one call works out side by side: the cells of a vector lie one query position
-// and one target position apart, so that none waits for another.
+// Successive target positions that one call works out side by side: the cells of a vector lie one query
+// position and one target position apart, so that none waits for another.
 constexpr int32_t FLAG_ROWS = 16;
 
 struct FlagBlock {
   int32_t positions;  // query residues
   // Score rows of the target positions, read at 1..positions. All entries FORBIDDEN behind the last one.
   const int32_t* scores[FLAG_ROWS];
-  // Penalties (none negative) in reverse: extend[-i] is that of query position i. Readable, and not negative, at
-  // -(positions + FLAG_ROWS + 1) .. 2 * FLAG_ROWS.
+  // Penalties (none negative) in reverse: extend[-i] is that of query position i. Readable, and not negative,
+  // at -(positions + FLAG_ROWS + 1) .. 2 * FLAG_ROWS.
   const int32_t* extend;
   const int32_t* open;
   // Cells of the row above the block, and their values less a gap from there, [0 .. positions + FLAG_ROWS],

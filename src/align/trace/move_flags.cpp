@@ -22,7 +22,8 @@ void note_row(FlagSweep& sweep, int32_t row, int32_t row_best, int32_t threshold
 FlagSweep sweep_rows(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
                      const GapRows& gaps, int32_t threshold, MoveFlags& out_flags) {
   FlagSweep sweep;
-  // The cells of the row above, overwritten in place by the row's own, and their values less a gap from there.
+  // The cells of the row above, overwritten in place by the row's own, and their values less a gap from
+  // there.
   UTvector<int32_t> value_row(static_cast<std::size_t>(qlen), 0);
   UTvector<int32_t> gap_row(static_cast<std::size_t>(qlen), 0);
   UTvector<int32_t> row_above;
@@ -71,7 +72,8 @@ void run_flag_kernel(InstructionSet set, const FlagBlock& block) {
   }
 }
 
-// The penalties in the order and with the margins that kernels read them; `out_origin` stands before position 1.
+// The penalties in the order and with the margins that kernels read them; `out_origin` stands before position
+// 1.
 UTvector<int32_t> reversed(const int32_t* penalties, int32_t positions, const int32_t*& out_origin) {
   const int32_t before = positions + FLAG_ROWS + 1;
   UTvector<int32_t> row(static_cast<std::size_t>(before + 2 * FLAG_ROWS + 1), 0);
