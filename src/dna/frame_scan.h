@@ -13,7 +13,8 @@ namespace zelvan {
 
 // scan_frames - the score of every database sequence against the table, by the kernel of p->MODE with LD_PEN,
 //        LI_PEN and FS_PEN: nswli for the modes 10 and 12, npswl for 20, npswli2 for 22.
-// In     qlen: stored query length, 2..MP_LEN; seqs[0..n-1]: encoded (modes 10 and 12: translated, then encoded)
+// In     qlen: stored query length, 2..MP_LEN
+//        seqs[0..n-1]: encoded (modes 10 and 12: translated, then encoded)
 // Out    out_scores[0..n-1], matrix units x PRECISION; -1 where no cell is computed. Any other mode leaves
 //        them as they are. A long scan tells on a terminal how far it is (scan_meter.h)
 // Exact  each score is the integer that the scalar kernel gives
