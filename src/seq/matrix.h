@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "driver/params.h"
+#include "seq/sequence.h"
 #include "util/memory.h"
 #include "util/table.h"
 

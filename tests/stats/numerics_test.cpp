@@ -21,12 +21,12 @@ Vector one_based(std::initializer_list<double> values) {
   return v;
 }
 
-// A matrix with rows 1..rows and columns 1..columns, all zero.
+// A matrix with rows 1..rows and columns 1..columns, as unset as fresh memory.
 struct SmallMatrix {
   std::vector<Vector> elements;
   std::vector<double*> handles;
 
-  SmallMatrix(std::size_t rows, std::size_t columns) : elements(rows + 1, Vector(columns + 1)) {
+  SmallMatrix(std::size_t rows, std::size_t columns) : elements(rows + 1, Vector(columns + 1, 9.0)) {
     for (Vector& row : elements) handles.push_back(row.data());
   }
   double** get() { return handles.data(); }
@@ -83,7 +83,7 @@ TEST(Gaussj, InvertsAndSolvesRandomSystems) {
   }
 }
 
-// By hand: slope 0.8, intercept 0.6. The fits of a slope alone are below.
+// By hand: slope 0.8, intercept 0.6; with the intercept held at 1 a slope of 38/55.
 TEST(Lfit, GivesTheLeastSquaresLineAndItsCovariance) {
   const auto x = one_based({1, 2, 3, 4, 5}), y = one_based({1, 3, 2, 5, 4}), sigma = Vector(6, 0.5);
   auto a = one_based({9, 9});
@@ -96,6 +96,14 @@ TEST(Lfit, GivesTheLeastSquaresLineAndItsCovariance) {
   EXPECT_NEAR(chisq, 3.6 / 0.25, 1e-12);
   EXPECT_NEAR(covar.get()[1][1], 0.25 * 1.1, 1e-12);
   EXPECT_NEAR(covar.get()[2][2], 0.25 / 10, 1e-12);
+
+  const int slope_only[3] = {0, 0, 1};
+  a[1] = 1;
+  ASSERT_EQ(lfit(x.data(), y.data(), sigma.data(), 5, a.data(), slope_only, 2, covar.get(), &chisq, funcs),
+            0);
+  EXPECT_EQ(a[1], 1);
+  EXPECT_NEAR(a[2], 38.0 / 55, 1e-12);
+  EXPECT_NEAR(chisq, (30 - 38 * 38 / 55.0) / 0.25, 1e-12);
 }
 
 // A fit of fexp1 to exact data, step by step.
@@ -132,11 +140,38 @@ TEST(Mrqmin, EveryFitStartsAfreshAndHoldsWhatItShould) {
   EXPECT_EQ(fit.a[2], 5) << "held";
   EXPECT_NEAR(fit.a[3], 3, 1e-6);
   EXPECT_GT(fit.covar.elements[1][1], 0);
-  EXPECT_EQ(fit.covar.elements[2], Vector(4));
   EXPECT_NE(fit.covar.elements[1][3], 0);
+  for (std::size_t j = 1; j <= 3; ++j) {
+    EXPECT_EQ(fit.covar.elements[2][j], 0) << j;
+    EXPECT_EQ(fit.covar.elements[j][2], 0) << j;
+  }
 }
 
-// From the usual start; what is no number ends with a code.
+TEST(FitUntilQuiet, ConvergesUnlessItsStepsAreUsedUp) {
+  for (const int max_steps : {2, 100}) {
+    Exponential data({0, 1, 1});
+    const int ia[4] = {0, 1, 1, 1};
+    MarquardtFit fit = {.model = fexp1,
+                        .x = data.x.data(),
+                        .y = data.y.data(),
+                        .sig = data.sigma.data(),
+                        .ndata = 7,
+                        .a = data.a.data(),
+                        .ia = ia,
+                        .ma = 3,
+                        .covar = data.covar.get(),
+                        .alpha = data.alpha.get()};
+    int announced = 0;
+    const StoppingRule rule = {.tolerance = 1e-9, .quiet_steps = 3, .max_steps = max_steps};
+    ASSERT_EQ(fit_until_quiet(fit, rule, [&] { ++announced; }), 0);
+    EXPECT_EQ(announced, fit.steps);
+    EXPECT_EQ(fit.converged, max_steps == 100);
+    EXPECT_EQ(fit.steps == 2, max_steps == 2);
+    EXPECT_EQ(std::fabs(data.a[3] - 3) < 1e-4, fit.converged);
+  }
+}
+
+// From the usual start; NaN ends with a code.
 TEST(ExpfitPARAMA, RecoversTheCurve) {
   const auto tenths = one_based({90, 95, 100, 105, 110, 115, 120});
   const auto curve = [&tenths](const Vector& a, std::size_t i) {

@@ -22,9 +22,13 @@ TEST(RangeFit, FollowsTheFrequenciesOfTheRange) {
     range.count += counts[s];
   }
   RangeFit fit;
-  EXPECT_EQ(fit_range(range_frequencies(table, range, fit), fit), 0);
-  EXPECT_NEAR(fit.u, 35, 1e-4);
-  EXPECT_NEAR(fit.beta, 5, 1e-4);
+  const FrequencyTable frequencies = range_frequencies(table, range, fit);
+  for (const double start : {fit.beta, -fit.beta}) {  // a step may lead below 0
+    fit.beta = start;
+    EXPECT_EQ(fit_range(frequencies, fit), 0) << start;
+    EXPECT_NEAR(fit.u, 35, 1e-4) << start;
+    EXPECT_NEAR(fit.beta, 5, 1e-4) << start;
+  }
 
   std::fill(counts, counts + 150, 0);
   counts[30] = range.count = 500;
