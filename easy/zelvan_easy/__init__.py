@@ -1,0 +1,1 @@
+"""What stands around zelvan: reading its reports, converting them, and running many searches."""
