@@ -8,15 +8,19 @@ install(DIRECTORY data/matrices data/codons examples DESTINATION ${ZELVAN_SHARE}
 install(FILES data/config/zelvan_alias.dat data/config/zelvan_gapdefs.dat DESTINATION ${ZELVAN_SHARE}/config)
 install(FILES packaging/zelvan.bash DESTINATION ${ZELVAN_COMPLETIONS} RENAME zelvan)
 
-# Filters stay beside their shared modules, where Python looks for them; links make them commands.
+# Commands written in Python find their package relative to themselves, wherever the prefix is moved to.
+install(PROGRAMS filters/zelvan2tsv filters/zelvan2json filters/zelvan2msa filters/zelvan2a3m filters/zelvan2pssm
+        DESTINATION ${CMAKE_INSTALL_BINDIR})
 file(RELATIVE_PATH to_filters ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/zelvan/filters)
-foreach(filter zelvan2tsv zelvan2a3m zelvan2html)
+foreach(filter zelvan2html)
   install(PROGRAMS filters/${filter} DESTINATION ${ZELVAN_SHARE}/filters)
   file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/links)
   file(CREATE_LINK ${to_filters}/${filter} ${PROJECT_BINARY_DIR}/links/${filter} SYMBOLIC)
   install(FILES ${PROJECT_BINARY_DIR}/links/${filter} DESTINATION ${CMAKE_INSTALL_BINDIR})
 endforeach()
 install(FILES filters/zelvan_report.py filters/zelvan_charts.py DESTINATION ${ZELVAN_SHARE}/filters)
+install(DIRECTORY easy/zelvan_easy DESTINATION lib/zelvan/python PATTERN __pycache__ EXCLUDE)
+install(FILES doc/zelvan_report.schema.json DESTINATION ${ZELVAN_SHARE})
 
 install(PROGRAMS workflows/zelvan_split_queries workflows/zelvan_search_query DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES workflows/Snakefile workflows/config.yaml workflows/README.md DESTINATION ${ZELVAN_SHARE}/workflows)
@@ -71,7 +75,7 @@ set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3 (>= 3.10), parallel, snakemake")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3 (>= 3.9), python3-jinja2, parallel, snakemake")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/conffiles)
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/profile.cmake)
 find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)

@@ -7,7 +7,7 @@ import math
 import re
 
 from zelvan_easy.formats import printable
-from zelvan_easy.formats.table import rows_of
+from zelvan_easy.formats.table import COLUMNS, rows_of
 from zelvan_easy.report import GAP
 
 FORMAT, FORMAT_VERSION = "zelvan-report", 1
@@ -154,12 +154,11 @@ def _hit_record(rows):
     first = rows[0]
     hit, found = first.hit, first.found
     aligned = [row for row in rows if row.alignment]
-    titles = (hit.title if hit else "", found.title if found else "")
     return {
         "rank": hit.rank if hit else found.rank,
         "target": printable(found.target if found else hit.target),
-        "title": printable(max(titles, key=len)),
-        **_present(length=found.target_length if found else hit.length),
+        "title": printable(COLUMNS["stitle"].value(first)),
+        **_present(length=COLUMNS["slen"].value(first)),
         "score": hit.score if hit else aligned[0].alignment.score,
         "standardised": _finite(hit.standardised) if hit else None,
         "significance": _finite(hit.significance if hit else aligned[0].alignment.significance),
@@ -169,10 +168,10 @@ def _hit_record(rows):
 
 
 def _hits(report, iteration):
-    """The records of all hits: those with alignments in their order, then those without."""
+    """The records of all hits."""
     gathered = []
     for row in rows_of(report, iteration.number, unaligned=True):
-        if gathered and (row.alignment is None or gathered[0].found is not row.found):
+        if gathered and (row.found is None or gathered[0].found is not row.found):
             yield _hit_record(gathered)
             gathered = []
         gathered.append(row)

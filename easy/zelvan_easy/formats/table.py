@@ -116,6 +116,11 @@ def _strand(row):
     return "plus" if row.alignment.query_start <= row.alignment.query_end else "minus"
 
 
+def _target_length(row):
+    length = row.found.target_length if row.found else None
+    return row.hit.length if length is None and row.hit else length
+
+
 def _rank(row):
     return row.found.rank if row.found else row.hit.rank
 
@@ -139,7 +144,7 @@ COLUMNS = {
     "evalue": Column("evalue", lambda r: (r.alignment or r.hit).significance, ".3g"),
     "bitscore": Column("bit score", lambda r: r.bits, ".1f"),
     "qlen": Column("query length", lambda r: r.iteration.query_length),
-    "slen": Column("subject length", lambda r: r.found.target_length if r.found else r.hit.length),
+    "slen": Column("subject length", _target_length),
     "qcovs": Column("% query coverage per subject", _covered, ".0f", True),
     "qcovhsp": Column("% query coverage per hsp",
                       lambda r: _percent(_span(r.alignment.query_start, r.alignment.query_end), r.found.query_length),
@@ -192,10 +197,10 @@ def _rows_of(iteration, unaligned):
     scale, by_name, aligned = Scale(iteration), {}, set()
     for found in iteration.aligned():
         hit = _hit_of(found, iteration.hits, by_name)
-        if not found.alignments:
-            continue
         if hit and unaligned:
             aligned.add(hit.rank)
+            if not found.alignments:
+                yield Row(iteration, found, hit, None, scale.bits(hit.significance, hit.standardised))
         standardised = None
         for number, alignment in enumerate(found.alignments):
             if alignment.significance is not None and alignment.significance < 1e-300 and standardised is None:
