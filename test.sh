@@ -12,6 +12,10 @@ need_tools "g++ g++" "cmake cmake" "ninja ninja-build" "python3 python3" \
 for tool in parallel snakemake hmmbuild:hmmer psiblast:ncbi-blast+ hhmake:hhsuite mmseqs:mmseqs2 chromium; do
   have "${tool%:*}" || echo "Package ${tool#*:} is not installed: the tests that use it are skipped"
 done
+# Pages are checked for accessibility by axe-core; without it that test is skipped.
+if have npm && [ ! -d build/npm/node_modules/axe-core ]; then
+  npm install --silent --no-save --no-audit --no-fund --prefix build/npm axe-core@4.10 >/dev/null 2>&1 || true
+fi
 
 run_preset() {
   echo "== $1 build"

@@ -10,15 +10,8 @@ install(FILES packaging/zelvan.bash DESTINATION ${ZELVAN_COMPLETIONS} RENAME zel
 
 # Commands written in Python find their package relative to themselves, wherever the prefix is moved to.
 install(PROGRAMS filters/zelvan2tsv filters/zelvan2json filters/zelvan2msa filters/zelvan2a3m filters/zelvan2pssm
+                 filters/zelvan2html
         DESTINATION ${CMAKE_INSTALL_BINDIR})
-file(RELATIVE_PATH to_filters ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_DATADIR}/zelvan/filters)
-foreach(filter zelvan2html)
-  install(PROGRAMS filters/${filter} DESTINATION ${ZELVAN_SHARE}/filters)
-  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/links)
-  file(CREATE_LINK ${to_filters}/${filter} ${PROJECT_BINARY_DIR}/links/${filter} SYMBOLIC)
-  install(FILES ${PROJECT_BINARY_DIR}/links/${filter} DESTINATION ${CMAKE_INSTALL_BINDIR})
-endforeach()
-install(FILES filters/zelvan_report.py filters/zelvan_charts.py DESTINATION ${ZELVAN_SHARE}/filters)
 install(DIRECTORY easy/zelvan_easy DESTINATION lib/zelvan/python PATTERN __pycache__ EXCLUDE)
 install(FILES doc/zelvan_report.schema.json DESTINATION ${ZELVAN_SHARE})
 

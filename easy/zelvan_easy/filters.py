@@ -3,10 +3,13 @@
 from __future__ import annotations
 
 import argparse
+import contextlib
 import importlib.util
 import io
 import os
+import pathlib
 import sys
+import urllib.parse
 
 from zelvan_easy.report import ReportError, open_report
 
@@ -188,3 +191,68 @@ def _zelvan2pssm():
     chosen = parser.parse_args()
     with chosen_report(chosen) as report:
         pssm.write_pssm(report, sys.stdout, chosen.iteration, chosen.query, lambda text: warn("zelvan2pssm", text))
+
+
+# ---- zelvan2html
+
+
+def zelvan2html():
+    run("zelvan2html", _zelvan2html)
+
+
+def _zelvan2html():
+    parser = command("zelvan2html", "Writes a ZELVAN report as one self-contained page. With VERBOSE 1000 in the search, "
+                     "it also shows how the scores of all sequences are distributed.")  # fmt: skip
+    iteration_option(parser)
+    parser.add_argument("-a", "--alignments", type=int, default=250, metavar="N",
+                        help="most alignments shown one by one (default: 250)")  # fmt: skip
+    parser.add_argument("more", nargs="*", metavar="REPORT", help=argparse.SUPPRESS)
+    parser.add_argument("-d", "--directory", metavar="DIR", help="write a page for each of any number of reports into "
+                        "this directory, and index.html, which leads to them")  # fmt: skip
+    chosen = parser.parse_args()
+    need(jinja2="python3-jinja2")
+    from zelvan_easy import page
+
+    if chosen.directory:
+        write_pages(page, [chosen.report, *chosen.more] if chosen.report else [], chosen)
+        return
+    if chosen.more:
+        raise ReportError("one report at a time, or -d DIR for a directory of pages")
+    with chosen_report(chosen) as report:
+        page.write_page(report, sys.stdout, chosen.iteration, max(0, chosen.alignments))
+
+
+def write_pages(page, paths, chosen):
+    """A page for each report, named as the report is, and the index. Reports that cannot be read are told at the end."""
+    directory, entries, failed = pathlib.Path(chosen.directory), [], []
+    if not paths:
+        raise ReportError("no reports are named")
+    directory.mkdir(parents=True, exist_ok=True)
+    names = set()
+    for path in paths:
+        name = base = pathlib.Path(path).name.rsplit(".", 1)[0] or "report"
+        while name in names or name == "index":
+            name = f"{base}_{len(names)}"
+        names.add(name)
+        try:
+            with open_report(path) as report, _replacing(directory / f"{name}.html") as out:
+                entries.append((page.write_page(report, out, chosen.iteration, max(0, chosen.alignments)),
+                                urllib.parse.quote(f"{name}.html")))  # fmt: skip
+        except ReportError as problem:
+            failed.append(f"{path}: {problem}")
+    with _replacing(directory / "index.html") as out:
+        page.write_index(entries, out)
+    if failed:
+        raise ReportError("; ".join(failed))
+
+
+@contextlib.contextmanager
+def _replacing(path):
+    """A text stream to a file that gets its name only when it is complete."""
+    part = path.with_name(path.name + ".part")
+    try:
+        with open(part, "w", encoding="utf-8", errors="replace") as out:
+            yield out
+        part.replace(path)
+    finally:
+        part.unlink(missing_ok=True)

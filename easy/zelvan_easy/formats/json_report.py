@@ -167,8 +167,11 @@ def _hit_record(rows):
     }
 
 
-def _hits(report, iteration):
+def _hits(report, iteration, alignments):
     """The records of all hits."""
+    if not alignments:
+        yield from (_hit_record([row]) for row in rows_of(report, iteration.number, hits=True))
+        return
     gathered = []
     for row in rows_of(report, iteration.number, unaligned=True):
         if gathered and (row.found is None or gathered[0].found is not row.found):
@@ -187,7 +190,7 @@ def _write_list(out, name, records):
     out.write("]")
 
 
-def _write_iteration(report, iteration, out):
+def _write_iteration(report, iteration, out, alignments):
     profile, counts = iteration.profile, iteration.counts
     head = {
         "number": iteration.number,
@@ -200,7 +203,7 @@ def _write_iteration(report, iteration, out):
     out.write(_encode(head)[:-1])
     _write_list(out, "appeared", map(_changed, iteration.appeared))
     _write_list(out, "dropped", map(_changed, iteration.dropped))
-    _write_list(out, "hits", _hits(report, iteration))
+    _write_list(out, "hits", _hits(report, iteration, alignments))
     scores = iteration.scores
     first = next(scores, None)
     if first is not None:
@@ -208,13 +211,13 @@ def _write_iteration(report, iteration, out):
     out.write("}")
 
 
-def write_json(report, out, iteration=None):
-    """Writes the report, or only the iteration of that number, to a text stream."""
+def write_json(report, out, iteration=None, alignments=True):
+    """Writes the report, or only the iteration of that number, to a text stream; hits without alignments if so asked."""
     chosen = report.iterations if iteration is None else [report.iteration(iteration)]
     out.write(f'{{"format":"{FORMAT}","format_version":{FORMAT_VERSION},\n"run":')
     out.write(printable(_encode(run_record(report))))
     out.write(',\n"iterations":[')
     for number, one in enumerate(chosen):
         out.write(",\n" if number else "\n")
-        _write_iteration(report, one, out)
+        _write_iteration(report, one, out, alignments)
     out.write("]}\n")

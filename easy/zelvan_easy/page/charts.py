@@ -1,15 +1,18 @@
-"""The drawings of zelvan2html, as SVG text: what the statistics of a search expected and what it found."""
+"""The drawings of a page, as SVG text: what the statistics of a search expected and what it found.
+
+lengths: target length and score of each aligned hit by its rank.
+"""
+
+from __future__ import annotations
 
 import math
 from dataclasses import dataclass
 
+from markupsafe import Markup, escape
+
 WIDTH, HEIGHT = 640, 300
 LEFT, RIGHT, TOP, BOTTOM = 56, 16, 14, 46
 CERTAIN_TO_COME = 5  # so many expected hits do not all stay away by chance (1 % of the time they would)
-
-
-def escape(text):
-    return str(text).replace("&", "&amp;").replace("<", "&lt;").replace(">", "&gt;").replace('"', "&quot;")
 
 
 @dataclass
@@ -124,13 +127,9 @@ def significance_histogram(iteration):
     return frame(x, y, "E-value", "hits", description, content, marks)
 
 
-def score_by_length(iteration, query_length):
+def score_by_length(iteration, everything, lengths, query_length):
     """Scores of the aligned hits (or of all sequences) over their lengths, with the fitted location."""
-    best = {}
-    for alignment in iteration.alignments:
-        best.setdefault(alignment.target, (alignment.target_length, alignment.score))
-    hits = sorted(best.values())
-    everything = [(n, s) for n, s in iteration.scores if n > 0]
+    hits = sorted(set(lengths.values()))
     if not iteration.location or not (hits or everything):
         return ""
     points = hits + everything
@@ -138,17 +137,17 @@ def score_by_length(iteration, query_length):
     x = horizontal(min(n for n, _ in points) * 0.9, max(n for n, _ in points) * 1.1, True)
     y = vertical(0, max(s for _, s in points) * 1.05)
     content = [f'<circle class="chance-dot" cx="{x(n):.1f}" cy="{y(s):.1f}" r="1.3"/>' for n, s in shown]
-    content += [f'<circle class="dot" cx="{x(n):.1f}" cy="{y(s):.1f}" r="3"/>' for n, s in hits]
-    lengths = [math.exp(math.log(x.low) + i / 80 * math.log(x.high / x.low)) for i in range(81)]
+    content += [f'<circle class="dot" cx="{x(n):.1f}" cy="{y(s):.1f}" r="3"/>' for n, s in hits[:: max(1, len(hits) // 3000)]]
+    grid = [math.exp(math.log(x.low) + i / 80 * math.log(x.high / x.low)) for i in range(81)]
 
     def line(score):
-        return [(x(n), y(max(0, score(n)))) for n in lengths]
+        return [(x(n), y(max(0, score(n)))) for n in grid]
 
     def expected(n):
         return location(iteration.location, math.log(query_length * n))
 
     content.append(curve("chance", line(expected), "fitted score of unrelated sequences"))
-    reach = score_reaching(iteration, query_length)
+    reach = score_reaching(iteration, lengths, query_length)
     for css, cutoff in (("listed", iteration.cutoff), ("profile", iteration.profile_cutoff)):
         if reach and cutoff:
             name = f"score that reaches {iteration.significance_name} {cutoff:g}"
@@ -157,14 +156,13 @@ def score_by_length(iteration, query_length):
     return frame(x, y, "target length, residues", "score", description, content)
 
 
-def score_reaching(iteration, query_length):
+def score_reaching(iteration, lengths, query_length):
     """A function of target length and significance: the score needed. The report does not name PROB_TYPE; what
     its hits were multiplied with (a constant, or one that falls with length) tells it."""
-    lengths = {a.target: a.target_length for a in iteration.alignments}
     factors = [
-        (h.significance * math.exp(h.standardised), lengths[h.target])
+        (h.significance * math.exp(h.standardised), lengths[h.rank][0])
         for h in iteration.hits
-        if h.target in lengths and h.significance and h.standardised < 500
+        if h.rank in lengths and h.significance and h.standardised < 500
     ]
     if not factors:
         return None
@@ -181,11 +179,11 @@ def score_reaching(iteration, query_length):
     return score
 
 
-def score_distribution(iteration, query_length):
+def score_distribution(iteration, everything, query_length):
     """Standardised scores of all sequences beside the extreme-value density; only if the report dumped them."""
-    values = [standardised(iteration, query_length, n, s) for n, s in iteration.scores if n > 0]
-    if not values or not iteration.location:
+    if not everything or not iteration.location:
         return ""
+    values = [standardised(iteration, query_length, n, s) for n, s in everything]
     width, low, high = 0.5, -4, 12
     bins = [0] * int((high - low) / width)
     for value in values:
@@ -205,3 +203,21 @@ def score_distribution(iteration, query_length):
     content.append(curve("chance", middle, "extreme-value distribution"))
     description = "Standardised scores of all sequences beside the fitted distribution"
     return frame(x, y, "standardised score (first and last class: all beyond)", "sequences", description, content)
+
+
+def figures(iteration, lengths, query_length):
+    """(drawing, caption) of everything that the report allows to draw."""
+    everything = [(n, s) for n, s in iteration.scores if n > 0]
+    drawings = [
+        (score_distribution(iteration, everything, query_length),
+         "All sequences searched by standardised score x (bars), and the extreme-value distribution that unrelated "
+         "sequences follow (line). Relatives stand beyond its right end. The limits of the scale at very short and very "
+         "long sequences are not in the report and not taken into account."),
+        (significance_histogram(iteration),
+         "Hits by E-value, the most significant at the left (bars), and the number that chance brings to each class "
+         "(red lines). Bars above the lines are relatives, or sequences that resemble the query by composition."),
+        (score_by_length(iteration, everything, lengths, query_length),
+         "Score and length of the aligned hits (dots), the score that the fit expects of an unrelated sequence (red "
+         "line), and the scores that reach the cut-off for the list (dashed) and for the profile (dotted)."),
+    ]  # fmt: skip
+    return [(Markup(drawing), caption) for drawing, caption in drawings if drawing]
