@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Builds ZELVAN and shows its main jobs on real sequences: a search with a small GTPase over a sample of 4,000 UniProt
-# sequences, the same from a binary database, three iterations with a profile, and a DNA query with a frame shift.
+# Builds ZELVAN and shows its main jobs on real sequences: a search with several queries over a sample of 4,000 UniProt
+# sequences, then the engine alone: one query, the same from a binary database, three iterations with a profile, and a
+# DNA query with a frame shift.
 set -euo pipefail
 cd "$(dirname "$0")"
 . scripts/setup.sh
-need_tools "g++ g++" "cmake cmake" "ninja ninja-build"
+need_tools "g++ g++" "cmake cmake" "ninja ninja-build" "python3 python3" "${easy_packages[@]}"
 
 echo "== Building"
 cmake --preset release -DZELVAN_TESTS=OFF >/dev/null
@@ -15,7 +16,14 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 echo
-echo "== One pass of EngB, a small GTPase, over 4,000 sequences"
+echo "== Three queries, one of them DNA, against 4,000 sequences; the same command again would go on where this one stopped"
+cat examples/engb.fasta examples/mvk.fasta examples/engb_dna.fasta >"$work/queries.fasta"
+build/release/zelvan-easy search "$work/queries.fasta" examples/uniprot_sample.fasta --cache "$work/cache" --out "$work/results"
+echo "The best hits of the DNA, in $work/results/hits.tsv:"
+grep '^engb_dna' "$work/results/hits.tsv" | head -3
+
+echo
+echo "== The engine itself: one pass of EngB, a small GTPase, over 4,000 sequences"
 "$zelvan" -s examples/engb.fasta -d examples/uniprot_sample.fasta -mode 202 -niter 1 -show_titles 1 \
   -aprint_to_threshold 0 -max_aout 0 | sed -n '1,/^# End_Scores/p'
 

@@ -7,9 +7,9 @@ set -euo pipefail
 cd "$(dirname "$0")"
 . scripts/setup.sh
 need_tools "g++ g++" "cmake cmake" "ninja ninja-build" "python3 python3" \
-  "/usr/include/gtest/gtest.h libgtest-dev" "pytest-3 python3-pytest" \
-  "/usr/lib/python3/dist-packages/jinja2 python3-jinja2" "/usr/lib/python3/dist-packages/jsonschema python3-jsonschema"
-for tool in parallel snakemake hmmbuild:hmmer psiblast:ncbi-blast+ hhmake:hhsuite mmseqs:mmseqs2 chromium; do
+  "/usr/include/gtest/gtest.h libgtest-dev" "pytest-3 python3-pytest" "${easy_packages[@]}" \
+  "/usr/lib/python3/dist-packages/jsonschema python3-jsonschema"
+for tool in snakemake hmmbuild:hmmer psiblast:ncbi-blast+ hhmake:hhsuite mmseqs:mmseqs2 chromium; do
   have "${tool%:*}" || echo "Package ${tool#*:} is not installed: the tests that use it are skipped"
 done
 # Pages are checked for accessibility by axe-core; without it that test is skipped.

@@ -15,9 +15,9 @@ install(PROGRAMS filters/zelvan2tsv filters/zelvan2json filters/zelvan2msa filte
 install(DIRECTORY easy/zelvan_easy DESTINATION lib/zelvan/python PATTERN __pycache__ EXCLUDE)
 install(FILES doc/zelvan_report.schema.json DESTINATION ${ZELVAN_SHARE})
 
-install(PROGRAMS workflows/zelvan_split_queries workflows/zelvan_search_query DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES workflows/Snakefile workflows/config.yaml workflows/README.md DESTINATION ${ZELVAN_SHARE}/workflows)
-install(DIRECTORY workflows/slurm DESTINATION ${ZELVAN_SHARE}/workflows)
+# zelvan-easy looks for its package in ../lib/zelvan/python and for zelvan beside itself, wherever the tree is put.
+install(PROGRAMS easy/zelvan-easy DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES packaging/zelvan-easy.bash DESTINATION ${ZELVAN_COMPLETIONS} RENAME zelvan-easy)
 
 # The manual is made by a script; without Python its sources, which are plain text, are installed instead.
 find_package(Python3 QUIET COMPONENTS Interpreter)
@@ -25,18 +25,18 @@ file(GLOB manual_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/doc/manual/*.md
 if(Python3_Interpreter_FOUND)
   set(pages ${PROJECT_BINARY_DIR}/manual)
   add_custom_command(
-    OUTPUT ${pages}/zelvan_manual.7 ${pages}/zelvan.1 ${pages}/zelvan_manual.html
+    OUTPUT ${pages}/zelvan_manual.7 ${pages}/zelvan.1 ${pages}/zelvan-easy.1 ${pages}/zelvan_manual.html
     COMMAND ${Python3_EXECUTABLE} -B ${PROJECT_SOURCE_DIR}/doc/make_manual.py ${pages}
-    DEPENDS doc/make_manual.py doc/zelvan.1.md ${manual_sources} src/driver/key_table.cpp
+    DEPENDS doc/make_manual.py doc/zelvan.1.md doc/zelvan-easy.1.md ${manual_sources} src/driver/key_table.cpp
             data/config/zelvan_alias.dat data/config/zelvan_defaults.dat.in
     COMMENT "Making the manual")
   add_custom_target(manual ALL DEPENDS ${pages}/zelvan_manual.7)
-  install(FILES ${pages}/zelvan.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${pages}/zelvan.1 ${pages}/zelvan-easy.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES ${pages}/zelvan_manual.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
   install(FILES ${pages}/zelvan_manual.html DESTINATION ${CMAKE_INSTALL_DOCDIR})
 else()
   message(STATUS "Without Python 3 there are no man pages: the manual will be installed as Markdown text")
-  install(FILES ${manual_sources} doc/zelvan.1.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install(FILES ${manual_sources} doc/zelvan.1.md doc/zelvan-easy.1.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 endif()
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
@@ -68,7 +68,9 @@ set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3 (>= 3.9), python3-jinja2, parallel, snakemake")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
+    "python3 (>= 3.9), python3-typer, python3-rich, python3-dnaio, python3-jinja2, python3-zstandard, tantan")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "snakemake")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/conffiles)
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/profile.cmake)
 find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)

@@ -3,7 +3,7 @@
 
     make_manual.py OUTPUT_DIRECTORY
 
-writes zelvan_manual.7 and zelvan.1 (man pages) and zelvan_manual.html. The chapters are doc/manual/*.md in the order
+writes zelvan_manual.7, zelvan.1 and zelvan-easy.1 (man pages) and zelvan_manual.html. The chapters are doc/manual/*.md in the order
 of their names; a line "<!-- keys -->" stands for the list of keys, which is made from the alias file, the key table
 and the shipped defaults file. The Markdown understood: headings, paragraphs, lists, tables, fenced code, and in text
 `code`, **strong**, *emphasis* and [links](target). Standard library only.
@@ -275,9 +275,11 @@ def main():
         sys.exit(__doc__)
     output = pathlib.Path(sys.argv[1])
     output.mkdir(parents=True, exist_ok=True)
-    manual, command = manual_blocks(), read_blocks((DOC / "zelvan.1.md").read_text())
+    manual = manual_blocks()
     (output / "zelvan_manual.7").write_text(man_page(manual, "zelvan_manual", 7, "Manual of ZELVAN"))
-    (output / "zelvan.1").write_text(man_page(command, "zelvan", 1, "User Commands"))
+    for name in ("zelvan", "zelvan-easy"):
+        command = read_blocks((DOC / f"{name}.1.md").read_text())
+        (output / f"{name}.1").write_text(man_page(command, name, 1, "User Commands"))
     (output / "zelvan_manual.html").write_text(html_page(manual, "Manual of ZELVAN"))
 
 

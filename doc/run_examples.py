@@ -55,7 +55,7 @@ def main():
     if len(sys.argv) not in (3, 4):
         sys.exit(__doc__)
     program, configuration = (pathlib.Path(name).resolve() for name in sys.argv[1:3])
-    path = f"{program.parent}:{SOURCE / 'filters'}:{SOURCE / 'workflows'}:{os.environ['PATH']}"
+    path = f"{program.parent}:{SOURCE / 'filters'}:{os.environ['PATH']}"
     environment = dict(os.environ, PATH=path, ZELVANDIR=str(configuration), TZ="UTC", LC_ALL="C", PYTHONDONTWRITEBYTECODE="1")
     differences = 0
     with tempfile.TemporaryDirectory(prefix="zelvan_manual_") as directory:

@@ -1,6 +1,13 @@
 # Sourced by the other scripts: makes sure that the tools they need are on this machine.
 # need_tools "command package" ... : installs what is missing with apt where that is possible, else names it.
 
+# What zelvan-easy needs; the program that masks low complexity among it.
+easy_packages=()
+for module in typer rich dnaio jinja2 zstandard; do
+  easy_packages+=("/usr/lib/python3/dist-packages/$module python3-$module")
+done
+easy_packages+=("tantan tantan")
+
 have() {
   case "$1" in
     /*) [ -e "$1" ] ;;

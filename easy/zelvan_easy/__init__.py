@@ -1,1 +1,3 @@
 """What stands around zelvan: reading its reports, converting them, and running many searches."""
+
+VERSION = "2.3.9"

@@ -48,14 +48,33 @@ class InstallationTest(unittest.TestCase):
         self.assertIn("ENGB_THEP1", out)
         self.assertIn(f"# Matrix file:    {self.prefix}/share/zelvan/matrices/PAM100\n", out)
 
-    def test_manual_and_workflow_are_there(self):
+    def test_manual_is_there(self):
         share = self.prefix / "share"
         self.assertIn(".TH ZELVAN_MANUAL 7", (share / "man/man7/zelvan_manual.7").read_text())
         self.assertIn(".TH ZELVAN 1", (share / "man/man1/zelvan.1").read_text())
         self.assertIn("</html>", (share / "doc/zelvan/zelvan_manual.html").read_text())
-        self.assertTrue((share / "zelvan/workflows/Snakefile").is_file())
+        self.assertIn("zelvan\\-easy", (share / "man/man1/zelvan-easy.1").read_text())
         if shutil.which("man"):
             self.assertEqual(self.user("man -w zelvan_manual")[1], f"{share}/man/man7/zelvan_manual.7\n")
+
+    @unittest.skipUnless(pathlib.Path("/usr/lib/python3/dist-packages/typer").exists(), "python3-typer is not installed")
+    def test_zelvan_easy_needs_no_environment(self):
+        """Neither ZELVANDIR nor PATH; and the tree may be moved."""
+        moved = self.prefix.parent / "moved"
+        shutil.copytree(self.prefix, moved, symlinks=True)
+        environment = {"PATH": "/usr/bin:/bin", "HOME": str(moved), "LC_ALL": "C"}
+        command = (moved / "bin/zelvan-easy", "search", f"{SOURCE}/examples/engb.fasta",
+                   f"{SOURCE}/examples/uniprot_sample.fasta", "--cache", moved / "cache", "--out", moved / "out",
+                   "--no-mask", "--iterations", "1")  # fmt: skip
+        status, out, errors = run(*map(str, command), env=environment, cwd=moved)
+        self.assertEqual(status, 0, errors)
+        self.assertIn("sp|A5IMB8|ENGB_THEP1", out)
+        report = next((moved / "out/reports").iterdir()).read_text()
+        self.assertIn(f"# Matrix file:    {moved}/share/zelvan/matrices/VTML160\n", report)
+        done = run("bash", "-c", f". {moved}/share/bash-completion/completions/zelvan-easy; "
+                   f"COMP_WORDS=(zelvan-easy search --max); COMP_CWORD=2; _zelvan_easy {moved}/bin/zelvan-easy; "
+                   'echo "${COMPREPLY[@]}"', env=environment)  # fmt: skip
+        self.assertEqual(done, (0, "--max-target-seqs\n", ""))
 
     def test_completion(self):
         self.user("mkdir -p dbs; touch dbs/one.bix dbs/two.bix query.fasta")
@@ -98,7 +117,7 @@ class PackageTest(unittest.TestCase):
             self.assertEqual(out.split("\t")[1], "sp|A5IMB8|ENGB_THEP1")
             fields = run("dpkg", "-f", str(package))[1]
             self.assertIn("Package: zelvan\n", fields)
-            self.assertIn("Suggests: python3", fields)
+            self.assertRegex(fields, "Recommends: .*python3-typer")
 
 
 if __name__ == "__main__":
