@@ -155,24 +155,37 @@ def configuration(program):
     return b"".join(path.read_bytes() for path in [pathlib.Path(program), *sorted(folder.glob("zelvan_*.dat"))])
 
 
-def search(program, work, database, arguments, queries, domains, jobs):
-    """Runs the missing searches; returns the paths of the reports in the order of `queries`."""
+def masked_sequences(sequences):
+    """The sequences, by identifier, as zelvan-easy searches with them."""
+    sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "easy"))
+    from zelvan_easy.inputs import PROTEIN, make_query
+    from zelvan_easy.masking import find_masker, masked, masked_ranges
+
+    if find_masker(PROTEIN) is None:
+        sys.exit("no program that masks low complexity is installed")
+    queries = [make_query(number, name, text, PROTEIN) for number, (name, text) in enumerate(sequences.items(), 1)]
+    ranges = masked_ranges(queries, PROTEIN)
+    return {query.name: masked(query.residues, ranges[query.number], "X") for query in queries}
+
+
+def search(program, work, database, arguments, sequences, jobs):
+    """Runs the missing searches; returns the paths of the reports in the order of `sequences`, the queries by name."""
     name, digest = database
-    key = hashlib.sha256(configuration(program) + repr((digest, arguments)).encode()).hexdigest()
+    key = hashlib.sha256(configuration(program) + repr((digest, arguments, sequences)).encode()).hexdigest()
     folder = work / f"{name}-{key[:12]}"
     folder.mkdir(exist_ok=True)
     (folder / "arguments").write_text(" ".join(arguments) + "\n")
-    reports = [folder / f"{query}.out" for query in queries]
+    reports = [folder / f"{query}.out" for query in sequences]
 
     def one(query, report):
         if report.exists():
             return
         fasta = folder / f"{query}.fa"
-        write_fasta(fasta, [(query, domains[query].sequence)])
+        write_fasta(fasta, [(query, sequences[query])])
         run_zelvan(program, ["-s", fasta.name, "-qseq_format", "1", "-db_dir", "..", "-bdb", name, *arguments], report)
 
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-        list(pool.map(one, queries, reports))
+        list(pool.map(one, sequences, reports))
     return reports
 
 
@@ -299,6 +312,7 @@ def main():
     parser.add_argument("work", type=pathlib.Path)
     parser.add_argument("--background", help="FASTA file of further sequences that are searched but not judged")
     parser.add_argument("--decoys", action="store_true", help="append reversed and shuffled domains")
+    parser.add_argument("--mask", action="store_true", help="mask low complexity in queries as zelvan-easy does")
     parser.add_argument("--iterations", nargs="+", type=int, default=[1], help="after which to measure")
     parser.add_argument("--prob-type", type=int, default=3, choices=sorted(SIZE_OF), help="kind of E-value (3)")
     parser.add_argument("--jobs", type=int, default=1, help="searches at a time (1)")
@@ -325,7 +339,9 @@ def main():
                  "-probcut", f"{max(100, table.lowest_probcut()):.0f}", *further,
                  "-aprint_to_threshold", "0", "-max_aout", "0", "-nprint_to_threshold", "1", "-show_blurb", "1",
                  "-show_titles", "0", "-show_ident_width", str(width)]  # fmt: skip
-    reports = search(program, options.work, (name, digest), arguments, queries, domains, options.jobs)
+    sequences = {query: domains[query].sequence for query in queries}
+    sequences = masked_sequences(sequences) if options.mask else sequences
+    reports = search(program, options.work, (name, digest), arguments, sequences, options.jobs)
     lists = [read_report(report) for report in reports]
     print("| iterations | " + " | ".join(table.columns()) + " |")
     print("|---" * (1 + len(table.columns())) + "|")

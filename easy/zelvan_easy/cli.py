@@ -7,6 +7,7 @@ import sys
 from pathlib import Path
 from typing import List, Optional
 
+import click
 import typer
 
 from zelvan_easy.failure import INTERRUPTED, WRONG_USAGE, Failure, cause, refused
@@ -34,7 +35,9 @@ def _version(wanted):
 
 @app.callback()
 def main_options(
-    version: bool = typer.Option(False, "--version", callback=_version, is_eager=True, help="Tell the version and end."),
+    version: bool = typer.Option(
+        False, "--version", callback=_version, is_eager=True, help="Tell the version and end.",
+    ),
 ):
     pass
 
@@ -56,21 +59,42 @@ def _processors():
 def search(
     queries: str = typer.Argument(..., help='FASTA or FASTQ, also compressed (gz, bz2, xz, zst); "-": standard input.'),
     database: str = typer.Argument(..., help="FASTA, also compressed, or the name of a built database."),
-    out: Optional[str] = typer.Option(None, "--out", "-o", metavar="DIR", help="Folder of the results. [default: QUERIES.results]"),
+    out: Optional[str] = typer.Option(
+        None, "--out", "-o", metavar="DIR", help="Folder of the results. [default: QUERIES.results]",
+    ),
     evalue: Optional[float] = typer.Option(None, "--evalue", "-e", help="Largest E-value of a hit. [default: 10]"),
-    iterations: Optional[int] = typer.Option(None, "--iterations", "-n", min=1, help="Most rounds of a protein search. [default: 3]"),
-    inclusion_evalue: Optional[float] = typer.Option(None, "--inclusion-evalue", help="Largest E-value of hits that the next round learns from. [default: 0.02]"),
+    iterations: Optional[int] = typer.Option(
+        None, "--iterations", "-n", min=1, help="Most rounds of a protein search. [default: 3]",
+    ),
+    inclusion_evalue: Optional[float] = typer.Option(
+        None, "--inclusion-evalue", help="Largest E-value of hits that the next round learns from. [default: 0.02]",
+    ),
     max_target_seqs: Optional[int] = typer.Option(None, "--max-target-seqs", min=1, help="Most hits of a query."),
-    matrix: Optional[str] = typer.Option(None, "--matrix", autocompletion=_matrices, help="Scores of residue pairs: a name such as BLOSUM62, or a path. [default: VTML160]"),
-    gap_open: Optional[float] = typer.Option(None, "--gap-open", help="Cost of opening a gap, beside that of its residues."),
+    matrix: Optional[str] = typer.Option(
+        None, "--matrix", autocompletion=_matrices,
+        help="Scores of residue pairs: a name such as BLOSUM62, or a path. [default: VTML160]",
+    ),
+    gap_open: Optional[float] = typer.Option(
+        None, "--gap-open", help="Cost of opening a gap, beside that of its residues.",
+    ),
     gap_extend: Optional[float] = typer.Option(None, "--gap-extend", help="Cost of each residue of a gap."),
     linear: bool = typer.Option(False, "--linear", help="Gaps cost the same for each residue; faster."),
     mask: bool = typer.Option(True, "--mask/--no-mask", help="Mask low complexity in queries."),
-    strand: Optional[str] = typer.Option(None, "--strand", help="Strand of DNA that is searched: both, plus, minus. [default: both]"),
-    genetic_code: Optional[int] = typer.Option(None, "--genetic-code", help="Genetic code, by its NCBI number. [default: 1]"),
-    query_type: Optional[str] = typer.Option(None, "--query-type", help="What all queries are: protein or dna. [default: each is looked at]"),
-    set_: Optional[List[str]] = typer.Option(None, "--set", metavar="KEY=VALUE", help="Any other key of zelvan; may be repeated."),
-    outfmt: str = typer.Option("6", "--outfmt", help='Table hits.tsv: "6", or "7" with comments; then names of columns: "6 std qlen slen".'),
+    strand: Optional[str] = typer.Option(
+        None, "--strand", help="Strand of DNA that is searched: both, plus, minus. [default: both]",
+    ),
+    genetic_code: Optional[int] = typer.Option(
+        None, "--genetic-code", help="Genetic code, by its NCBI number. [default: 1]",
+    ),
+    query_type: Optional[str] = typer.Option(
+        None, "--query-type", help="What all queries are: protein or dna. [default: each is looked at]",
+    ),
+    set_: Optional[List[str]] = typer.Option(
+        None, "--set", metavar="KEY=VALUE", help="Any other key of zelvan; may be repeated.",
+    ),
+    outfmt: str = typer.Option(
+        "6", "--outfmt", help='Table hits.tsv: "6", or "7" with comments; then names of columns: "6 std qlen slen".',
+    ),
     json: bool = typer.Option(False, "--json", help="Leave everything the report says as JSON, too."),
     a3m: bool = typer.Option(False, "--a3m", help="Leave a multiple alignment for each query, too; likewise:"),
     stockholm: bool = typer.Option(False, "--stockholm", help="as Stockholm,"),
@@ -78,10 +102,14 @@ def search(
     clustal: bool = typer.Option(False, "--clustal", help="as Clustal."),
     pssm: bool = typer.Option(False, "--pssm", help="Leave the last profile as a matrix in text, too."),
     reports: bool = typer.Option(True, "--reports/--no-reports", help="Keep the report of each query."),
-    threads: Optional[int] = typer.Option(None, "--threads", "-t", min=1, max=4096, help="Processes at a time. [default: all processors]"),
+    threads: Optional[int] = typer.Option(
+        None, "--threads", "-t", min=1, max=4096, help="Processes at a time. [default: all processors]",
+    ),
     engine: str = typer.Option("local", "--engine", help="What runs the jobs: local or snakemake."),
     profile: Optional[str] = typer.Option(None, "--profile", help="Profile of Snakemake, for a cluster."),
-    cache: Optional[str] = typer.Option(None, "--cache", metavar="DIR", help="Folder for built databases. [default: beside the text]"),
+    cache: Optional[str] = typer.Option(
+        None, "--cache", metavar="DIR", help="Folder for built databases. [default: beside the text]",
+    ),
     restart: bool = typer.Option(False, "--restart", help="Begin anew where --out has results of another search."),
     quiet: bool = typer.Option(False, "--quiet", "-q", help="Tell only what goes wrong."),
 ):
@@ -105,7 +133,9 @@ def search(
 @app.command()
 def build(
     text: str = typer.Argument(..., help="FASTA, also compressed."),
-    name: Optional[str] = typer.Argument(None, help="Path of the database, without ending. [default: that of the text]"),
+    name: Optional[str] = typer.Argument(
+        None, help="Path of the database, without ending. [default: that of the text]",
+    ),
 ):
     """Build a database, where one is wanted outside of the cache that "search" keeps."""
     from zelvan_easy.database import build as run
@@ -121,7 +151,10 @@ def build(
 @app.command()
 def extract(
     database: str = typer.Argument(..., help="FASTA, also compressed, or the name of a built database."),
-    identifiers: List[str] = typer.Argument(..., metavar="IDS...", help='Identifiers, or parts between their bars; "-": one a line on the standard input.'),
+    identifiers: List[str] = typer.Argument(
+        ..., metavar="IDS...",
+        help='Identifiers, or parts between their bars; "-": one a line on the standard input.',
+    ),
     cache: Optional[str] = typer.Option(None, "--cache", metavar="DIR", help="Folder for built databases."),
 ):
     """Write sequences of a database as FASTA."""
@@ -144,7 +177,9 @@ def convert(
     report: str = typer.Argument(..., help='Report of a search; "-": standard input.'),
     to: str = typer.Option(..., "--to", help="tsv, json, a3m, stockholm, fasta, clustal or pssm."),
     out: Optional[Path] = typer.Option(None, "--out", "-o", help="File to write. [default: standard output]"),
-    query: Optional[Path] = typer.Option(None, "--query", help="FASTA file of the query, for residues that the report does not show."),
+    query: Optional[Path] = typer.Option(
+        None, "--query", help="FASTA file of the query, for residues that the report does not show.",
+    ),
     outfmt: str = typer.Option("6", "--outfmt", help='Of tsv: "6", or "7" with comments; then names of columns.'),
 ):
     """Give a report another form.
@@ -217,10 +252,13 @@ def main():
     for stream in (sys.stdout, sys.stderr):
         stream.reconfigure(errors="surrogateescape" if stream is sys.stdout else "backslashreplace")
     try:
-        status = app(standalone_mode=True)
+        status = app(standalone_mode=False)
     except Failure as problem:
         status = _tell(problem, problem.status)
-    except KeyboardInterrupt:
+    except click.ClickException as problem:
+        problem.show()
+        status = problem.exit_code
+    except (KeyboardInterrupt, click.Abort):
         status = _tell("interrupted", INTERRUPTED)
     except BrokenPipeError:
         status = 0

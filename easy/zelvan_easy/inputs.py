@@ -12,8 +12,6 @@ import sys
 import zlib
 from typing import NamedTuple
 
-import dnaio
-
 from zelvan_easy.failure import Failure, cause, refused
 
 PROTEIN, DNA = "protein", "dna"
@@ -91,6 +89,8 @@ class _Plain(io.RawIOBase):
 
 def read_queries(path, kind=None):
     """Yields the queries of a file. kind: what they are; None: each one is looked at."""
+    import dnaio  # only here, so that all else does without it
+
     shown = "the standard input" if path == "-" else path
     number = 0
     try:

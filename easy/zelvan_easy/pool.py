@@ -88,7 +88,8 @@ def _serve(connection, function, others):
     """The life of a process: an answer for every job, until the connection is closed."""
     for other in others:
         other.close()
-    signal.signal(signal.SIGINT, signal.SIG_IGN)  # an interruption is for the process that started this one
+    for signal_ in (signal.SIGINT, signal.SIGHUP):  # an interruption is for the process that started this one
+        signal.signal(signal_, signal.SIG_IGN)
     signal.signal(signal.SIGTERM, lambda *_: _leave())
     threading.Thread(target=_watch, daemon=True).start()
     while True:

@@ -124,7 +124,8 @@ def search(request):
         except KeyboardInterrupt:
             teller.end()
             ready = sum(1 for _ in store.results())
-            teller.warn(f"interrupted; {_count(ready, 'query is', 'queries are')} done, and the same command goes on from there")
+            done = _count(ready, "query is", "queries are")
+            teller.warn(f"interrupted; {done} done, and the same command goes on from there")
             return INTERRUPTED
         finally:
             teller.end()

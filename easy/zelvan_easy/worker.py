@@ -226,7 +226,10 @@ def _finish(task, subject, notes):
         lines = io.StringIO()
         write_table(report, lines, task.columns, task.header, unaligned=True)
         for name in task.forms:
-            _write_form(report, subject, stem, FORMS[name])
+            if plan.mode >= 200 or FORMS[name].translated:
+                _write_form(report, subject, stem, FORMS[name])
+            else:
+                notes = [*notes, f"no {name} of a translated search"]
         hits = report.iteration().hits
         best = hits[0] if hits else None
         result = _result(
