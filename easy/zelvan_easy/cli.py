@@ -95,6 +95,7 @@ def search(
     outfmt: str = typer.Option(
         "6", "--outfmt", help='Table hits.tsv: "6", or "7" with comments; then names of columns: "6 std qlen slen".',
     ),
+    html: bool = typer.Option(False, "--html", help="Leave a page for each query, too, and index.html, which leads to them."),
     json: bool = typer.Option(False, "--json", help="Leave everything the report says as JSON, too."),
     a3m: bool = typer.Option(False, "--a3m", help="Leave a multiple alignment for each query, too; likewise:"),
     stockholm: bool = typer.Option(False, "--stockholm", help="as Stockholm,"),
@@ -124,7 +125,7 @@ def search(
 
     options = Options(evalue, inclusion_evalue, iterations, matrix, gap_open, gap_extend, linear, strand, genetic_code,
                       max_target_seqs, mask)  # fmt: skip
-    asked = {"json": json, "a3m": a3m, "stockholm": stockholm, "fasta": fasta, "clustal": clustal, "pssm": pssm}
+    asked = {"html": html, "json": json, "a3m": a3m, "stockholm": stockholm, "fasta": fasta, "clustal": clustal, "pssm": pssm}
     forms = [name for name, wanted in asked.items() if wanted]
     raise typer.Exit(run(Request(queries, database, out, options, set_ or [], query_type, threads or _processors(), engine,
                                  profile, cache, restart, outfmt, forms, reports, quiet)))  # fmt: skip
@@ -175,7 +176,7 @@ def extract(
 @app.command()
 def convert(
     report: str = typer.Argument(..., help='Report of a search; "-": standard input.'),
-    to: str = typer.Option(..., "--to", help="tsv, json, a3m, stockholm, fasta, clustal or pssm."),
+    to: str = typer.Option(..., "--to", help="tsv, html, json, a3m, stockholm, fasta, clustal or pssm."),
     out: Optional[Path] = typer.Option(None, "--out", "-o", help="File to write. [default: standard output]"),
     query: Optional[Path] = typer.Option(
         None, "--query", help="FASTA file of the query, for residues that the report does not show.",

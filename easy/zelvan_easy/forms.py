@@ -27,7 +27,14 @@ def _laid_out(layout):
     return write
 
 
+def _page(report, out, _):
+    from zelvan_easy import page  # which needs Jinja2
+
+    return page.write_page(report, out)
+
+
 FORMS = {
+    "html": Form("html", "a page", _page, True),
     "json": Form("json", "everything the report says, as JSON",
                  lambda report, out, residues: json_report.write_json(report, out), True),
     "a3m": Form("a3m", "a multiple alignment, as a3m", _laid_out("a3m")),

@@ -9,6 +9,7 @@ from __future__ import annotations
 import contextlib
 import hashlib
 import heapq
+import importlib.util
 import itertools
 import os
 import shutil
@@ -17,7 +18,7 @@ from dataclasses import asdict, dataclass, field
 from functools import partial
 from typing import Optional
 
-from zelvan_easy import snakemake
+from zelvan_easy import inputs, snakemake
 from zelvan_easy.database import open_database, refuse_small
 from zelvan_easy.engine import find_engine
 from zelvan_easy.failure import FAILED, INTERRUPTED, Failure, cause, refused
@@ -87,6 +88,8 @@ def search(request):
         snakemake.check()
     elif request.profile:
         raise refused("--profile is for --engine snakemake")
+    if "html" in request.forms and importlib.util.find_spec("jinja2") is None:
+        raise refused("--html needs Jinja2: install the package python3-jinja2")
     columns, header = parse_outfmt(request.outfmt)
     for signal_ in (signal.SIGTERM, signal.SIGHUP):
         signal.signal(signal_, signal.default_int_handler)
@@ -334,6 +337,20 @@ def _run_local(task, source, store, teller, threads):
 # ---- The end
 
 
+def _write_index(task, store, path):
+    """The page that leads to those of the queries."""
+    from zelvan_easy import page
+
+    entries = []
+    for result in store.results():
+        if result.page:
+            link = os.path.join(_REPORTS, inputs.folder_name(result.number), inputs.file_name(result) + ".html")
+            entries.append((page.Summary(*result.page), link))
+    with open(path + ".part", "w", encoding="utf-8", errors="surrogateescape", newline="\n") as out:
+        page.write_index(entries, out, f"Searches in {task.database.source}")
+    os.replace(path + ".part", path)
+
+
 def _end(request, task, store, source, out, teller):
     if source.failure is None:
         store.drop_after(source.last)
@@ -342,6 +359,8 @@ def _end(request, task, store, source, out, teller):
             write(os.path.join(out, name))
         except OSError as problem:
             raise Failure(f"{os.path.join(out, name)} cannot be written: {problem.strerror}") from problem
+    if "html" in request.forms:
+        _write_index(task, store, os.path.join(out, "index.html"))
     shutil.rmtree(task.work, ignore_errors=True)
     if not request.quiet:
         print_table(store.results(), store.count())

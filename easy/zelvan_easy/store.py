@@ -118,7 +118,7 @@ class Store:
 
     def write_summary(self, path):
         def line(result):
-            fields = result.name, result.kind, result.length, result.masked, *result[5:]
+            fields = result.name, result.kind, result.length, result.masked, *result[5:-1]
             return "\t".join(str(value) if value != "" else "-" for value in fields) + "\n"
 
         _write(path, itertools.chain(["\t".join(SUMMARY) + "\n"], map(line, self.results())))

@@ -79,6 +79,7 @@ class Result(NamedTuple):
     rounds: int = 0
     converged: str = ""  # "yes", "no"; "" where there is nothing to converge
     note: str = ""
+    page: list = []  # with --html: what the index tells of the query
 
 
 def make_subject(query, ranges, plan):
@@ -225,9 +226,11 @@ def _finish(task, subject, notes):
             report = merged_report(parts, len(subject.masked), plan.limit)
         lines = io.StringIO()
         write_table(report, lines, task.columns, task.header, unaligned=True)
+        page = []
         for name in task.forms:
             if plan.mode >= 200 or FORMS[name].translated:
-                _write_form(report, subject, stem, FORMS[name])
+                told = _write_form(report, subject, stem, FORMS[name])
+                page = list(told) if name == "html" else page
             else:
                 notes = [*notes, f"no {name} of a translated search"]
         hits = report.iteration().hits
@@ -236,7 +239,7 @@ def _finish(task, subject, notes):
             subject, "ok", hits=len(hits), best=best.target if best else "",
             evalue="" if best is None or best.significance is None else f"{best.significance:.3g}",
             rounds=max(len(one.iterations) for one in reports), note="; ".join(filter(None, notes)),
-            converged=_converged(paths) if plan.mode >= 200 else "",
+            converged=_converged(paths) if plan.mode >= 200 else "", page=page,
         )  # fmt: skip
     for number, path in enumerate(paths):
         if task.keep:
@@ -253,5 +256,6 @@ def _converged(paths):
 def _write_form(report, subject, stem, form):
     part = f"{stem}.{form.ending}.part"
     with open(part, "w", encoding="utf-8", errors="surrogateescape", newline="\n") as out:
-        form.write(report, out, subject.query.residues)
+        told = form.write(report, out, subject.query.residues)
     os.replace(part, part[: -len(".part")])
+    return told

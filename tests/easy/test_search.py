@@ -269,14 +269,16 @@ def test_help_version_and_words(folder, database):
 
 def test_forms(folder, database):
     folder.file("two.fa", fasta_of(["engb", "hxa7"]))
-    folder.search("two.fa", database, "-n", "1", "--mask", "--json", "--a3m", "--stockholm", "--pssm", "--outfmt", "7 std qlen")
+    folder.search("two.fa", database, "-n", "1", "--mask", "--json", "--a3m", "--stockholm", "--pssm", "--html", "--outfmt", "7 std qlen")
     reports = folder.path / "out/reports"
     rows = (reports / "000002_sp_A1YGK7_HXA7_PANPA.a3m").read_text().split(">")[1:]
     query = "".join(fasta_of(["hxa7"]).decode().split("\n", 1)[1].split())
     assert rows[0].split("\n")[1] == query  # what was masked in the search stands here
     assert len(rows) > 5 and len({sum(not c.islower() for c in row.split("\n")[1]) for row in rows}) == 1
     assert json.loads((reports / "000001_sp_Q600K7_ENGB_MYCH2.json").read_text())["iterations"][0]["hits"]
-    assert sorted({path.suffix for path in reports.iterdir()}) == [".a3m", ".json", ".pssm", ".report", ".sto"]
+    assert sorted({path.suffix for path in reports.iterdir()}) == [".a3m", ".html", ".json", ".pssm", ".report", ".sto"]
+    index = (folder.path / "out/index.html").read_text()
+    assert 'href="reports/000001_sp_Q600K7_ENGB_MYCH2.html"' in index and index.count("000002_") == 1
     assert folder.easy("convert", reports / "000001_sp_Q600K7_ENGB_MYCH2.report", "--to", "tsv") == 0
     hits = (folder.path / "out/hits.tsv").read_text().splitlines()
     assert sum(line.startswith("# Fields: ") for line in hits) == 2
