@@ -1,5 +1,5 @@
-# Sourced by the other scripts: makes sure that the tools they need are on this machine.
-# need_tools "command package" ... : installs what is missing with apt where that is possible, else names it.
+# Sourced by the other scripts: makes sure that the tools they need are on this machine. A tool is a command or a
+# path, and the package that brings it.
 
 # What zelvan-easy needs; the program that masks low complexity among it.
 easy_packages=()
@@ -15,7 +15,8 @@ have() {
   esac
 }
 
-need_tools() {
+# install_tools "command package" ... : installs with apt what is missing, where that is possible, and says what.
+install_tools() {
   local missing=() pair
   for pair in "$@"; do
     have "${pair% *}" || missing+=("${pair#* }")
@@ -24,17 +25,32 @@ need_tools() {
 
   local as_root=()
   if [ "$(id -u)" -ne 0 ]; then
-    if command -v sudo >/dev/null 2>&1 && sudo -n true 2>/dev/null; then as_root=(sudo -n); else as_root=(false); fi
+    command -v sudo >/dev/null 2>&1 && sudo -n true 2>/dev/null || return 0
+    as_root=(sudo -n)
   fi
-  if command -v apt-get >/dev/null 2>&1 && [ "${as_root[0]:-}" != false ]; then
-    echo "Installing: ${missing[*]}"
-    "${as_root[@]}" apt-get update -qq
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
-  fi
+  command -v apt-get >/dev/null 2>&1 || return 0
+  echo "Installing: ${missing[*]}"
+  "${as_root[@]}" apt-get update -qq
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# need_tools: the same, and ends when one is still missing.
+need_tools() {
+  local pair missing=()
+  install_tools "$@" || true
   for pair in "$@"; do
-    if ! have "${pair% *}"; then
-      echo "Please install these packages first: ${missing[*]}" >&2
-      exit 1
-    fi
+    have "${pair% *}" || missing+=("${pair#* }")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  echo "Please install these packages first: ${missing[*]}" >&2
+  exit 1
+}
+
+# want_tools: the same for what can be done without; one package that is not to be had does not cost the others.
+want_tools() {
+  local pair
+  for pair in "$@"; do
+    install_tools "$pair" || true
+    have "${pair% *}" || echo "Package ${pair#* } is not installed: the tests that use it are skipped"
   done
 }
