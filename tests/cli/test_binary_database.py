@@ -1,11 +1,12 @@
 """Builds binary databases and compares them, byte by byte, with what a writer of our own makes of the same text."""
 
 import datetime
+import re
 import struct
 import unittest
 
 import zelvan_cli
-from zelvan_cli import MATRICES, QUERY, SAMPLE
+from zelvan_cli import MATRICES, SAMPLE
 
 UTC = datetime.timezone.utc
 
@@ -112,14 +113,105 @@ class BuildTest(zelvan_cli.TestCase):
             (self.work / f"db.{suffix}").rmdir()
             self.assertEqual([path.name for path in self.work.iterdir()], ["t.fa"])
 
-    def test_damage_and_absence_are_told(self):
-        self.succeed("-mode", 99, "-bdb", "db", "-d", self.file("t.fa", ">a\nAC\n>b\nACD\n"))
-        sequences = (self.work / "db.bsq").read_bytes()
-        size = len(self.file("db.bsq", sequences[:-1]).read_bytes())
-        search = ("-s", QUERY, "-mode", 202, "-bdb")
-        self.refuse(f".*fread not read all binfo->totchar characters {size} {size + 1}\n.*db.bix is damaged: "
-                    "sequence 2: it lies past the end of the sequence file\n.*", *search, "db")  # fmt: skip
-        self.refuse("Error opening File: No such file or directory\n.*none.bix\n", *search, "none")
+
+SWAPPED = """ERROR: Database and Matrix index strings do not match!!
+
+Database index string:(ARNDCQEGHILKMFPSTWYVBZX )
+Matrix index string  :(RANDCQEGHILKMFPSTWYVBZX )
+If you wish to use this matrix file you can do one of the following:
+1  modify the matrix so that the index coincides with the databse
+2  rebuild the database with the APPLY_INDEX flag set to 0 (easiest)
+
+"""
+
+
+class DamageTest(zelvan_cli.TestCase):
+    """Two files that are not as one build left them are refused, naming one of them, unless what was built is read."""
+
+    TEXT = ">one first\nACDEF\n>second -\n\n>three third one\nMKVW\n"
+    RECORDS = 3 * 24  # bytes, at the end of the index file
+    COUNTS = 8 + 24  # where the numbers of sequences, residues and characters stand
+
+    def setUp(self):
+        super().setUp()
+        self.configure(defaults=None)
+        names = "".join(f"1 9 {name}\n" for name in ("one", "second", "three", "the last is dropped"))
+        listed = self.file("list", f"# Start_Scores: \n{names}# End_Scores: \n")
+        self.read = ("-mode", 100, "-extract_seq", 9, "-extract_seq_format", 1, "-stdin", listed, "-bdb", "db")
+
+    def build(self, codes, text=TEXT):
+        self.succeed("-mode", 99, "-bdb", "db", "-d", self.file("text", text), "-apply_index", codes, "-do_sort", 0)
+        return [(self.work / f"db.{suffix}").read_bytes() for suffix in ("bix", "bsq")]
+
+    def accepted(self, index, sequences, *args):
+        self.file("db.bix", index)
+        self.file("db.bsq", sequences)
+        run = self.zelvan(*self.read, *args)
+        if run.status == 0:
+            self.assertEqual((self.work / "zelvan_extract.seq").read_text(), self.TEXT)
+        else:
+            self.assertEqual(run.status, 255)
+            self.assertRegex(run.stderr, r"file .*db.b(ix|sq) is damaged: .*\nCopy both files of the database again")
+        return run.status == 0
+
+    def test_absence_is_told(self):
+        self.refuse("Error opening File: No such file or directory\n.*db.bix\n", *self.read)
+
+    def test_codes_belong_to_one_alphabet(self):
+        text = (MATRICES / "BLOSUM62").read_text().replace("  A   R ", "  R   A ", 1)
+        other = ("-matrix_dir", self.work, "-m", self.file("swapped", text).name)
+        index, sequences = self.build(0)
+        self.assertTrue(self.accepted(index, sequences, *other), "letters suit any matrix")
+        self.assertFalse(self.accepted(struct.pack("=i", 1) + index[4:], sequences), "letters are no codes")
+        index, sequences = self.build(1)
+        self.refuse(re.escape(SWAPPED), *self.read, *other)
+        longer = index[:4] + struct.pack("=i", 26) + index[8:32] + b"^:" + index[32:]
+        self.assertTrue(self.accepted(longer, sequences), "the alphabets begin alike")
+
+    def test_truncated_files(self):
+        for codes in (0, 1):
+            index, sequences = self.build(codes)
+            self.assertTrue(self.accepted(index + b"more", sequences), "what follows is not read")
+            self.assertFalse(self.accepted(index, sequences + b"more"), "of another build")
+            for size in range(len(index) if codes else 0):
+                self.assertFalse(self.accepted(index[:size], sequences), size)
+            for size in range(len(sequences)):
+                self.assertFalse(self.accepted(index, sequences[:size]), size)
+
+    def test_extreme_fields(self):
+        index, sequences = self.build(1)
+        records = range(len(index) - self.RECORDS, len(index), 4)
+        for at in (0, 4, *range(self.COUNTS, self.COUNTS + 16, 4), self.COUNTS + 16 + 26, *records):
+            (value,) = struct.unpack_from("=i", index, at)
+            for bad in {-(2**31), -1, 0, value - 1, value + 1, 2**31 - 1} - {value}:
+                found = self.accepted(index[:at] + struct.pack("=i", bad) + index[at + 4 :], sequences)
+                # Wrong residues, and a total above the size of the sequence file, are no reason to refuse.
+                harmless = (at == self.COUNTS + 4 and bad >= 0) or (at == self.COUNTS + 8 and bad > value)
+                self.assertEqual(found, harmless, (at, bad))
+
+    def test_pieces_may_lie_in_any_order_but_share_no_letters(self):
+        for codes in (0, 1):
+            index, sequences = self.build(codes)
+            fields = list(struct.unpack("=18i", index[-self.RECORDS :]))
+            moved = b""
+            for k in range(16, -1, -2):  # from the last residues to the first identifier
+                at, size = fields[k : k + 2]
+                fields[k] = len(moved)
+                moved += sequences[at : at + size + (k % 6 < 4)]  # only of residues the zero byte is counted
+            self.assertTrue(self.accepted(index[: -self.RECORDS] + struct.pack("=18i", *fields), moved))
+        index, sequences = self.build(0)
+        self.assertFalse(self.accepted(index[:-56] + index[-8:] + index[-48:], sequences), "the last residues twice")
+
+    def test_files_of_two_builds(self):
+        texts = (self.TEXT, ">one first\nACDEFACD\n>t\n\n>three third one\nMKVWAA\n",
+                 ">one first\nACDE\n>second\nA\n>three third one\nMKVW\n",
+                 ">a\nACDEFACDEFACDEFACDEFAAAAAAACDEFACDEFACDEFACD\n")  # fmt: skip
+        built = [self.build(codes, text) for codes in (0, 1) for text in texts]
+        self.assertEqual(len({len(sequences) for _, sequences in built}), 1, "else the size alone would tell")
+        for index, own in built:
+            for _, sequences in built:
+                if sequences is not own:
+                    self.assertFalse(self.accepted(index, sequences))
 
 
 if __name__ == "__main__":

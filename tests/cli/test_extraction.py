@@ -42,10 +42,30 @@ class ExtractionTest(zelvan_cli.TestCase):
         self.assertIn("Warning: absent is not in the database", run.stderr)
         written = self.work / "zelvan_extract.seq"
         self.assertEqual(list(zelvan_cli.fasta(written)), ["s7", "s0", "s2"])
-        self.succeed(*extract, 10, stdin="# Start_Scores: \n# End_Scores: \n")
-        self.assertEqual(written.read_text(), "")
         self.refuse("EXTRACT_SEQ is 0: .*", *extract, 0, stdin=text)
         self.refuse("No # Start_Scores in file\n", *extract, 5)
+
+    def test_the_last_of_the_list_is_dropped(self):
+        database = self.file("d.fa", "".join(f">{name}\nMK\n" for name in ("a", "b", "c", "d", "12.30")))
+        begin, end = "# header\n# Start_Scores: ----\n", "# End_Scores: ----\n"
+        lines = "   1 90 a    title\n   2 80 b    title\n   3 70 c\n   4 60 d    title\n"
+        fitted = "   1   90 12.30  1e-10    a t\n   2   80 -1.2   0.5      b t\n"
+        extract = ("-mode", 100, "-d", database, "-extract_seq")
+        for text, wanted, ids in (
+            (begin + lines + end, 5, ["a", "b", "c"]),
+            (begin + lines, 4, ["a", "b", "c"]),  # the end is not looked for
+            (begin + lines + end, 1, []),
+            (begin + "   1 90 a\n" + end, 2**31 - 1, []),
+            (begin + end, 10, []),
+            (2 * (begin + lines + end), 100, ["a", "b", "c"]),  # the first list counts
+            ("# FIT_A: 1 2 3\n" + begin + fitted + end, 9, ["a"]),  # moves the column
+            (begin + fitted + "# FIT\n" + end, 2, ["12.30"]),  # but not within the list
+        ):
+            self.succeed(*extract, wanted, stdin=text)
+            self.assertEqual(list(zelvan_cli.fasta(self.work / "zelvan_extract.seq")), ids, (text, wanted))
+        self.refuse("No # End_Scores in file\n", *extract, 5, stdin=begin + lines)
+        self.refuse("A line of the score list has no word 5, the identifier:\n90 1.0 0.5 a\n.*SHOW_TITLES 1\n",
+                    *extract, 5, stdin="# FIT\n" + begin + "90 1.0 0.5 a\n" + end)  # fmt: skip
 
     def test_lines_of_70_residues(self):
         lengths = (0, 1, 69, 70, 71, 140, 141)
