@@ -101,6 +101,24 @@ class IterativeSearch(zelvan_cli.TestCase):
         simple = ("-MODE", 200, "-NITER", 2)
         self.assertEqual(self.lists(*simple), self.lists(*simple, "-MIXED_MODE", 1))
 
+    def test_a_list_that_is_cut_leaves_the_search_as_it_was(self):
+        whole = self.lists("-NITER", 2)
+        for most, shown in ((-1, None), (0, 0), (1, 1), (2**31 - 1, None), (-(2**31), 0)):
+            cut = self.lists("-NITER", 2, "-NPRINT_TO_THRESHOLD", 0, "-MAX_NOUT", most)
+            self.assertEqual(cut, [hits[:shown] for hits in whole], most)
+
+    def test_alignments_that_are_printed_leave_the_profile_as_it_was(self):
+        """Also where they are kept by another threshold."""
+
+        def profiles(*args):
+            report = self.succeed(*self.search, "-NITER", 2, "-PRINT_PROFILES", 1, *args).stdout
+            return re.findall(r"# Lookup table [^#]*", report)
+
+        expected = profiles("-APRINT_TO_THRESHOLD", 0, "-MAX_AOUT", 0)
+        self.assertEqual(len(set(expected)), 2)
+        for args in ((), ("-LOG_SCORES", 1), ("-APRINT_TO_THRESHOLD", 0, "-MAX_AOUT", 3)):
+            self.assertEqual(profiles(*args), expected, args)
+
     def test_side_files_need_the_block_file_to_be_asked_for(self):
         files = ("-BLOCK_FILE_OUT", "b.blc", "-FRAG_FILE_OUT", "f.seq")
         self.succeed(*self.search, "-NITER", 1, "-PRINT_FRAG_FILE", 1, *files)

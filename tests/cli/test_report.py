@@ -46,15 +46,23 @@ class ReportTest(zelvan_cli.TestCase):
         for text, expected in ((told[1], before - now), (told[2], now - before)):
             self.assertEqual(sorted(HIT.fullmatch(line)[5] for line in text.splitlines()), sorted(expected))
 
-    def check_alignment(self, section, columns):
+    def check_alignment(self, section, columns, width=40):
         """The blocks against the block file's columns; returns (name, start, end) of each row."""
         blocks = re.split(r"#\n# ID +Evalue   Start   End   Len\n#  +(\d+) +\n", section)[1:]
         for start, block in zip(map(int, blocks[0::2]), blocks[1::2]):
             rows = [ROW.fullmatch(line) for line in block.splitlines() if not line.startswith("#")]
-            shown = columns[start - 1 : start - 1 + 39]  # of 40: the last column of a full block is left out
-            self.assertEqual([row[6] for row in rows], ["".join(letters) for letters in zip(*shown)])
-        self.assertEqual([int(b) for b in blocks[0::2]], list(range(1, len(columns) + 1, 40)))
+            shown = columns[start - 1 : start + width - 2]  # the last column of a full block is left out
+            self.assertEqual([row[6] for row in rows], ["".join(c[k] for c in shown) for k in range(len(columns[0]))])
+        self.assertEqual([int(b) for b in blocks[0::2]], list(range(1, len(columns) + 1, width)))
         return [(row[1], int(row[3]), int(row[4])) for row in rows]
+
+    def check_alignments_of(self, width, length):
+        text = self.search("NITER", 1, "MULTIPLE_OUTPUT_LENGTH", width)
+        alignment = text.split("iteration: 0\n# Format")[1].split("#\n# Multiple alignment End")[0]
+        columns = (self.work / "block_file_out.blc").read_text().split("*Iteration: 0\n")[1].split("\n*\n")[0]
+        columns = columns.split("\n")
+        self.assertEqual(len(columns), length)
+        self.check_alignment(alignment, columns, width)
 
     def test_sections_follow_and_agree(self):
         report = self.search("NITER", 3)
@@ -84,6 +92,14 @@ class ReportTest(zelvan_cli.TestCase):
         self.search("NITER", 3, "FRAG_FILE_FORMAT", 2)
         pir = re.sub(r"(?m)^>(\S+) (.*)\n(.*)\n", r">\1\n\2\n\3\n*\n", fragments)
         self.assertEqual((self.work / "frag_file_out.seq").read_text(), pir)
+
+    def test_blocks_of_any_width(self):
+        ((_, query),) = zelvan_cli.fasta(QUERY).items()
+        for width in (1, 7, len(query), len(query) + 1, 2**31 - 1):
+            self.check_alignments_of(width, len(query))
+        refused = self.zelvan("-s", QUERY, "-d", SAMPLE, "-mode", 202, "-multiple_output_length", 0)
+        self.assertEqual(refused.status, 255)
+        self.assertRegex(refused.stderr, "^MULTIPLE_OUTPUT_LENGTH is 0: .*\n$")
 
     def test_parts_that_were_not_asked_for(self):
         times = self.search("NITER", 0)
