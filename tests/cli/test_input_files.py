@@ -55,6 +55,8 @@ class InputFiles(zelvan_cli.TestCase):
                 self.refuse(before + sentence, "-s", query, "-d", database, "-nsubset", 1, "-mode", mode, "-do_stats",
                             1 if mode == 22 else 2, *args)  # fmt: skip
 
+        self.succeed("-d", database, "-max_seq_len", 7, "-max_nseq", 2, "-mode", 99)
+
     def test_compressed_files_are_named(self):
         """Also through a pipe, and of every kind of text file."""
         packers = (("gzip", "zcat", gzip.compress), ("bzip2", "bzcat", bz2.compress), ("xz", "xzcat", lzma.compress),

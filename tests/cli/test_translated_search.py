@@ -175,7 +175,7 @@ class SimpleScan(TranslatedSearch):
 
     def test_lines_and_the_divisor_of_100(self):
         database = {"short": "AC", "one": "TGG", "three": "TGGTGGTGG", "N": "TGNTGGTGG"}
-        run = self.search(10, "WWW", database, "-max_nseq", 1)  # no bound on the number
+        run = self.search(10, "WWW\n>a second query\nM", database, "-max_nseq", 1)  # no bound on the number
         self.assertEqual(run[1:], ("0 short\n11 one\n33 three\n22 N\n", ""))
         self.assertEqual(self.search(10, "WWW", database, "-precision", 10).stdout, "0 short\n1 one\n3 three\n2 N\n")
 

@@ -112,24 +112,6 @@ TEST(SequenceFile, ReadsAnyTextThroughAnyBuffer) {
   }
 }
 
-TEST(SequenceFile, QueriesAreTheFirstRecordBelowTheLimitOfLength) {
-  const TemporaryDirectory directory;
-  SeqStore store;
-  Params p = settings();
-  const auto query_length = [&](const std::string& text) {
-    p.QSEQ_FILE.name = directory.file("query", text);
-    const int32_t length = get_query_seq(store, &p).len - 2;
-    std::fclose(p.QSEQ_FILE.stream);
-    return length;
-  };
-  EXPECT_EQ(query_length(">q \nMKV\n>r\nA\n"), 3);
-  EXPECT_EQ(query_length(">q\n" + std::string(15'998, 'A')), MP_LEN - 2);
-  p.MAX_SEQ_LEN = 10;
-  EXPECT_EQ(query_length(">q x\nAAAAAA"), 6);
-  EXPECT_EXIT(query_length(">q x\nAAAAAAA"), ExitedWithCode(255),
-              "^Sequence too long: q \\(> 7 residues\\):  Increase MAX_SEQ_LEN\n$");
-}
-
 TEST(SequenceFile, ResiduesOfADatabaseMustBeCountable) {
   TextDatabase database;
   database.nres = int64_t{INT32_MAX} + 1;
