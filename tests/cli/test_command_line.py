@@ -118,18 +118,6 @@ class Configuration(zelvan_cli.TestCase):
             path.write_bytes(path.read_bytes().replace(b"\n", b"\r\n"))
         self.refuse("", *QUIET, status=0)
 
-    def test_the_table_of_penalties_wins_unless_it_is_switched_off(self):
-        self.configure(defaults=None, gapdefs="2:VTML160:1:11:9:9\n0:VTML160:7:7:7:7\n")
-        for args, expected in (
-            ((), {"LD": "1.00", "LI": "11.00"}),
-            (("-ugd", 0, "-ld_pen", 1.29), {"LD": "1.29", "LI": "14.00"}),
-            (("-mode", 200), {"LD": "7.00"}),
-            (("-m", "PAM100"), {"LD": "2.00", "LI": "14.00"}),
-        ):
-            run = self.succeed("-s", zelvan_cli.QUERY, "-d", zelvan_cli.SAMPLE, "-niter", 1, "-apt", 0, "-max_aout", 0,
-                               "-ld_pen", 2, "-li_pen", 14, *args)  # fmt: skip
-            self.assertEqual(dict(re.findall(r"^# (L[DI]) penalty: +(\S+)$", run.stdout, re.M)), expected)
-
 
 if __name__ == "__main__":
     unittest.main()
