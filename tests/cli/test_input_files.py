@@ -28,7 +28,11 @@ class InputFiles(zelvan_cli.TestCase):
         for content, db_format, stored, report in (
             (b">a b\r\nMk-1\r\n\r\n>c\r\n", 1, b"a\0b\0 MK\0c\0-\0 \0", ""),
             (b"\xff\0\n>a \xff\0t\nM\0\xffK>b  t\nLL", 1, b"a\0\xff\x1at\0 MK\0b\0 t\0 LL\0", ""),
-            (b">P1;a\nt\nMK\n*\n>P1;b\nu\nLL\n", 0, b"P1;a\0t\0 MK\0", star),
+            (b">P1;a\nt\nMK\n*\n>P1;b\nu\nLL\n", 0, b"P1;a\0t\0 MK\0", star + "Success\nIDENT:P1;b\n"),
+            (b">P1;ID x\nThe title \n MKV\nl-2a*\n>B\n\nA*\n", 0, b"P1;ID\0The title \0 MKVLA\0B\0\0 A\0", ""),
+            (b">a\nt\nMK*LL>c\n>b\r\nu\r\n*\r\n", 0, b"a\0t\0 MK\0b\0u\0 \0", ""),
+            (b">a\n>b\nM>K\n>L*", 0, b"a\0>b\0 MKL\0", ""),
+            (b">a b\n", 0, b"", "End of file found before title line: Success\nIDENT:a\n"),
             (f">{LONG} {LONG}\nMK\n{LONG}\n".encode(), 1, f"{LONG}\0{LONG}\0 MK{LONG.upper()}\0".encode(), ""),
             (b"no sequences here\n" * 9, 1, b"", ""),
         ):

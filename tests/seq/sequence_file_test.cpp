@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <cerrno>
 #include <random>
 
 #include "seq_data.h"
@@ -12,16 +11,9 @@
 namespace zelvan {
 namespace {
 
-using namespace std::string_literals;
-using testing::ExitedWithCode;
-
-constexpr int32_t PIR = 0;
-constexpr int32_t FASTA = 1;
-
-// Every record of a text, read through a buffer of the given size.
-std::vector<Record> read_all(const std::string& text, int32_t format, std::size_t buffer_size = 1 << 18) {
-  Params p = settings();
-  p.DB_FORMAT = format;
+// Every record of a FASTA text, read through a buffer of the given size.
+std::vector<Record> read_all(const std::string& text, std::size_t buffer_size) {
+  const Params p = settings();
   const TemporaryDirectory directory;
   FILE* const stream = std::fopen(directory.file("text", text).c_str(), "r");
   SeqReader reader = make_reader(stream, "text");
@@ -29,44 +21,9 @@ std::vector<Record> read_all(const std::string& text, int32_t format, std::size_
   SeqStore store;
   SeqRec record;
   std::vector<Record> records;
-  while (get_db_seq(reader, store, record, &p)) records.push_back(texts_of(record));
+  while (gseq_fasta(reader, store, record, &p)) records.push_back(texts_of(record));
   std::fclose(stream);
   return records;
-}
-
-TEST(SequenceFile, ReadsEveryShapeOfARecord) {
-  const std::string strange =
-      "Something strange with sequence identifier in fasta file: Invalid argument\nLine:";
-  const std::string end = "The file is read up to this record only: write a name behind its \">\"\n";
-  const std::string no_star = "End of file found before sequence terminating star: Success\nIDENT:";
-  const std::string no_title = "End of file found before title line: Success\nIDENT:";
-  const struct {
-    int32_t format;
-    std::string text;
-    std::vector<Record> records;
-    std::string report = "";
-  } cases[] = {
-      {FASTA, ">a\tb  c \nac-g*t 12.\tn\n\n", {{"a\tb", " c ", "ACGTN"}}},
-      {FASTA, ">a\0\x62 \xff\xe9\nM\0\xffK\xc3\x84\n"s, {{"a\x1a\x62", "\xff\xe9", "MK"}}},
-      {FASTA,
-       ">a\nM\n>\nKK\n>b\nC\n",
-       {{"a", "-", "M"}},
-       strange + ">\nFile: text  Line: 3  Record: 2\n" + end},
-      {FASTA, ">   \r\nKK\n", {}, strange + ">   \nFile: text  Line: 1  Record: 1\n" + end},
-      {PIR,
-       ">P1;ID x\nThe title \n MKV\nlla*\n>B\n\nA*\n",
-       {{"P1;ID", "The title ", "MKVLLA"}, {"B", "", "A"}}},
-      {PIR, ">a\nt\nMK*LL>c\n>b\r\nu\r\n*\r\n", {{"a", "t", "MK"}, {"b", "u", ""}}},
-      {PIR, ">a\n>b\nM>K\n>L*", {{"a", ">b", "MKL"}}},
-      {PIR, ">a\nt\nM*\n>b\nu\nKK\n", {{"a", "t", "M"}}, no_star + "b\n"},
-      {PIR, ">a b\n", {}, no_title + "a\n"},
-  };
-  for (const auto& c : cases) {
-    std::vector<Record> records;
-    errno = 0;
-    EXPECT_EQ(reported([&] { records = read_all(c.text, c.format); }), c.report);
-    EXPECT_EQ(records, c.records) << c.text;
-  }
 }
 
 // The definition, one byte after the other, for texts without zero bytes.
@@ -107,7 +64,7 @@ TEST(SequenceFile, ReadsAnyTextThroughAnyBuffer) {
     for (std::size_t n = random() % 60; n > 0; --n) text += bytes[random() % bytes.size()];
     const std::size_t buffer_size = 1 + random() % 9;
     std::vector<Record> records;
-    reported([&] { records = read_all(text, FASTA, buffer_size); });
+    reported([&] { records = read_all(text, buffer_size); });
     EXPECT_EQ(records, fasta_by_definition(text)) << text << " through " << buffer_size;
   }
 }
@@ -116,7 +73,7 @@ TEST(SequenceFile, ResiduesOfADatabaseMustBeCountable) {
   TextDatabase database;
   database.nres = int64_t{INT32_MAX} + 1;
   const Params p = settings();
-  EXPECT_EXIT(text_database_info(database, &p), ExitedWithCode(255),
+  EXPECT_EXIT(text_database_info(database, &p), testing::ExitedWithCode(255),
               "^Too many residues in .*: 2147483648 \\(at most 2147483647\\)");
 }
 
