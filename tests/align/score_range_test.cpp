@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "align/small_problem.h"
+#include "support/small_alphabet.h"
 
 namespace zelvan {
 

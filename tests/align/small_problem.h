@@ -2,14 +2,12 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <string>
 #include <vector>
 
 #include "align/cell_flags.h"
 #include "align/lookup.h"
 #include "align/scan/scan.h"
-#include "align/trace/path_store.h"
 #include "support/small_alphabet.h"
 
 namespace zelvan {
@@ -70,14 +68,6 @@ inline Problem random_problem(Random& random, int32_t mode, int32_t longest) {
     }
   }
   return problem;
-}
-
-// What tells paths apart: where they begin and end, and the best value.
-template <class Paths>
-std::vector<std::array<int32_t, 5>> fields(const Paths& paths) {
-  std::vector<std::array<int32_t, 5>> all;
-  for (const PathRec& p : paths) all.push_back({p.start_i, p.start_j, p.end_i, p.end_j, p.best});
-  return all;
 }
 
 // The whole matrix of cells, each worked out by itself from the definition.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <map>
 
 #include "align/small_problem.h"
@@ -102,7 +103,9 @@ TEST(Traceback, FindsAndTracesThePathsOfTheModel) {
     expect_flags(flags, cells);
     EXPECT_TRUE(std::is_sorted(paths.begin(), paths.end(),
                                [](const PathRec& a, const PathRec& b) { return a.best > b.best; }));
-    std::vector<Way> found = fields(paths);
+    std::vector<Way> found;
+    for (const PathRec& path : paths)
+      found.push_back({path.start_i, path.start_j, path.end_i, path.end_j, path.best});
     std::sort(found.begin(), found.end());
     ASSERT_EQ(found, expected_paths(problem, cells));
     kept += paths.size();
