@@ -93,16 +93,14 @@ TEST(AlignmentText, ATraceThatFailsShowsWhatCameBeforeIt) {
 }
 
 TEST(AlignmentText, FiguresLineFollowsStatisticsAndLogScores) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"DO_STATS 2 PROB_TYPE 0 LOG_SCORES 0", "Target_Length: 6 Pvalue: 0.100259\n        ***"},
-      {"DO_STATS 2 PROB_TYPE 1 LOG_SCORES 0", "Target_Length: 6 Evalue: 0.200518\n        ***"},
-      {"DO_STATS 0 PROB_TYPE 0 LOG_SCORES 0", "Target_Length: 6         ***"},
-      // 23 x 1.609 / 1.792 = 20.7
-      {"DO_STATS 2 PROB_TYPE 0 LOG_SCORES 1", "Target_Length: 6 ln()_Score: 20\n        ***"},
-  };
   Report report("AABAA");
   report.hit("hit", "a long title", "AABXAA", 230);
-  for (const auto& [settings, line] : cases) {
+  for (const auto& [settings, line] :
+       {std::pair("DO_STATS 2 PROB_TYPE 0 LOG_SCORES 0", "Target_Length: 6 Pvalue: 0.100259\n        ***"),
+        {"DO_STATS 2 PROB_TYPE 1 LOG_SCORES 0", "Target_Length: 6 Evalue: 0.200518\n        ***"},
+        {"DO_STATS 0 PROB_TYPE 0 LOG_SCORES 0", "Target_Length: 6         ***"},
+        // 23 x 1.609 / 1.792 = 20.7
+        {"DO_STATS 2 PROB_TYPE 0 LOG_SCORES 1", "Target_Length: 6 ln()_Score: 20\n        ***"}}) {
     set_keys(report.p, settings);
     EXPECT_EQ(count_of(report.print(), line), 1) << settings << report.print();
   }

@@ -56,14 +56,6 @@ class ReportTest(zelvan_cli.TestCase):
         self.assertEqual([int(b) for b in blocks[0::2]], list(range(1, len(columns) + 1, width)))
         return [(row[1], int(row[3]), int(row[4])) for row in rows]
 
-    def check_alignments_of(self, width, length):
-        text = self.search("NITER", 1, "MULTIPLE_OUTPUT_LENGTH", width)
-        alignment = text.split("iteration: 0\n# Format")[1].split("#\n# Multiple alignment End")[0]
-        columns = (self.work / "block_file_out.blc").read_text().split("*Iteration: 0\n")[1].split("\n*\n")[0]
-        columns = columns.split("\n")
-        self.assertEqual(len(columns), length)
-        self.check_alignment(alignment, columns, width)
-
     def test_sections_follow_and_agree(self):
         report = self.search("NITER", 3)
         *parts, last = HEADER.split(report)
@@ -96,7 +88,12 @@ class ReportTest(zelvan_cli.TestCase):
     def test_blocks_of_any_width(self):
         ((_, query),) = zelvan_cli.fasta(QUERY).items()
         for width in (1, 7, len(query), len(query) + 1, 2**31 - 1):
-            self.check_alignments_of(width, len(query))
+            text = self.search("NITER", 1, "MULTIPLE_OUTPUT_LENGTH", width)
+            alignment = text.split("iteration: 0\n# Format")[1].split("#\n# Multiple alignment End")[0]
+            block_file = (self.work / "block_file_out.blc").read_text()
+            columns = block_file.split("*Iteration: 0\n")[1].split("\n*\n")[0].split("\n")
+            self.assertEqual(len(columns), len(query))
+            self.check_alignment(alignment, columns, width)
         refused = self.zelvan("-s", QUERY, "-d", SAMPLE, "-mode", 202, "-multiple_output_length", 0)
         self.assertEqual(refused.status, 255)
         self.assertRegex(refused.stderr, "^MULTIPLE_OUTPUT_LENGTH is 0: .*\n$")

@@ -230,9 +230,8 @@ class Inputs(TranslatedSearch):
     def test_codon_tables(self):
         lines = (zelvan_cli.CODONS / "codo.tst").read_text().splitlines()
         own_table = ("-general_dir", self.work, "-codon_file", "code.tst")
-        stops = {"A": "TGATGATGA"}
-        for table, score in (("vertebrate_mitochondrial.tst", 33), ("codo.tst", 0)):
-            self.assertEqual(self.search(10, "WWW", stops, "-codon_file", table).stdout, f"{score} A\n")
+        mitochondrial = ("-codon_file", "vertebrate_mitochondrial.tst")
+        self.assertEqual(self.search(10, "WWW", {"A": "TGATGATGA"}, *mitochondrial).stdout, "33 A\n")
         self.refuse(f"Cannot open file: .*File: {zelvan_cli.CODONS}/none.tst\n",
                     *self.inputs(22, "ATG", {"A": "M"}), "-codon_file", "none.tst")  # fmt: skip
         self.file("code.tst", "\n".join(lines[::-1]))  # its order makes codons hard to find

@@ -22,10 +22,4 @@ inline Params* configured(std::string_view defaults) {
   return &record;
 }
 
-// read_gaps - GetGaps on a file with this content.
-inline bool read_gaps(std::string_view content, Params* p) {
-  const TemporaryDirectory work;
-  return GetGaps(work.file("gapdefs", content).c_str(), p);
-}
-
 }  // namespace zelvan

@@ -9,10 +9,12 @@ namespace {
 
 TEST(GapDefaults, FirstFittingEntryWins) {
   Params* p = configured("");
-  ASSERT_TRUE(read_gaps(
+  const TemporaryDirectory work;
+  const std::string path = work.file(
+      "gapdefs",
       "0:md.mat:1:2:3:4\n2:md.mat:5:6:7:8\n2:md.mat:50:60:70:80\n200:md.mat:9:9:9:9\n22:md.mat:11:12:13:14\n"
-      "2:MD.MAT:90:90:90:90\n0:./md.mat:15:16:17:18\n",
-      p));
+      "2:MD.MAT:90:90:90:90\n0:./md.mat:15:16:17:18\n");
+  ASSERT_TRUE(GetGaps(path.c_str(), p));
   const struct {
     int32_t mode;
     const char* matrix;

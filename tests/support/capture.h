@@ -26,28 +26,24 @@ std::string written(Write write) {
   return result;
 }
 
-// reported - everything that `run` writes to std_err.
+// diverted - everything that `run` writes to a stream of the program, std_err or std_out.
 template <class Run>
-std::string reported(Run run) {
-  FILE* kept = std_err;
+std::string diverted(FILE*& program_stream, Run run) {
+  FILE* const kept = program_stream;
   const std::string result = written([&](FILE* stream) {
-    std_err = stream;
+    program_stream = stream;
     run();
-    std_err = kept;
   });
+  program_stream = kept;
   return result;
 }
-
-// printed - everything that `run` writes to the report stream.
+template <class Run>
+std::string reported(Run run) {
+  return diverted(std_err, run);
+}
 template <class Run>
 std::string printed(Run run) {
-  FILE* kept = std_out;
-  const std::string result = written([&](FILE* stream) {
-    std_out = stream;
-    run();
-    std_out = kept;
-  });
-  return result;
+  return diverted(std_out, run);
 }
 
 // The places of a text in another.
