@@ -178,6 +178,7 @@ class SimpleScan(TranslatedSearch):
         run = self.search(10, "WWW\n>a second query\nM", database, "-max_nseq", 1)  # no bound on the number
         self.assertEqual(run[1:], ("0 short\n11 one\n33 three\n22 N\n", ""))
         self.assertEqual(self.search(10, "WWW", database, "-precision", 10).stdout, "0 short\n1 one\n3 three\n2 N\n")
+        self.assertEqual(self.search(10, "G", {"A": "TGG"}).stdout, "0 A\n")  # the last two bases are no residues
 
     def test_takes_penalties_from_the_configuration_only(self):
         gene = self.gene(SIGNAL)
