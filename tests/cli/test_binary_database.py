@@ -60,7 +60,7 @@ class BuildTest(zelvan_cli.TestCase):
         for matrix, codes in (("BLOSUM62", 0), ("PAM120", 1)):
             self.check_build(SAMPLE, 1, fasta_records(SAMPLE), matrix, codes, 0)
         by_length = {len(residues): (name, title, residues) for name, title, residues in fasta_records(SAMPLE)}
-        distinct = self.file("t.fa", "".join(f">{name} {title}\n{letters}\n" for name, title, letters in by_length.values()))
+        distinct = self.file("t.fa", "".join(f">{r[0]} {r[1]}\n{r[2]}\n" for r in by_length.values()))
         for codes in (0, 1):
             self.check_build(distinct, 1, by_length.values(), "BLOSUM45", codes, 1)
         pir = self.file("t.pir", ">P1;one\na title\nacd-EF 12\nGH*\nrest\n>P1;two\n\n*\n>P1;cut\nno star\nAC")

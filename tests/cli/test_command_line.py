@@ -35,8 +35,9 @@ class CommandLine(zelvan_cli.TestCase):
             # An unknown key ends the reading but not the run: what came before it holds.
             (("-mode", 31, "-nonsense", 1, "-mode", 11), 255, UNKNOWN_KEY.format(3, "-nonsense", "") + NO_MODE.format(31)),
             *(((*QUIET, typed, 31), 0, UNKNOWN_KEY.format(3, typed, f": did you mean -{meant}?"))
-              for typed, meant in (("--mode", "mode"), ("-Nitre", "niter"), ("MATRX_FILE", "matrix_file"), ("-S", "s"))),
-            *(((*QUIET, typed, 31), 0, UNKNOWN_KEY.format(3, typed, "")) for typed in ("-h", "", "-", "x" * 10**5)),
+              for typed, meant in (("--mode", "mode"), ("-Nitre", "niter"), ("MATRX_FILE", "matrix_file"), ("-S", "s"),
+                                   ("-tme", "time"))),
+            *(((*QUIET, typed, 31), 0, UNKNOWN_KEY.format(3, typed, "")) for typed in ("-h", "", "-", "-nxtxr", "x" * 10**5)),
             ((*QUIET, "-evalue", 1, "-inclusion_ethresh", 1, "-num_iterations", 1), 0, ""),
             *((("MODE", mode), 255, NO_MODE.format(mode)) for mode in (1, 3, 31, -1, 201, 98)),
             *((("MODE", mode), 0, "") for mode in (11, 29, 9999)),

@@ -144,7 +144,8 @@ class Streams(Faults):
             (("-mode", 10, "-gd", self.work, "-codon", "query", "-stderr", query), "STDERR", "CODON_FILE"),
             ((*search, *side, "./a"), "BLOCK_FILE_OUT", "FRAG_FILE_OUT"),  # not there yet
             ((*search, "-stdout", "log", "-stderr", "log"), "STDOUT", "STDERR"),
-            ((*search, "-extract_seq", 9, "-extract_file", link), "EXTRACT_FILE", "QSEQ_FILE"),
+            *(((*search, "-mode", mode, "-extract_seq", 9, "-extract_file", link), "EXTRACT_FILE", "QSEQ_FILE")
+              for mode in (202, 22)),
             ((*extract, "-stdin", report, "-extract_file", self.database), "EXTRACT_FILE", "DB_FILE"),
             ((*extract, "-stdin", report, "-extract_file", report), "EXTRACT_FILE", "STDIN"),
             (("-mode", 667, "-nsubset", 9, "-d", self.database, "-stdout", self.database), "STDOUT", "DB_FILE"),

@@ -55,8 +55,8 @@ TEST(CalcProfile2, KeepsTheMatrixColumnsWhereNothingWasObserved) {
   }
 }
 
-// A copy of the query brings no independent observation: method 2 gives the odds x of the matrix back, corrected for the
-// profile's composition. By hand: a profile of one column Q = p x over a background p gives Q / ((p + m) / 2),
+// A copy of the query brings no independent observation: method 2 gives the odds x of the matrix back, corrected for
+// the profile's composition. By hand: a profile of one column Q = p x over a background p gives Q / ((p + m) / 2),
 // where m averages Q and 50 times p. The weight factor multiplies the entries.
 TEST(CalcProfile2, LeansTheBackgroundTowardsTheProfile) {
   const Family family(MATRIX, "W", {"W"});
