@@ -244,7 +244,8 @@ class Builds(Faults):
         """A build that has written both files and waits for this process, which seems to be storing others."""
         folder = os.open(self.work, os.O_RDONLY)
         fcntl.flock(folder, fcntl.LOCK_EX)
-        process = self.start("-mode", 99, "-d", self.large, "-bdb", "target")
+        process = self.start("-mode", 99, "-d", self.large, "-bdb", "target",
+                             preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))  # off in the background
         told = iter(process.stderr.readline, b"")
         self.assertTrue(any(line.startswith(b"Waiting for another build") for line in told))
         yield process
