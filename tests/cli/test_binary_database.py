@@ -181,7 +181,14 @@ class DamageTest(zelvan_cli.TestCase):
                 moved += sequences[at : at + size + (k % 6 < 4)]  # only of residues the zero byte is counted
             self.assertTrue(self.accepted(index[: -self.RECORDS] + struct.pack("=18i", *fields), moved))
         index, sequences = self.build(0)
-        self.assertFalse(self.accepted(index[:-56] + index[-8:] + index[-48:], sequences), "the last residues twice")
+        fields = struct.unpack("=18i", index[-self.RECORDS :])
+        for first, place in (
+            (16, fields[4:6]),  # the residues of the first once more
+            (12, (fields[4] + 3, 3)),  # the name inside them
+            (16, (fields[14] + 5, 5)),  # residues inside the title "third one"
+        ):
+            shared = (*fields[:first], *place, *fields[first + 2 :])
+            self.assertFalse(self.accepted(index[: -self.RECORDS] + struct.pack("=18i", *shared), sequences), first)
 
     def test_files_of_two_builds(self):
         texts = (self.TEXT, ">one first\nACDEFACD\n>t\n\n>three third one\nMKVWAA\n",
