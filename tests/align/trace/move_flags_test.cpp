@@ -5,8 +5,10 @@
 namespace zelvan {
 namespace {
 
+class MoveFlagsOfEverySet : public EverySet {};
+
 // At least 110,000 pairs; negative penalties are the reference's in every set.
-TEST_P(EverySet, GivesTheFlagsOfTheReference) {
+TEST_P(MoveFlagsOfEverySet, GivesTheFlagsOfTheReference) {
   Random random(12);
   MoveFlags flags, expected;
   int32_t pairs = 0;
@@ -35,7 +37,7 @@ TEST_P(EverySet, GivesTheFlagsOfTheReference) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(MoveFlags, EverySet, ::testing::ValuesIn(VECTOR_SETS), set_name);
+INSTANTIATE_TEST_SUITE_P(Trace, MoveFlagsOfEverySet, ::testing::ValuesIn(VECTOR_SETS), set_name);
 
 }  // namespace
 }  // namespace zelvan
