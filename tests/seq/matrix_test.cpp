@@ -109,9 +109,15 @@ TEST_F(MatrixTest, CountsTheResiduesOfTheDatabase) {
   GetDBFreqs(&seq, 1, &p);
   EXPECT_EQ(m.dbcount, (UTvector<int32_t>{1, 3, 0, 0, 0, 0}));
   EXPECT_EQ(m.dbfreq, (UTvector<double>{0.25, 0.75, 0, 0, 0, 0}));
+  const std::string warnings = written([&](FILE* stream) {
+    p.STDERR = stream;
+    GetDBFreqs(&seq, 1, &p);
+  });
+  EXPECT_EQ(m.dbcount, (UTvector<int32_t>{2, 6, 0, 0, 0, 0})) << "counts add up";
+  EXPECT_EQ(warnings, "# Warning: GetDBFreqs fchk = 2\n# Warning: GetDBFreqs cchk = 8\n");
 }
 
-// 0 / 0 is no number, and so does not differ from 1 by more than a number.
+// 0 / 0 is NaN, and so does not differ from 1 by more than a number.
 TEST_F(MatrixTest, FrequenciesOfNoResidues) {
   load("t\nX\n1\n", PIR);
   BdbInfo info;

@@ -4,7 +4,9 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
 #include <random>
+#include <sstream>
 #include <string>
 
 #include "seq/database_info.h"
@@ -156,6 +158,30 @@ TEST(DoLpfit, FailuresAreToldByCode) {
   Search flat(4000, 1);
   flat.scores.assign(flat.scores.size(), 3000);
   EXPECT_EQ(flat.fitted().error, FIT_RANGE_FAILED);
+}
+
+// The ranges of one trace file have the hits of their bins in the other.
+TEST(FitTrace, BinsAndRangesAgree) {
+  Search search(4000, 1);
+  search.p.LPFIT_PRINT = 1;
+  const TemporaryDirectory directory;
+  directory.inside([&] { EXPECT_EQ(search.fitted().error, 0); });
+  std::map<int, int> of_bins, of_ranges;
+  int bin = 0, tenths = 0, hits = 0, number = 0;
+  std::istringstream bins(file_content(directory.at("STAT_DATA")));
+  for (double lpl = 0, sum = 0, mean = 0; bins >> bin >> tenths >> hits >> lpl >> sum >> mean >> number;) {
+    EXPECT_EQ(tenths, bin + 40);
+    EXPECT_EQ(static_cast<int>(10 * lpl), tenths);
+    if (number > 0) of_bins[number] += hits;
+  }
+  std::istringstream steps(file_content(directory.at("PROCESSING")));
+  for (std::string line; std::getline(steps, line);) {
+    if (std::sscanf(line.c_str(), "m = %d, templpl = %d, lplscorerange = %d", &number, &bin, &hits) == 3) {
+      of_ranges[number] = hits;
+    }
+  }
+  EXPECT_GE(of_ranges.size(), 3U);
+  EXPECT_EQ(of_bins, of_ranges);
 }
 
 // A = 10 + 2 lpl, B = 0.5 lpl within 4..5.
