@@ -42,6 +42,8 @@ TEST_F(MatrixTest, ReadsThePlainLayout) {
   }
   EXPECT_EQ(m.minval, -3000);
   EXPECT_EQ(m.maxval, 900);
+  const std::string text = written([&](FILE* stream) { PrintPairscoreMatrix(stream, m, &p); });
+  EXPECT_EQ(count_of(text, "#A    1  -2   3   0   0   0 -30\n"), 1) << text;
 }
 
 TEST_F(MatrixTest, ReadsTheNcbiLayout) {

@@ -160,14 +160,14 @@ TEST(DoLpfit, FailuresAreToldByCode) {
   EXPECT_EQ(flat.fitted().error, FIT_RANGE_FAILED);
 }
 
-// The ranges of one trace file have the hits of their bins in the other.
+// The ranges of one trace file have the hits of their bins in the other; with many hits they are of 0.4 lpl.
 TEST(FitTrace, BinsAndRangesAgree) {
-  Search search(4000, 1);
+  Search search(20000, 1);
   search.p.LPFIT_PRINT = 1;
   const TemporaryDirectory directory;
   directory.inside([&] { EXPECT_EQ(search.fitted().error, 0); });
   std::map<int, int> of_bins, of_ranges;
-  int bin = 0, tenths = 0, hits = 0, number = 0;
+  int bin = 0, tenths = 0, hits = 0, number = 0, width = 0;
   std::istringstream bins(file_content(directory.at("STAT_DATA")));
   for (double lpl = 0, sum = 0, mean = 0; bins >> bin >> tenths >> hits >> lpl >> sum >> mean >> number;) {
     EXPECT_EQ(tenths, bin + 40);
@@ -179,7 +179,9 @@ TEST(FitTrace, BinsAndRangesAgree) {
     if (std::sscanf(line.c_str(), "m = %d, templpl = %d, lplscorerange = %d", &number, &bin, &hits) == 3) {
       of_ranges[number] = hits;
     }
+    std::sscanf(line.c_str(), "templpl = %*d, lplrangewidth = %d", &width);
   }
+  EXPECT_EQ(width, 4);
   EXPECT_GE(of_ranges.size(), 3U);
   EXPECT_EQ(of_bins, of_ranges);
 }

@@ -24,7 +24,7 @@ struct Scan {
     SeqRec seq;
     seq.len = residues + 2;
     seqs.push_back(seq);
-    scores.push_back(static_cast<int32_t>(score) * 100);
+    scores.push_back(score < 0 ? -1 : static_cast<int32_t>(score) * 100);
   }
   int32_t n() const { return static_cast<int32_t>(seqs.size()); }
   ZStats stats() const { return do_stats(scores.data(), seqs.data(), n(), &p); }
@@ -70,6 +70,8 @@ TEST(ZscoreStats, RelatedSequencesNeitherLiftNorWidenTheBackground) {
   Scan alone;
   add_unrelated(alone, 2000, random);
   const ZStats expected = alone.stats();
+  EXPECT_NEAR(expected.line.slope, SLOPE, 0.3);
+  EXPECT_NEAR(expected.line.variance, SD * SD, 2);
   Scan mixed = alone;
   for (int32_t k = 0; k < 200; ++k) mixed.add(uniform(random, 150, 900), uniform(random, 200, 600));
   const ZStats stats = mixed.stats();
