@@ -37,8 +37,8 @@ struct Search {
              "LPFIT_PRINT 0");
     p.binfo = &info;
   }
-  // Unrelated sequences: scores extreme-value distributed, location ln(K m n) / lambda, scale 1 / lambda, lengths
-  // log-normal around 300 residues.
+  // Unrelated sequences: scores extreme-value distributed, location ln(K m n) / lambda, scale 1 / lambda,
+  // lengths log-normal around 300 residues.
   Search(int32_t unrelated, unsigned seed) : Search() {
     std::mt19937_64 random(seed);
     std::lognormal_distribution<double> lengths(std::log(300.0), 0.65);
@@ -126,9 +126,13 @@ TEST(DoLpfit, WhereNoExponentialFitsTheLocationIsALine) {
   Search search;
   double xy = 0, xx = 0;
   // It falls with length, ever faster.
-  for (const auto& [length, location] : {std::pair(90, 30.0), {200, 29.0}, {444, 18.5}}) {
+  const struct {
+    int32_t length;
+    double location, scale;
+  } ranges[] = {{90, 30, 2}, {200, 29, 3}, {444, 18.5, 5}};
+  for (const auto& [length, location, scale] : ranges) {
     for (int k = 0; k < 2000; ++k) {
-      const double score = location - 3 * std::log(-std::log((k + 0.5) / 2000));
+      const double score = location - scale * std::log(-std::log((k + 0.5) / 2000));
       search.add(length, static_cast<int32_t>(100 * score));
     }
     const double lpl = log_length_product(QUERY_LENGTH, length);
@@ -140,7 +144,8 @@ TEST(DoLpfit, WhereNoExponentialFitsTheLocationIsALine) {
   EXPECT_EQ(lpfit.EXPORLIN, 1);
   EXPECT_EQ(lpfit.paramA[0], 0.0);
   EXPECT_NEAR(lpfit.paramA[1], xy / xx, 0.005);
-  EXPECT_NEAR(lpfit.Bmin, 3, 0.03);
+  EXPECT_NEAR(lpfit.Bmin, (3 * 2 + 2 * 3 + 5) / 6.0, 0.05);
+  EXPECT_NEAR(lpfit.Bmax, (3 * 5 + 2 * 3 + 2) / 6.0, 0.05);
 }
 
 TEST(DoLpfit, FailuresAreToldByCode) {

@@ -13,8 +13,8 @@
 namespace zelvan {
 namespace {
 
-// A stopwatch that shows these figures, and what little time has passed since: user, system, children's user and
-// system, elapsed; each since the last reading and since the start.
+// A stopwatch that shows these figures, and what little time has passed since: user, system, children's user
+// and system, elapsed; each since the last reading and since the start.
 void set_stopwatch() {
   UT_reset_times();
   UT_init_times();
