@@ -1,8 +1,8 @@
 #include "driver/gap_defaults.h"
 
 #include "driver/config_file.h"
-#include "driver/search_mode.h"
 #include "driver/key_table.h"
+#include "driver/search_mode.h"
 #include "util/streams.h"
 #include "util/text.h"
 
