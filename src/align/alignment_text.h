@@ -20,7 +20,8 @@ namespace zelvan {
 //        alignments before it
 void print_alignments_pp(const RankedScan& scan, TracedHits& traced, Params* p);
 
-// printal2 - traces and writes the alignments of one hit, one after the other, numbered by their place in `paths`.
+// printal2 - traces and writes the alignments of one hit, one after the other, numbered by their place in
+// `paths`.
 // Does   leaves out, with its number, a path shorter than MIN_LEN columns or, with DO_STATS 2, less
 //        significant than PROBCUT
 // In     paths: of align_hit for the latest hit, which `target` is

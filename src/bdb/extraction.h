@@ -12,8 +12,8 @@ namespace zelvan {
 // subset_db - mode 667: an evenly spaced sample of the text database DB_FILE by length, to std_out.
 // Does   from the longest sequence downwards, every (sequences / NSUBSET)-th; never the shortest. Residues on
 //        one line, letters as read
-// Ends   when NSUBSET is below 1 or larger than the number of sequences, when there is none, and on every fault
-//        of the file (status -1)
+// Ends   when NSUBSET is below 1 or larger than the number of sequences, when there is none, and on every
+//        fault of the file (status -1)
 void subset_db(Params* p);
 
 // extract_seqs - writes the best sequences of a search to EXTRACT_FILE: positions n-1 down to, but excluding,

@@ -1,5 +1,5 @@
-// The layout of the binary database, shared by builder and loader. All integers are 4-byte signed, in the byte
-// order of the machine; nothing is padded or aligned.
+// The layout of the binary database, shared by builder and loader. All integers are 4-byte signed, in the
+// byte order of the machine; nothing is padded or aligned.
 //
 // Index file, ".bix": the fields of BdbInfo in their order, the three texts as bytes of the stated lengths
 // (index string without, date and name with a terminating zero), then one IndexRecord per sequence.

@@ -143,9 +143,10 @@ bool ends_at(const void* text, int32_t length) {
 }
 
 // The same for what the sequence file holds at the place of a good record. Codes beyond the alphabet would
-// index every score table beyond its end. The rest betrays a sequence file of another build: where the zero bytes
-// are those of the index, and no others, identifiers, titles and letters are cut where that build cut them; codes
-// may be zero, but no letter of an identifier passes for a code, and no residue for the pad before the first.
+// index every score table beyond its end. The rest betrays a sequence file of another build: where the zero
+// bytes are those of the index, and no others, identifiers, titles and letters are cut where that build cut
+// them; codes may be zero, but no letter of an identifier passes for a code, and no residue for the pad
+// before the first.
 const char* fault_of_sequence(const SeqRec& s, int8_t pad, const BdbInfo& info, const ScoreMatrix& matrix) {
   if (!ends_at(s.id, s.ilen)) return "its identifier does not end with its first zero byte";
   if (!ends_at(s.title, s.tlen)) return "its title does not end with its first zero byte";
@@ -243,7 +244,8 @@ void check_still_there(const FileRec& index_file) {
               index_file.name.c_str());
 }
 
-// A build that is killed while it stores its files can leave sequences without an index. Opening it fails next.
+// A build that is killed while it stores its files can leave sequences without an index. Opening it fails
+// next.
 void tell_missing_index(const Params* p) {
   const char* index = p->BDB_INDEX_FILE.name.c_str();
   const char* sequences = p->BDB_SEQ_FILE.name.c_str();

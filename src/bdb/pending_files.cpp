@@ -50,8 +50,8 @@ PendingFile prepare(const UTstring& name) {
   return file;
 }
 
-// Creates the temporary file, never one that is there already: the folder may be shared with other machines, where
-// a process has the same number. Returns its descriptor or -1.
+// Creates the temporary file, never one that is there already: the folder may be shared with other machines,
+// where a process has the same number. Returns its descriptor or -1.
 int create_temporary(PendingFile& file, const struct stat* old_opt) {
   const int descriptor = mkstemps(file.temporary.data(), static_cast<int>(SUFFIX_LENGTH));
   if (descriptor == -1) return -1;
@@ -88,8 +88,8 @@ void flush_folder(int descriptor) {
   if (descriptor != -1) fsync(descriptor);
 }
 
-// Keeps other builds in the same folder from renaming their files between ours. Where locks are not to be had the
-// files are renamed without.
+// Keeps other builds in the same folder from renaming their files between ours. Where locks are not to be had
+// the files are renamed without.
 void lock_folder(int descriptor, const UTstring& file) {
   if (descriptor == -1 || flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
   std::fprintf(std_err, "Waiting for another build, which is storing its files in %s\n",
@@ -98,11 +98,11 @@ void lock_folder(int descriptor, const UTstring& file) {
   flock(descriptor, LOCK_EX);
 }
 
-// Two names cannot change at once. To keep new sequences from ever standing beside an old index, which could suit
-// them by its numbers and not by its alphabet, the old index goes first: a kill in between leaves sequences without
-// an index, and a search that is just opening the two can see that its index has gone. All that takes time is done
-// before or after: what is written was flushed to the disk, and the blocks of the old files are not released
-// while they are open or stand aside.
+// Two names cannot change at once. To keep new sequences from ever standing beside an old index, which could
+// suit them by its numbers and not by its alphabet, the old index goes first: a kill in between leaves
+// sequences without an index, and a search that is just opening the two can see that its index has gone. All
+// that takes time is done before or after: what is written was flushed to the disk, and the blocks of the old
+// files are not released while they are open or stand aside.
 void rename_files(const PendingDatabase& pending) {
   const PendingFile& index = pending.index;
   const PendingFile& sequences = pending.sequences;

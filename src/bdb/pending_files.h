@@ -1,11 +1,11 @@
-// The two files of a database while they are being built. Each is written beside the file that it will replace,
-// under a name of its own, "NAME.XXXXXX.tmp"; both take their real names when both are complete. A build that
-// fails leaves nothing behind, one that is killed at most such files, and what stood under the real names before
-// stays whole.
+// The two files of a database while they are being built. Each is written beside the file that it will
+// replace, under a name of its own, "NAME.XXXXXX.tmp"; both take their real names when both are complete. A
+// build that fails leaves nothing behind, one that is killed at most such files, and what stood under the
+// real names before stays whole.
 //
-// Otherwise a file is opened as fopen(name, "w") opens it: one that may not be written ends the run, a symbolic
-// link is followed, permissions and owner stay those of the file that is replaced, and what is no regular file (a
-// device, a pipe) is written as it stands.
+// Otherwise a file is opened as fopen(name, "w") opens it: one that may not be written ends the run, a
+// symbolic link is followed, permissions and owner stay those of the file that is replaced, and what is no
+// regular file (a device, a pipe) is written as it stands.
 #pragma once
 
 #include <cstddef>
@@ -31,8 +31,8 @@ struct PendingDatabase {
   PendingFile sequences;
 };
 
-// prepare_files - everything about two files that takes memory: exhausted memory ends a run where it stands, which
-// is to be before any file exists.
+// prepare_files - everything about two files that takes memory: exhausted memory ends a run where it stands,
+// which is to be before any file exists.
 PendingDatabase prepare_files(const UTstring& index_name, const UTstring& sequences_name);
 
 // open_pending - opens one of the two files.
@@ -46,8 +46,8 @@ void put(const PendingDatabase& pending, const PendingFile& file, const void* by
 void discard(const PendingDatabase& pending);
 
 // publish - closes both files and gives them their names.
-// Does   of two builds into one name the later one to end prevails, never a mixture; a build that has to wait for
-//        another one says so on std_err
+// Does   of two builds into one name the later one to end prevails, never a mixture; a build that has to wait
+//        for another one says so on std_err
 // Ends   when a file cannot be written or replaced (status 1)
 void publish(PendingDatabase& pending);
 

@@ -69,7 +69,8 @@ void score_batch(const Batch& batch, const Search& search, const Params* p) {
   }
 }
 
-// Translates and encodes a record. Where that cannot be done, the run ends behind the lines of those before it.
+// Translates and encodes a record. Where that cannot be done, the run ends behind the lines of those before
+// it.
 void append_translated(Batch& batch, SeqRec record, const TranslatedSearch& translated, const Params* p) {
   const Search& search = translated.search;
   if (const int32_t at = translate_dna(record, translated.codons); at != 0) {

@@ -11,7 +11,8 @@
 // Labels shared by the three kernels:
 // In     qlen, dlen: stored lengths, pads included; qlen <= MP_LEN (checked by the caller)
 //        target[1..dlen-2]: residue codes, the rows
-//        table[c][j], j = 1..qlen-2, the columns: score of code c at query position j, matrix units x PRECISION
+//        table[c][j], j = 1..qlen-2, the columns: score of code c at query position j, matrix units x
+//        PRECISION
 //        open, extend: penalties of the first and of each further position of a gap, shift: of a step between
 //        frames; same unit, any sign
 // Out    best cell value >= 0, or -1 when no cell was computed

@@ -12,15 +12,15 @@ namespace {
 constexpr int32_t EDGE = 3;
 constexpr int32_t CODON = 3;
 
-struct Summit {
+struct BestCell {
   int32_t score = -1;
   int32_t row = 0;
   int32_t column = 0;
 };
 
 // The recurrence of npswli2, its flags kept for every cell.
-Summit fill_frame_flags(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table, int32_t ld_pen,
-                        int32_t li_pen, int32_t fs_pen, MoveFlags& flags) {
+BestCell fill_frame_flags(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table, int32_t ld_pen,
+                          int32_t li_pen, int32_t fs_pen, MoveFlags& flags) {
   // Two rows of cells, and what a gap from each of them leaves of its value, upwards and to the left.
   const auto columns = static_cast<std::size_t>(std::max(m, 1) + EDGE);
   UTvector<int32_t> cells[2] = {UTvector<int32_t>(columns, 0), UTvector<int32_t>(columns, 0)};
@@ -30,7 +30,7 @@ Summit fill_frame_flags(int32_t m, const int8_t* rows, int32_t n, const LookupTa
   int32_t* now = cells[1].data() + EDGE;
   int32_t* const after_up = gaps_up.data() + EDGE;
   int32_t* const after_left = gaps_left.data() + EDGE;
-  Summit summit;
+  BestCell best;
   for (int32_t i = 1; i <= n - 2; ++i) {
     const int32_t* s = table[rows[i]];
     uint8_t* row_flags = flags[i];
@@ -46,11 +46,11 @@ Summit fill_frame_flags(int32_t m, const int8_t* rows, int32_t n, const LookupTa
                                           (h == 0 ? CELL_ZERO : 0));
       after_up[j] = h - (h == up ? ld_pen : li_pen);
       after_left[j] = h - (h == left ? ld_pen : li_pen);
-      if (h > summit.score) summit = {h, i, j};
+      if (h > best.score) best = {h, i, j};
     }
     std::swap(above, now);
   }
-  return summit;
+  return best;
 }
 
 // The move by which the path enters a cell, seen from the move by which it leaves it. A gap that was charged
@@ -75,12 +75,12 @@ uint8_t move_into(uint8_t cell, uint8_t next_move, bool shifts_stay_together) {
 FramePath trace_frames(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table, int32_t ld_pen,
                        int32_t li_pen, int32_t fs_pen, int32_t fse_pen, MoveFlags& flags) {
   fit_flags(flags, n, m);
-  const Summit summit = fill_frame_flags(m, rows, n, table, ld_pen, li_pen, fs_pen, flags);
+  const BestCell best = fill_frame_flags(m, rows, n, table, ld_pen, li_pen, fs_pen, flags);
   FramePath path;
-  path.score = summit.score;
-  if (summit.score <= 0) return path;
-  int32_t i = summit.row;
-  int32_t j = summit.column;
+  path.score = best.score;
+  if (best.score <= 0) return path;
+  int32_t i = best.row;
+  int32_t j = best.column;
   uint8_t move = 0;
   while (i > 0 && j > 0 && (move = move_into(flags[i][j], move, fse_pen <= fs_pen)) != 0) {
     switch (move) {

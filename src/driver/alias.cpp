@@ -14,8 +14,8 @@ namespace {
 constexpr std::size_t LETTERS_PER_SLIP = 3;   // one wrong letter in so many is a slip
 constexpr std::size_t LONGEST_MISSPELT = 64;  // what is longer is no misspelt key
 
-// The fewest letters to put in, take out, replace or exchange with their neighbour to turn one word into the other;
-// capitals count as small letters.
+// The fewest letters to put in, take out, replace or exchange with their neighbour to turn one word into the
+// other; capitals count as small letters.
 std::size_t edit_distance(std::string_view a, std::string_view b) {
   const auto same = [](char x, char y) {
     return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));

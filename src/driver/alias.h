@@ -17,8 +17,8 @@ bool read_aliases(const char* path, AliasTable& out_table, Params* p);
 int32_t alias(const char* token, const char* key, const AliasTable& table);
 
 // nearest_word - the word of the table that a misspelt option (leading "-" ignored) most likely stands for.
-// Does   counts letters put in, left out, wrong or exchanged, one in three of the token's letters at most; of words
-//        as near the first in the table, of the spellings of one key the last
+// Does   counts letters put in, left out, wrong or exchanged, one in three of the token's letters at most; of
+//        words as near the first in the table, of the spellings of one key the last
 // Returns a word of the table, or null when none is near
 const char* nearest_word(const char* token, const AliasTable& table);
 

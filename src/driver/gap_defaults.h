@@ -7,8 +7,8 @@ namespace zelvan {
 
 // GetGaps - reads the gap-defaults file into p->GAPDEFS and p->NGAPDEFS, penalties scaled by the PRECISION in
 // force.
-// Does   one entry a line, "mode:matrix:LD_PEN:LI_PEN:FS_PEN:FSE_PEN"; lines that begin with "#" are comments, the
-//        first empty line ends the file, GAPDEFS_CAPACITY entries are the most
+// Does   one entry a line, "mode:matrix:LD_PEN:LI_PEN:FS_PEN:FSE_PEN"; lines that begin with "#" are
+//        comments, the first empty line ends the file, GAPDEFS_CAPACITY entries are the most
 // Returns true, p->SUCCESS = 1; or false after a report on std_err, p->SUCCESS = -1
 bool GetGaps(const char* path, Params* p);
 

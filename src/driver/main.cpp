@@ -1,4 +1,5 @@
-// Entry point: configure, hand the record to the driver of the mode, make sure that what it tells was written.
+// Entry point: configure, hand the record to the driver of the mode, make sure that what it tells was
+// written.
 #include <cstdio>
 #include <cstdlib>
 

@@ -14,7 +14,7 @@ namespace {
 enum class Role {
   INPUT,
   OUTPUT,
-  OWN,  // an output that stands for a stream of the process: whoever started the run has opened, and emptied, it
+  OWN,       // a stream of the process as an output: whoever started the run has opened, and emptied, it
   REPLACED,  // what STDOUT or STDERR named before another value came: it loses its contents, and nothing more
 };
 

@@ -172,8 +172,8 @@ struct Params {
 };
 
 // GetPars - builds the record: defaults, alias table, defaults file.
-// Returns the record, always, for the caller to keep for the run; SUCCESS is 1 when the whole file was read, else -1
-//        (reported)
+// Returns the record, always, for the caller to keep for the run; SUCCESS is 1 when the whole file was read,
+//        else -1 (reported)
 // Ends   on a refused PRECISION (status 0) and on a stream key whose file cannot be opened (status 1)
 Params GetPars(const char* defaults_path, const char* alias_path);
 

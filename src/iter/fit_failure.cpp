@@ -7,8 +7,8 @@
 namespace zelvan {
 namespace {
 
-// The fit needs three ranges, each at least a tenth of the logarithm of the length wide: lengths within this factor, the
-// exponential of two tenths, hardly fill them.
+// The fit needs three ranges, each at least a tenth of the logarithm of the length wide: lengths within this
+// factor, the exponential of two tenths, hardly fill them.
 constexpr double FACTOR_OF_LENGTHS = 1.22;
 
 // Residues of the sequence that a share of all is shorter than; there is one.

@@ -11,10 +11,10 @@
 namespace zelvan {
 
 // build_profile - realigns the best hits and rewrites the table from them.
-// Does   aligns each of the nsel best hits against the current table; a path of at least MIN_LEN columns whose
-//        significance is at or below PROBCUT2 becomes a row; then weight method 0 (profile_counts.h), 1 or 2
-//        (profile_log_odds.h) makes the new table, any other value of PROFILE_WEIGHT_METHOD leaves it. Prints
-//        counts and table on std_out when PRINT_FRQ_TABS and PRINT_PROFILES ask for it
+// Does   aligns each of the nsel best hits against the current table; a path of at least MIN_LEN columns
+//        whose significance is at or below PROBCUT2 becomes a row; then weight method 0 (profile_counts.h), 1
+//        or 2 (profile_log_odds.h) makes the new table, any other value of PROFILE_WEIGHT_METHOD leaves it.
+//        Prints counts and table on std_out when PRINT_FRQ_TABS and PRINT_PROFILES ask for it
 // In     nsel: hits at or below PROBCUT2; traced: what print_alignments_pp left of this very scan, or nothing
 // In/Out table: the one of the scan
 // Out    aldat: rows appended, best hit first

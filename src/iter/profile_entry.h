@@ -9,7 +9,7 @@ namespace zelvan {
 
 // profile_entry - a value without its fraction.
 // In     i: query position that it belongs to; keys: what to reduce when it is too large, for the message
-// Ends   when it is no number or not within -(2^31 - 1) .. 2^31 - 1 (status -1)
+// Ends   when it is NaN or not within -(2^31 - 1) .. 2^31 - 1 (status -1)
 int32_t profile_entry(double value, int32_t i, const char* keys, const Params* p);
 
 }  // namespace zelvan

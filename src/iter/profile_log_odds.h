@@ -7,15 +7,15 @@
 // 2. The score matrix turns f into the frequencies that it expects among relatives of what was observed,
 //    g(c) = p(c) sum over b of f(b) exp(lambda s(b, c)), p being the background in the database and lambda
 //    the scale of the matrix (residue_model.h).
-// 3. Both are mixed, Q = (alpha f + beta g) / (alpha + beta), with beta = 10: 7 lets more strangers in, 14 and 20
-//    find as much.
-//    Method 1: alpha is fixed at 2. Method 2: alpha is the number of independent observations behind the column,
-//    less one: the mean number of distinct residues per column of the common range, times the weight of the
-//    rows that do have a residue here. A family of near-identical sequences then says hardly more than the
-//    query alone, and a diverse one overrules the matrix.
-// 4. Half of p gives way to the profile's own composition, the mean of Q over all positions and 50 of the usual
-//    composition: p' = (p + mean Q) / 2. Unrelated sequences of a like composition, such as membrane proteins
-//    and coiled coils, would otherwise come into the profile and bring in their families.
+// 3. Both are mixed, Q = (alpha f + beta g) / (alpha + beta), with beta = 10: with 7 more false positives
+//    enter, 14 and 20 find as much.
+//    Method 1: alpha is fixed at 2. Method 2: alpha is the number of independent
+//    observations behind the column, less one: the mean number of distinct residues per column of the common
+//    range, times the weight of the rows that do have a residue here. A family of near-identical sequences
+//    then says hardly more than the query alone, and a diverse one overrules the matrix.
+// 4. Half of p gives way to the profile's own composition, the mean of Q over all positions and 50 of the
+//    usual composition: p' = (p + mean Q) / 2. Unrelated sequences of a like composition, such as membrane
+//    proteins and coiled coils, would otherwise come into the profile and bring in their families.
 // 5. The entry is ln(x) x PRECISION x POSWGTFAC with x = (Q / p')^(1 / lambda): log-odds in the units of the
 //    score matrix, so that gap penalties keep their meaning from iteration to iteration. Rounded to nearest.
 //    Odds of 0, of scores far below any sensible one, have no logarithm: the matrix score stays.
@@ -26,7 +26,7 @@
 //
 // Gap rows start afresh from LD_PEN and LI_PEN. In the modes 210 and 212 the opening penalty of a position is
 // lowered by the log-odds of a gap there against GAP_BACKGROUND, in the same units: positions where relatives
-// have gaps become cheaper, conserved ones dearer.
+// have gaps become cheaper, conserved ones more expensive.
 //
 // Sources: Henikoff & Henikoff 1994, J. Mol. Biol. 243:574 (weights); Tatusov, Altschul & Koonin 1994,
 // PNAS 91:12091 (pseudocounts from the target frequencies of a matrix); Altschul et al. 1997, Nucleic Acids

@@ -9,8 +9,8 @@
 
 namespace zelvan {
 
-// print_frequency_table, print_profile - counts and scores of the current iteration on std_out, a line for every
-// query position.
+// print_frequency_table, print_profile - counts and scores of the current iteration on std_out, a line for
+// every query position.
 // In     qlen: stored length; count: plain numbers; table x PRECISION
 void print_frequency_table(int32_t qlen, const LookupTable& count, const ScoreMatrix& matrix,
                            const Params* p);

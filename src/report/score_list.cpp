@@ -12,7 +12,7 @@ namespace {
 
 constexpr int32_t END_RULE_WIDTH = 54;
 
-// A cut-off is single precision, the value double: compared as doubles. No number never passes.
+// A cut-off is single precision, the value double: compared as doubles. NaN never passes.
 bool within(float cutoff, double value) {
   return static_cast<double>(cutoff) >= value;
 }

@@ -45,8 +45,8 @@ char complement_of(char base) {
   }
 }
 
-// The residues of the 64 codons without ambiguity, -1 where the table has none; index 16 a + 4 b + c of the base
-// numbers. Nearly all of a sequence is translated by it.
+// The residues of the 64 codons without ambiguity, -1 where the table has none; index 16 a + 4 b + c of the
+// base numbers. Nearly all of a sequence is translated by it.
 std::array<int32_t, NCODONS> plain_codons(const CodonTable& codons) {
   std::array<int32_t, NCODONS> residues{};
   for (std::size_t i = 0; i < residues.size(); ++i) {

@@ -8,8 +8,8 @@
 
 namespace zelvan {
 
-// One sequence. The three strings are not owned: they point into a SeqStore (sequences read from text) or into
-// the one block of a binary database, which must outlive the record.
+// One sequence. The three strings are not owned: they point into a SeqStore (sequences read from text) or
+// into the one block of a binary database, which must outlive the record.
 struct SeqRec {
   const char* id = nullptr;     // zero-terminated
   const char* title = nullptr;  // zero-terminated

@@ -37,8 +37,8 @@ void finish_records(const SeqReader& reader) {
   if (reader.before_end) reader.before_end();
 }
 
-// Makes unread bytes available; false at the end of the file. A record that a failing disk cuts short must not
-// pass for a whole one.
+// Makes unread bytes available; false at the end of the file. A record that a failing disk cuts short must
+// not pass for a whole one.
 bool fill(SeqReader& reader) {
   if (reader.at < reader.end) return true;
   reader.lines_before += newlines(reader);
@@ -174,8 +174,8 @@ bool read_record(SeqReader& reader, SeqStore& store, SeqRec& out_record, int32_t
   return format == 0 ? gseq_pir(reader, store, out_record, p) : gseq_fasta(reader, store, out_record, p);
 }
 
-// Opens a file of sequences for reading, `no_file` being said first when nobody named the one that is missing. A
-// file that may hold text is read from behind its byte-order mark.
+// Opens a file of sequences for reading, `no_file` being said first when nobody named the one that is
+// missing. A file that may hold text is read from behind its byte-order mark.
 SeqReader open_sequences(FileRec& file, const char* no_file, const char* how) {
   UTfileopen(file, "r", 0);
   if (file.stream == nullptr) {

@@ -1,6 +1,6 @@
-// Sequence files in FASTA and PIR layout, read in one pass through a buffer of our own. Residues are returned as
-// upper-case letters; whatever is no ASCII letter is skipped between them. Identifiers and titles are kept whole,
-// however long; a carriage return before a newline does not belong to them.
+// Sequence files in FASTA and PIR layout, read in one pass through a buffer of our own. Residues are returned
+// as upper-case letters; whatever is no ASCII letter is skipped between them. Identifiers and titles are kept
+// whole, however long; a carriage return before a newline does not belong to them.
 #pragma once
 
 #include <cstddef>
@@ -36,7 +36,8 @@ struct SeqReader {
 // make_reader - a reader at the current position of an open file.
 SeqReader make_reader(FILE* stream, const char* name);
 
-// gseq_fasta, gseq_pir - the next record, stored in `store`. Lines before one that begins with ">" are skipped.
+// gseq_fasta, gseq_pir - the next record, stored in `store`. Lines before one that begins with ">" are
+// skipped.
 // In     FASTA: ">identifier title", then residues up to the next ">", wherever it stands. No title: "-".
 //        PIR: ">identifier", a title line, residues up to "*"
 // Returns false, with nothing stored, at the end of the file and on a layout error (reported on std_err: no
@@ -45,9 +46,10 @@ SeqReader make_reader(FILE* stream, const char* name);
 bool gseq_fasta(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 bool gseq_pir(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 
-// get_query_seq - opens QSEQ_FILE (left open), as open_text_database does DB_FILE, and reads its first record in the
-// layout of QSEQ_FORMAT (0 PIR, 1 FASTA). A query without residues passes (len 2).
-// Ends   when there is no record, on every fault of the file, and when the query is longer than MP_LEN (status -1)
+// get_query_seq - opens QSEQ_FILE (left open), as open_text_database does DB_FILE, and reads its first record
+// in the layout of QSEQ_FORMAT (0 PIR, 1 FASTA). A query without residues passes (len 2).
+// Ends   when there is no record, on every fault of the file, and when the query is longer than MP_LEN
+//        (status -1)
 SeqRec get_query_seq(SeqStore& store, Params* p);
 
 // get_db_seq - the next record of the database in the layout of DB_FORMAT (0 PIR, 1 FASTA); false at its end.
@@ -55,8 +57,8 @@ SeqRec get_query_seq(SeqStore& store, Params* p);
 bool get_db_seq(SeqReader& reader, SeqStore& store, SeqRec& out_record, const Params* p);
 
 // open_text_database - opens DB_FILE and returns a reader of it, behind a byte-order mark.
-// Ends   when the file cannot be opened, which option names one being said first when none was given, and when it is
-//        compressed (status -1)
+// Ends   when the file cannot be opened, which option names one being said first when none was given, and
+//        when it is compressed (status -1)
 SeqReader open_text_database(Params* p);
 
 // A text database in memory, letters until encoded.
@@ -72,8 +74,8 @@ struct TextDatabase {
 // Ends   also when it holds more than MAX_NSEQ sequences (status -1)
 void read_text_database(TextDatabase& out_database, bool progress, Params* p);
 
-// require_whole - what copies sequences must not take a part of a database for the whole. A search goes on with what
-// came before a record without identifier.
+// require_whole - what copies sequences must not take a part of a database for the whole. A search goes on
+// with what came before a record without identifier.
 // Ends   when the database was cut short (status -1)
 void require_whole(const TextDatabase& database, const Params* p);
 

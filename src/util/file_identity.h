@@ -9,8 +9,8 @@
 
 namespace zelvan {
 
-// UTfollow - the name of the file that opening `name` for writing reaches or creates: symbolic links at its end
-// are followed, also to a file that does not exist. A circle of links is returned as it stands.
+// UTfollow - the name of the file that opening `name` for writing reaches or creates: symbolic links at its
+// end are followed, also to a file that does not exist. A circle of links is returned as it stands.
 UTstring UTfollow(const char* name);
 
 // UTfolder - the folder that a name lies in, as the name tells it: up to and with its last "/", or ".".
@@ -24,8 +24,8 @@ struct FileIdentity {
   UTstring name;  // within the folder `number`; empty for what exists
 };
 
-// UTidentify - the identity of the file that a name or an open stream stands for. What is not to be found, such as
-// a name in a missing folder, is not regular.
+// UTidentify - the identity of the file that a name or an open stream stands for. What is not to be found,
+// such as a name in a missing folder, is not regular.
 FileIdentity UTidentify(const char* name);
 FileIdentity UTidentify(FILE* stream);
 

@@ -22,8 +22,8 @@ void UTholdstreams();
 // UTinitfile - points the three streams at the process's standard input, output and error.
 void UTinitfile();
 
-// UTopen_stream - opens a file that the user asked for as an output stream, as UTfopen(name, "w", 1) does; but what
-// an existing file holds stays until it is known that the run does not need it.
+// UTopen_stream - opens a file that the user asked for as an output stream, as UTfopen(name, "w", 1) does;
+// but what an existing file holds stays until it is known that the run does not need it.
 // Returns the stream, which stays open to the end of the run
 FILE* UTopen_stream(const char* name);
 
@@ -33,8 +33,8 @@ const UTvector<FileRec>& UTopened_streams();
 // UTempty_streams - the files of UTopen_stream lose what they held before they were opened.
 void UTempty_streams();
 
-// UTcut_streams - the same for those into which something was written; the others keep what they held. For a run
-// that ends before its keys are known.
+// UTcut_streams - the same for those into which something was written; the others keep what they held. For a
+// run that ends before its keys are known.
 void UTcut_streams();
 
 // UTdivert_streams - what was and what will be written to the streams of UTopen_stream goes to the process's

@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
-// Start of a file; "?" stands for any byte. None has a zero byte, a newline or a carriage return, so that the first
-// line of a text shows it as well.
+// Start of a file; "?" stands for any byte. None has a zero byte, a newline or a carriage return, so that the
+// first line of a text shows it as well.
 struct Signature {
   std::string_view bytes;
   const char* program;

@@ -7,7 +7,8 @@
 
 namespace zelvan {
 
-// Column by column, indexed 0..n-1 by database sequence; nothing is owned. Columns that nobody asks for may be null.
+// Column by column, indexed 0..n-1 by database sequence; nothing is owned. Columns that nobody asks for may
+// be null.
 struct ResultRec {
   const SeqRec* seqs = nullptr;
   const int32_t* scores = nullptr;       // x PRECISION

@@ -37,8 +37,8 @@ template <class V, int COLUMNS>
 struct Codes;
 
 // A byte shuffle reads tables of 16 entries and gives 0 where an index has its top bit set. A row of 32 takes
-// two shuffles whose indices are set up so that exactly one of them answers: code + 0x70 has its top bit set from
-// 16 on, code - 16 below 16.
+// two shuffles whose indices are set up so that exactly one of them answers: code + 0x70 has its top bit set
+// from 16 on, code - 16 below 16.
 struct Index {
   Register lower, upper;  // for entries 0..15 and 16..31
 };

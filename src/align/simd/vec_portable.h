@@ -1,8 +1,8 @@
-// Lanes of 16 and 32 bits in the compiler's own vector types, for processors without one of the other sets. What
-// is defined here every vec_<set>.h defines, and lanes of 8 bits besides: here they would overflow too soon to
-// be of use, because these types have no saturating arithmetic. Score 0 is held as 0 and the lanes of 16 bits
-// are trusted only up to the largest value less the highest score. Included by kernel objects only, to which
-// all is local.
+// Lanes of 16 and 32 bits in the compiler's own vector types, for processors without one of the other sets.
+// What is defined here every vec_<set>.h defines, and lanes of 8 bits besides: here they would overflow too
+// soon to be of use, because these types have no saturating arithmetic. Score 0 is held as 0 and the lanes of
+// 16 bits are trusted only up to the largest value less the highest score. Included by kernel objects only,
+// to which all is local.
 #pragma once
 
 #include <cstring>

@@ -129,8 +129,8 @@ void advance(const Pair& pair, int32_t j, PathRec* prev, PathRec* cur, PathStore
   }
 }
 
-// Paths that go on below the last cell of at least the threshold: their best cells no longer change, what counts
-// is whether they end where they are kept.
+// Paths that go on below the last cell of at least the threshold: their best cells no longer change, what
+// counts is whether they end where they are kept.
 struct OpenPaths {
   UTvector<PathRec> paths = UTvector<PathRec>(1);  // [1..]; best 0 once nothing more can come of a path
   UTvector<int32_t> row;                           // [query position]: number of the cell's path, 0 for none

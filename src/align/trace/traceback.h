@@ -15,10 +15,10 @@
 namespace zelvan {
 
 // swpathl (modes 200 and 210), swpathli (202 and 212) - align one pair.
-// Does   the recurrence of swl or swli over the whole matrix. A path carries where it began and its best cell;
-//        it ends where the cell diagonally behind it falls to 0, or at the end of either sequence; of the
-//        paths from one start the best is kept, of equals the first. Penalties come from the table's gap rows
-//        in the modes 210 and 212, else from the arguments
+// Does   the recurrence of swl or swli over the whole matrix. A path carries where it began and its best
+//        cell; it ends where the cell diagonally behind it falls to 0, or at the end of either sequence; of
+//        the paths from one start the best is kept, of equals the first. Penalties come from the table's gap
+//        rows in the modes 210 and 212, else from the arguments
 // In     query (not read), target: codes; qlen, dlen: stored lengths; out_flags shaped for them
 // Out    out_store: emptied, then the paths whose best is at least p->MIN_SCORE and that span more than one
 //        position of either sequence; out_flags[j][i], j = 0..dlen-2, i = 0..qlen-2
@@ -31,10 +31,12 @@ int32_t swpathli(const int8_t* query, int32_t qlen, const int8_t* target, int32_
                  const LookupTable& table, int32_t ld_pen, int32_t li_pen, PathStore& out_store,
                  MoveFlags& out_flags, const ScoreMatrix& matrix, const Params* p);
 
-// align_pair - swpathl or swpathli as p->MODE asks, with `threshold` as the MIN_SCORE that they read; then dosort.
+// align_pair - swpathl or swpathli as p->MODE asks, with `threshold` as the MIN_SCORE that they read; then
+// dosort.
 // Does   this is the one place that changes MIN_SCORE, which is put back
 // In     query, target: encoded; threshold x PRECISION
-// Out    out_flags: shaped for the pair; handing over the flags of one pair to the next saves their allocation
+// Out    out_flags: shaped for the pair; handing over the flags of one pair to the next saves their
+//        allocation
 // Returns the paths, highest best first; none for any other mode
 UTvector<PathRec> align_pair(const SeqRec& query, const SeqRec& target, const LookupTable& table,
                              int32_t threshold, MoveFlags& out_flags, const ScoreMatrix& matrix, Params* p);

@@ -5,8 +5,8 @@
 namespace zelvan {
 namespace {
 
-// Lays the traced rows out in query coordinates. Residues opposite a gap of the query leave no trace. With negative
-// penalties a trace can begin before the path does: what then does not fit the query is left out.
+// Lays the traced rows out in query coordinates. Residues opposite a gap of the query leave no trace. With
+// negative penalties a trace can begin before the path does: what then does not fit the query is left out.
 void take_path(TracedHit& hit, const PathRec& path, double significance, const AlignedRows& rows,
                int32_t qlen, int8_t gap) {
   ProfilePath taken = {path, significance, hit.codes.size(), 0};

@@ -1,6 +1,6 @@
-// The hits of one iteration, aligned and traced once for the printed alignments and for the profile. All paths of a
-// hit are found together, in records of a few bytes; they are traced one by one, and only those that the profile
-// takes are kept.
+// The hits of one iteration, aligned and traced once for the printed alignments and for the profile. All
+// paths of a hit are found together, in records of a few bytes; they are traced one by one, and only those
+// that the profile takes are kept.
 #pragma once
 
 #include <cstddef>
@@ -80,8 +80,8 @@ bool trace_hit_path(TracedHits& hits, const RankedScan& scan, const PathRec& pat
 // keep_hit - keeps the latest hit, traced to its last path, if the profile wants it and there is room.
 void keep_hit(TracedHits& hits);
 
-// profile_hit - the hit of a rank with the paths that the profile takes: the one kept with this threshold, else
-// aligned and traced.
+// profile_hit - the hit of a rank with the paths that the profile takes: the one kept with this threshold,
+// else aligned and traced.
 // Returns a hit that stays until the next call
 // Ends   as trace_path
 const TracedHit& profile_hit(TracedHits& hits, const RankedScan& scan, int32_t rank, int32_t threshold,

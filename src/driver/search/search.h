@@ -1,5 +1,5 @@
-// What every search does, whatever it compares: the query, the database, the times, and the end of the run. The
-// drivers of the modes fill in what lies between.
+// What every search does, whatever it compares: the query, the database, the times, and the end of the run.
+// The drivers of the modes fill in what lies between.
 #pragma once
 
 #include <cstdint>
@@ -39,7 +39,8 @@ void read_database(Search& search, Params* p);
 // encode_database - turns the letters of the database into codes, unless it is stored as codes.
 void encode_database(Search& search, const Params* p);
 
-// load_phase - runs `load` and fills the load slot, which covers all of it whatever readings it shows on the way.
+// load_phase - runs `load` and fills the load slot, which covers all of it whatever readings it shows on the
+// way.
 template <class Load>
 void load_phase(Search& search, Load load) {
   const Stopwatch before = UT_keep_times();
