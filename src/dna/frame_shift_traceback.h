@@ -33,7 +33,8 @@ struct FramePath {
 //        charged them. Where it could go on in more ways than one, codons come before frame shifts and these
 //        before gaps. The kernels charge fs_pen for every nucleotide of a shift, so that FSE_PEN decides
 //        among paths of the same score only: the nucleotides of a shift stay together, whatever else is
-//        possible, unless going on is the more expensive kind (fse_pen above fs_pen); then they part where they can
+//        possible, unless going on is the more expensive kind (fse_pen above fs_pen); then they part where
+//        they can
 // In     table[c][j], j = 1..m-2; rows[1..n-2]; penalties as for the kernels
 //        flags: working storage, one byte a cell, shaped here; handed from pair to pair to spare allocations
 FramePath trace_frames(int32_t m, const int8_t* rows, int32_t n, const LookupTable& table, int32_t ld_pen,
