@@ -40,5 +40,22 @@ TEST(Sorts, AscendUnlessToldOtherwise) {
   EXPECT_EQ(do_pv_sort(some_are_nan, 5, &reversed), (Order{1, 3, 0, 4, 2}));
 }
 
+TEST(Sorts, ScoreListsOfAllOrOfTheBest) {
+  const struct {
+    const char* settings;
+    int32_t max_nout, min_ascore;
+  } cases[] = {{"MAX_NOUT 9", 3, 700},
+               {"MAX_NOUT 2", 2, 700},
+               {"MAX_NOUT 2 NPRINT_TO_THRESHOLD 1", 3, 700},
+               {"MAX_NOUT 9 SPECIAL 1", 9, 0}};
+  for (const auto& c : cases) {
+    Params p = params_of(std::string("PRECISION 100 MIN_SCORE 7 ") + c.settings);
+    RunTimes times;
+    EXPECT_EQ(do_result_sort(3, times, &p), (Order{0, 1, 2}));
+    EXPECT_EQ(p.MAX_NOUT, c.max_nout) << c.settings;
+    EXPECT_EQ(p.MIN_ASCORE, c.min_ascore) << c.settings;
+  }
+}
+
 }  // namespace
 }  // namespace zelvan
