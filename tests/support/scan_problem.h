@@ -74,7 +74,11 @@ struct ScanProblem {
   // The penalties of the gap rows are those of the keys or different ones at every position.
   void draw_query(Random& random, const Draw& draw, int32_t length) {
     const auto score = [&] { return uniform(random, draw.low, draw.high) * draw.unit; };
-    const auto penalty = [&] { return uniform(random, draw.penalty_low, draw.penalty_high) * draw.unit; };
+    // Now and then a penalty is no multiple of the unit.
+    const auto penalty = [&] {
+      return uniform(random, draw.penalty_low, draw.penalty_high) * draw.unit +
+             (uniform(random, 0, 7) == 0 ? draw.unit / 2 : 0);
+    };
     qlen = length;
     table = make_table<int32_t>(CODES, qlen, 0);
     const int32_t kinds = draw.few_rows ? uniform(random, 1, 20) : qlen;
