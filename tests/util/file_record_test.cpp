@@ -23,6 +23,13 @@ TEST(FileRecordDeathTest, FailuresAreLeftToTheCallerUnlessTheyMustNotHappen) {
   EXPECT_NE(UTfclose(full().stream, 0), 0);
   EXPECT_EXIT(UTfclose(full().stream, 1), ExitedWithCode(1),
               "^Error closing File: No space left on device\n$");
+  const auto lost_before = [] {  // the flush at the end finds nothing left to write
+    const FileRec file = UTfilemake("/dev/full", "w", 1);
+    std::setvbuf(file.stream, nullptr, _IONBF, 0);
+    std::fputs("lost", file.stream);
+    UTfilewritten(file);
+  };
+  EXPECT_EXIT(lost_before(), ExitedWithCode(1), "^Error writing File: .*\nFile: /dev/full is incomplete: ");
   const auto close_record = [&] {
     FileRec record = full();
     UTfileclose(record, 1);
