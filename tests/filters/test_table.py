@@ -50,6 +50,10 @@ def test_every_line_follows_from_positions_and_sequences(report):
         assert length == identical + mismatches + gaps and (int(opens) > 0) == (gaps > 0)
         assert line[2] == f"{100 * identical / length:.2f}"
         assert float(line[11]) == pytest.approx(math.log2(198 * TOTAL / float(line[10])), abs=0.1)
+    covered, rows = {}, table(text, "-c", "sseqid,qstart,qend,qcovs")
+    for target, start, end, _ in rows:
+        covered.setdefault(target, set()).update(range(int(start), int(end) + 1))
+    assert [row[3] for row in rows] == [f"{100 * len(covered[row[0]]) / 198:.0f}" for row in rows]
     best = re.search(r"# N: 1 Raw_Score: (\d+) .*Evalue: (\S+)", last)
     assert [float(lines[0][10]), lines[0][19:]] == [pytest.approx(float(best[2]), rel=0.01), [best[1], "1", "1"]]
     assert len(table(text, "-i", 0)) == first.count("\n# N: ")
@@ -103,6 +107,7 @@ def test_translated_searches(report, dna):
     assert round(float(first[2]) * int(first[3]) / 100) == int(section[5])
     assert (int(first[7]) - int(first[6]) + 1) % 3 == 1  # the planted base
     assert first[13:] == ["2", "0", "plus", "1"]
+    assert {int(gaps) - steps.count("-") for gaps, steps in table(dna(), "-c", "gaps,btop")} == {0}
     for start, end, frame, strand in (line[6:8] + line[13:16:2] for line in table(dna("-complement_query", 1), "-c", names)):
         assert (strand, (int(start) - int(end) + 1) % 3) == ("minus", 0)
         assert int(frame) == -((675 - int(start)) % 3 + 1)
