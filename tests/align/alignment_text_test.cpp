@@ -65,8 +65,8 @@ std::string after(const std::string& label, const std::string& text) {
 
 }  // namespace
 
-// Whole sections stand in the manual, whose examples are run; here a block without query residues, which ends before
-// it starts.
+// Whole sections stand in the manual, whose examples are run; here a block without query residues, which ends
+// before it starts.
 TEST(AlignmentText, ABlockMayHoldOneSequenceOnly) {
   Report report("AABB");
   report.p.OUTPUT_LENGTH = 2;
@@ -108,8 +108,8 @@ TEST(AlignmentText, FiguresLineFollowsStatisticsAndLogScores) {
 
 TEST(AlignmentText, ThresholdsOfHitsAndOfPaths) {
   Report one("AAAA"), three("AAAA");
-  // AAA at the target's start aligns with either end of the query, 150 each; ABBA scores 120 in four columns, its
-  // significance is exp(-12) and that of the others exp(-15).
+  // AAA at the target's start aligns with either end of the query, 150 each; ABBA scores 120 in four columns.
+  // Significances are exp(-15) and exp(-12).
   one.lpfit.Bmin = one.lpfit.Bmax = 1;
   one.hit("hit", "t", "AAAXXXXXXXXXABBA", 150);
   for (const char* id : {"one", "two", "three"}) three.hit(id, "t", "AAA", 150);
@@ -127,7 +127,7 @@ TEST(AlignmentText, ThresholdsOfHitsAndOfPaths) {
       // The lowered threshold of DO_STATS 2 holds for the first hit alone.
       {three, "TOP_ONLY 0 DO_STATS 2 MIN_ASCORE 18", "200", "12"},
       {three, "DO_STATS 0", "000", ""},
-      // ln 4 / ln 3 divides the threshold: 190 becomes 150; (150 - 50) / 1.26 = 79 lets shorter diagonals join.
+      // ln 4 / ln 3 divides the threshold: 190 becomes 150; (150 - 50) / 1.26 = 79 lets shorter paths join.
       {three, "MIN_ASCORE 19 LOG_SCORES 2", "222", "121212"},
       {three, "TOP_ONLY 1", "444", "123412341234"},
       {three, "MAX_AOUT 2", "44", "12341234"},

@@ -55,9 +55,9 @@ TEST(CalcProfile2, KeepsTheMatrixColumnsWhereNothingWasObserved) {
   }
 }
 
-// A copy of the query brings no independent observation: method 2 gives the odds x of the matrix back, corrected for
-// the profile's composition. By hand: a profile of one column Q = p x over a background p gives Q / ((p + m) / 2),
-// where m averages Q and 50 times p. The weight factor multiplies the entries.
+// A copy of the query brings no independent observation: method 2 gives the odds x of the matrix back,
+// corrected for the profile's composition. By hand: a profile of one column Q = p x over a background p gives
+// Q / ((p + m) / 2), where m averages Q and 50 times p. The weight factor multiplies the entries.
 TEST(CalcProfile2, LeansTheBackgroundTowardsTheProfile) {
   const Family family(MATRIX, "W", {"W"});
   Params p = profile_params();
@@ -74,8 +74,8 @@ TEST(CalcProfile2, LeansTheBackgroundTowardsTheProfile) {
   for (const char letter : {'X', '!', ' ', ':'}) EXPECT_EQ(built.at(letter, 1), matrix.at(letter, 1));
 }
 
-// What rows show instead of the query's residue gains and stands above all others, ambiguous letters between what they
-// stand for.
+// The residue that rows show instead of the query's gains and stands above all others; ambiguous letters
+// stand between their residues.
 TEST(CalcProfile2, FollowsWhatWasObserved) {
   Family family(MATRIX, "ARNDCQEGHI");
   Random random(11);
@@ -136,8 +136,8 @@ Built gap_rows(int32_t mode, double pen_factor, double weight_factor = 1) {
   return built;
 }
 
-// Cheaper where relatives have gaps, dearer elsewhere; opening and extension change in the same proportion, by the
-// factor that was asked for, by seven tenths at most.
+// Cheaper where relatives have gaps, more expensive elsewhere; opening and extension change in the same
+// proportion, by the factor that was asked for, by seven tenths at most.
 TEST(GapRows, FollowTheGapsWithinTheirLimits) {
   const Built full = gap_rows(212, 1.0), half = gap_rows(212, 0.5), none = gap_rows(212, 0.0);
   const Built clear = gap_rows(212, 1.0, 1000.0), simple = gap_rows(210, 1.0),
