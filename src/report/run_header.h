@@ -16,8 +16,8 @@ namespace zelvan {
 // dump_info - the run header; its last line is "# Start_Scores: " and a rule.
 // In     p->binfo must be set
 //        z_fit_opt: written when DO_STATS is 1, null as a line of no points (the reader of a list tells from
-//        "# FIT" lines how many columns it has). p->lpfit: with DO_STATS 2 its coefficients, as shifted by
-//        apply_lpfit; left out where there is no such fit
+//        "# FIT" lines how many columns it has). p->lpfit: with DO_STATS 2 its coefficients; left out where
+//        there is no such fit
 void dump_info(FILE* stream, const SeqRec& query, const ScoreMatrix& matrix, const LineFit* z_fit_opt,
                const Params* p);
 
