@@ -33,21 +33,21 @@ TEST(ScoreTable, CountsByBinAndScoreWhoTakesPart) {
   ScoreSummary summary;
   summary.lowscore = 10;
   summary.maxscore = 14;
-  //                lpl 3.99 | 4.007 | 9.903   | twice   | too high | no lpl | 19.9999   | 20.0000003
+  //                lpl 3.99 | 4.007 | 9.903   | 9.985   | too high | no lpl | 19.9999   | 20.0000003
   const int32_t q[] = {1, 1, 100, 100, 100, 100, 1, 1};
-  const int32_t d[] = {54, 55, 200, 200, 200, 0, 485165195, 485165196};
+  const int32_t d[] = {54, 55, 200, 217, 200, 0, 485165195, 485165196};
   const float s[] = {12, 10.5F, 12, 14.9F, 15, 12, 13, 12};
   const ScoreTable table = count_scores(s, q, d, 8, summary);
   ASSERT_EQ(table.nbuckets, 5);
   std::vector<int32_t> expected(5 * LPL_BINS, 0);
   expected[0] = 1;            // 4.007, score 10
   expected[59 * 5 + 2] = 1;   // 9.903, score 12
-  expected[59 * 5 + 4] = 1;   // 9.903, score 14
+  expected[59 * 5 + 4] = 1;   // 9.985, score 14
   expected[159 * 5 + 3] = 1;  // 19.9999, score 13
   EXPECT_TRUE(std::equal(expected.begin(), expected.end(), table.counts.begin(), table.counts.end()));
   EXPECT_EQ(table.bins[59].count, 2);
   EXPECT_EQ(table.bins[59].score_sum, 26);
-  EXPECT_NEAR(table.bins[59].tenths_sum, 20 * std::log(20000.0), 1e-9);
+  EXPECT_NEAR(table.bins[59].tenths_sum, 10 * (std::log(20000.0) + std::log(21700.0)), 1e-9);
 }
 
 TEST(ScoreTable, ARangeIsUsableAboveTheLeastNumberOfHits) {
