@@ -126,7 +126,7 @@ int32_t iterate(Search& search, IterHistory& history, int32_t iteration, Params*
   scan(search, p);
   if (p->NPRINT_TO_THRESHOLD == 1) p->MAX_NOUT = search.database.n;
   LpfitData lpfit = fit_statistics(search, p);
-  p->lpfit = &lpfit;
+  p->lpfit = &lpfit;  // cppcheck-suppress autoVariables ; taken back at the end
 
   progress("About to call apply_lpfit\n", p);
   const UTvector<double> standardised = apply_lpfit(lpfit);
