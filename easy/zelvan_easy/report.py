@@ -465,18 +465,16 @@ def _odd_alignment(part):
     return ReportError(f"cannot read this line of an alignment: {_text(part.partition(_NEWLINE)[0])}")
 
 
-def _letters(line, longest):
-    """The letters of a line "%7d letters %7d"."""
+def _joined(lines, longest):
+    """The letters of lines "%7d letters %7d", joined, and the number at the start of the first."""
     if longest <= _LONGEST:
-        return line[_MARGIN:-_MARGIN]
+        return int(lines[0][:_MARGIN]), b"".join([line[_MARGIN:-_MARGIN] for line in lines])
+    return int(lines[0].split(None, 1)[0]), b"".join([_wide_letters(line) for line in lines])
+
+
+def _wide_letters(line):
     start, end = re.match(rb" *\d+ ", line), re.search(rb" +-?\d+$", line)
     return line[start.end() : -max(_MARGIN, len(end[0].lstrip()) + 1)]
-
-
-def _rows(lines, of, rows, longest):
-    """Letters of the numbered lines (by their places in a block of `of` lines), and their first positions."""
-    return [(int(lines[row].split(None, 1)[0]), b"".join([_letters(line, longest) for line in lines[row::of]]))
-            for row in rows]  # fmt: skip
 
 
 def _unnumbered(lines, of, row, blocks):
@@ -491,8 +489,9 @@ def _significance(figures):
 def _alignment(figures, body, longest):
     lines = body.split(b"\n")
     try:
-        (query_start, query), (target_start, target) = _rows(lines, 4, (1, 2), longest)
-    except (IndexError, ValueError, TypeError):
+        query_start, query = _joined(lines[1::4], longest)
+        target_start, target = _joined(lines[2::4], longest)
+    except (IndexError, ValueError, AttributeError):
         raise _odd_alignment(b"# N: " + figures[0]) from None
     markers = b"".join([line[_MARGIN:] for line in lines[0::4][: len(lines) // 4]])
     if len(markers) != len(query):
@@ -515,11 +514,11 @@ def _translated_alignment(figures, body, longest):
         raise _odd_alignment(body)
     lines = body[places.end() :].split(b"\n")
     try:
-        (_, target), (_, query) = _rows(lines, 7, (0, 2), longest)
         like = lines[0::7]
+        (_, target), (_, query) = _joined(like, longest), _joined(lines[2::7], longest)
         markers = _unnumbered(lines, 7, 1, like).decode("latin-1")
         codons = tuple(_unnumbered(lines, 7, row, like).decode("latin-1") for row in (3, 4, 5))
-    except (IndexError, ValueError, TypeError):
+    except (IndexError, ValueError, AttributeError):
         raise _odd_alignment(b"# N: " + figures[0]) from None
     query_row = query.translate(_PLAIN_ROW).decode("ascii")
     target_row = target.translate(_PLAIN_ROW).decode("ascii")

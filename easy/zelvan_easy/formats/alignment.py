@@ -83,6 +83,10 @@ def query_of(iteration, query_file=None, warn=None):
     return query
 
 
+def within_cutoff(alignment, cutoff):
+    return cutoff is None or alignment.significance is None or alignment.significance <= cutoff
+
+
 def profile_alignments(iteration, cutoff=None):
     """(aligned hit, alignment) for each alignment up to a significance, by default the cut-off for the profile."""
     cutoff = iteration.profile_cutoff if cutoff is None else cutoff
@@ -90,23 +94,37 @@ def profile_alignments(iteration, cutoff=None):
         if found.translated:
             raise ReportError("the query is DNA: only protein searches (modes 200 to 212) have a multiple alignment")
         for alignment in found.alignments:
-            if cutoff is None or alignment.significance is None or alignment.significance <= cutoff:
+            if within_cutoff(alignment, cutoff):
                 yield found, alignment
 
 
+def query_row(iteration, residues):
+    return Row(iteration.query, iteration.header.get("Query Title", ""), residues)
+
+
+def target_row(iteration, found, alignment, length, names):
+    """The row of an alignment on a query of that length. It is named after the place in the target, and unlike all
+    others in `names`, which takes the name."""
+    name = base = f"{found.target}/{alignment.target_start}-{alignment.target_end}"
+    while name in names:
+        name = f"{base}_{alignment.number}" if name == base else name + "+"
+    names.add(name)
+    value = alignment.significance
+    title = "" if value is None else f"{iteration.significance_name}={value:.3g} "
+    return Row(name, f"{title}{found.title}".rstrip(), aligned_letters(alignment, length))
+
+
+def without_insertions(letters):
+    return letters if letters.isupper() else _INSERTION.sub("", letters)
+
+
 def alignment_rows(iteration, query, cutoff=None, insertions=True):
-    """The query, then a row for each alignment. Names end in the place in the target and are unique."""
-    yield Row(iteration.query, iteration.header.get("Query Title", ""), query)
-    length, names = len(query), set()
+    """The query, then a row for each alignment."""
+    yield query_row(iteration, query)
+    names = set()
     for found, alignment in profile_alignments(iteration, cutoff):
-        name = base = f"{found.target}/{alignment.target_start}-{alignment.target_end}"
-        while name in names:
-            name = f"{base}_{alignment.number}" if name == base else name + "+"
-        names.add(name)
-        value = alignment.significance
-        title = "" if value is None else f"{iteration.significance_name}={value:.3g} "
-        letters = aligned_letters(alignment, length)
-        yield Row(name, f"{title}{found.title}".rstrip(), letters if insertions else _INSERTION.sub("", letters))
+        row = target_row(iteration, found, alignment, len(query), names)
+        yield row if insertions else row._replace(letters=without_insertions(row.letters))
 
 
 def _check(iteration):
@@ -163,7 +181,7 @@ def _split(letters):
             insertions[position] = part
         else:
             position += len(part)
-    return _INSERTION.sub("", letters), insertions
+    return without_insertions(letters), insertions
 
 
 class Layout(NamedTuple):
@@ -206,19 +224,19 @@ def expand(letters, places, fill):
 # ---- Layouts
 
 
-def _record(row, letters):
+def fasta_record(row, letters):
     return f">{row.name} {row.title}".rstrip() + "\n" + letters + "\n"
 
 
 def write_a3m(layout, out):
     for row in layout.rows():
-        out.write(_record(row, row.letters))
+        out.write(fasta_record(row, row.letters))
 
 
 def write_fasta(layout, out):
     """All columns, capitals and "-" only."""
     for row in layout.rows():
-        out.write(_record(row, expand(row.letters, layout.places, GAP).upper()))
+        out.write(fasta_record(row, expand(row.letters, layout.places, GAP).upper()))
 
 
 def write_stockholm(layout, out):

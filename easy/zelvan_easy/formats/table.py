@@ -242,12 +242,17 @@ def passes(row, max_evalue=None, min_identity=None, min_coverage=None):
     return min_coverage is None or COLUMNS["qcovhsp"].value(row) >= min_coverage
 
 
+def row_values(row, chosen):
+    """The values of these Columns, not yet texts."""
+    return [None if row.alignment is None and c.aligned else c.value(row) for c in chosen]
+
+
 def table_rows(report, columns=None, iteration=None, unaligned=False, hits=False, **limits):
-    """The values of each line, not yet texts. limits: those of `passes`."""
+    """The `row_values` of each line. limits: those of `passes`."""
     chosen = [COLUMNS[name] for name in columns or DEFAULT]
     for row in rows_of(report, iteration, unaligned, hits):
         if passes(row, **limits):
-            yield [None if row.alignment is None and c.aligned else c.value(row) for c in chosen]
+            yield row_values(row, chosen)
 
 
 def format_row(values, columns=None):

@@ -10,20 +10,22 @@ repeat what letters, markers and numbers say, so that a page can be read without
 
 from __future__ import annotations
 
-import base64
-import gzip
-import io
 import pathlib
+import tempfile
 from typing import NamedTuple
 
 import jinja2
 from markupsafe import Markup
 
 from zelvan_easy.formats import printable
+from zelvan_easy.formats.table import rows_of
 from zelvan_easy.page import charts, view
+from zelvan_easy.page.downloads import PassingTable, downloads
+from zelvan_easy.report import Report
 
 _HERE = pathlib.Path(__file__).parent
-_LARGEST_DOWNLOAD = 700_000  # compressed bytes of each
+_PARTS_AT_ONCE = 2000
+HITS_AT_ONCE = 500  # rows of the table: a browser lays out thousands only when they are asked for
 LIBRARIES = [("tablesort", "5.7.1", "tablesort.LICENSE")]
 
 
@@ -55,34 +57,16 @@ def _file(name):
     return (_HERE / name).read_text(encoding="utf-8")
 
 
-class _TooLarge(Exception):
-    pass
-
-
-class _Packer:
-    """A text stream that compresses, up to the largest download."""
-
-    def __init__(self):
-        self.packed = io.BytesIO()
-        self.file = gzip.GzipFile(fileobj=self.packed, mode="wb", mtime=0)
-
-    def write(self, text):
-        self.file.write(printable(text).encode("utf-8"))
-        if self.packed.tell() > _LARGEST_DOWNLOAD:
-            raise _TooLarge
-
-
-def _packed(writers):
-    """What the first of the writers writes that is not too large to stand in a page, compressed for a link, or None."""
-    for write in writers:
-        packer = _Packer()
-        try:
-            write(packer)
-        except _TooLarge:
-            continue
-        packer.file.close()
-        return "data:application/gzip;base64," + base64.b64encode(packer.packed.getvalue()).decode("ascii")
-    return None
+def _write(out, template, context):
+    common = {
+        "style": Markup(_file("style.css")),
+        "script": Markup(_file("tablesort.min.js") + _file("page.js")),
+        "libraries": [(name, version, _file(licence)) for name, version, licence in LIBRARIES],
+    }
+    parts = _environment().get_template(template).stream(common, **context)
+    parts.enable_buffering(_PARTS_AT_ONCE)
+    for text in parts:
+        out.write(text)
 
 
 def summary_of(report, iteration):
@@ -100,32 +84,26 @@ def summary_of(report, iteration):
 def write_page(report, out, iteration=None, most=250):
     """Writes the page of an iteration, with at most so many alignments one by one, and returns its Summary."""
     chosen = report.iteration(iteration)
-    found = view.gather(chosen, most)
+    table = PassingTable()
+    with tempfile.TemporaryFile("w+", encoding="utf-8", errors="surrogateescape", newline="\n") as records:
+        found = view.gather(chosen, table.passing(rows_of(Report([chosen], {}), unaligned=True)), most, records)
+        taken = downloads(report, chosen, found, table, records)
     summary = summary_of(report, chosen)
-    query_length = chosen.query_length or 0
-    context = {
+    _write(out, "page.html.j2", {
         "summary": summary,
         "iteration": chosen,
         "facts": view.facts(report, chosen),
         "overview": view.overview(chosen, found),
         "hits": found.hits,
+        "at_once": HITS_AT_ONCE,
         "has_cut": chosen.profile_cutoff is not None,
         "rounds": view.rounds(report),
-        "figures": charts.figures(chosen, found.lengths, query_length),
+        "figures": charts.figures(chosen, found.lengths, chosen.query_length or 0),
         "alignments": found.shown,
         "left": found.left,
         "multiple": view.multiple_alignment(chosen, found),
-        "downloads": [
-            (name, label, data)
-            for name, label, writers in view.downloads(report, chosen, found)
-            if (data := _packed(writers)) is not None
-        ],
-        "style": Markup(_file("style.css")),
-        "script": Markup(_file("tablesort.min.js") + _file("page.js")),
-        "libraries": [(name, version, _file(licence)) for name, version, licence in LIBRARIES],
-    }
-    for part in _environment().get_template("page.html.j2").generate(context):
-        out.write(part)
+        "downloads": taken,
+    })  # fmt: skip
     return summary
 
 
@@ -133,12 +111,7 @@ def write_index(entries, out, title="ZELVAN searches"):
     """Writes a page with a line for each (Summary, link) to a text stream."""
     entries = list(entries)
     widest = max((summary.hits for summary, _ in entries), default=0) or 1
-    context = {
+    _write(out, "index.html.j2", {
         "title": title,
         "entries": [(summary, link, 100 * summary.hits / widest, 100 * summary.sure / widest) for summary, link in entries],
-        "style": Markup(_file("style.css")),
-        "script": Markup(_file("tablesort.min.js") + _file("page.js")),
-        "libraries": [(name, version, _file(licence)) for name, version, licence in LIBRARIES],
-    }
-    for part in _environment().get_template("index.html.j2").generate(context):
-        out.write(part)
+    })  # fmt: skip

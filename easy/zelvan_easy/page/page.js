@@ -18,28 +18,36 @@
   const table = document.querySelector("table.hits");
   const form = document.querySelector(".filters");
   const more = document.querySelector(".more");
-  const AT_ONCE = 500; // rows: laying out thousands takes seconds
   if (table && form) {
-    let rows; // read when they are first needed: a large page opens faster
+    const all = Number(table.dataset.hits), atOnce = Number(table.dataset.shown);
+    let rest = document.querySelector("noscript.rest"); // rows that are text until they are needed
+    const complete = () => {
+      if (!rest) return;
+      const text = rest.textContent;
+      table.tBodies[0].insertAdjacentHTML("beforeend", text.slice(text.indexOf("<tbody>") + 7, text.lastIndexOf("</tbody>")));
+      rest.remove();
+      rest = null;
+    };
+    let rows;
     const read = () => Array.from(table.tBodies[0].rows, (row) => ({
       row,
       values: Array.from(row.cells, (cell) => number(cell.textContent)),
       text: row.textContent.toLowerCase(),
     }));
-    const all = table.tBodies[0].rows.length;
     const column = (name) => table.querySelector(`thead th[data-name="${name}"]`).cellIndex;
     const limits = [["evalue", 1], ["identity", -1], ["coverage", -1]].map(([name, sign]) => ({
       input: form.elements[name], sign, at: column(name),
     }));
     const told = form.querySelector("output");
     const count = (number) => number.toLocaleString("en");
-    let most = AT_ONCE;
+    let most = atOnce;
     const tell = (found) => {
       told.value = (found === all ? `${count(all)} hits` : `${count(found)} of ${count(all)} hits`) +
         (found > most ? `, the first ${most} shown` : "");
       more.hidden = found <= most;
     };
     const filter = () => {
+      complete();
       rows ??= read();
       const words = form.elements.words.value.toLowerCase().split(/\s+/).filter(Boolean);
       const active = limits.map((l) => ({ ...l, limit: parseFloat(l.input.value) })).filter((l) => !isNaN(l.limit));
@@ -51,9 +59,9 @@
         found += keep;
         if (row.hidden !== hidden) row.hidden = hidden;
       }
-      table.classList.add("ready");
       tell(found);
     };
+    table.addEventListener("beforeSort", complete);
     table.addEventListener("afterSort", () => { rows = undefined; filter(); });
     more.addEventListener("click", () => { most = Infinity; filter(); });
     let waiting;

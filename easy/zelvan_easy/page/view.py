@@ -9,17 +9,19 @@ from typing import NamedTuple
 from markupsafe import Markup, escape
 
 from zelvan_easy.formats import printable
-from zelvan_easy.formats.alignment import UNKNOWN, aligned_letters, write_alignment
-from zelvan_easy.formats.json_report import run_record, write_json
+from zelvan_easy.formats.alignment import UNKNOWN, fasta_record, target_row, within_cutoff, without_insertions
+from zelvan_easy.formats.json_report import run_record
 from zelvan_easy.formats.pssm import information
-from zelvan_easy.formats.table import COLUMNS, DEFAULT, rows_of, write_table
+from zelvan_easy.formats.table import COLUMNS
 from zelvan_easy.page.links import link_of
-from zelvan_easy.report import GAP, Report, SHIFT
+from zelvan_easy.report import GAP, SHIFT
 
 COLUMNS_SHOWN = 60  # of an alignment block
 OVERVIEW_HITS = 60
 ALIGNED_ROWS = 150  # of the multiple alignment
 OPEN_ALIGNMENTS = 3
+_UNKNOWN = UNKNOWN.encode("ascii")
+_COUNTED_AT_ONCE = 1 << 20  # letters
 CLASSES = ((1e-50, "s1"), (1e-20, "s2"), (1e-5, "s3"), (1e-2, "s4"), (math.inf, "s5"))
 HEIGHTS = " ▁▂▃▄▅▆▇█"
 _ROUND_HITS = 500  # listed as new or gone
@@ -60,7 +62,7 @@ class Found(NamedTuple):
     left: int  # alignments that are not shown
     rows: list  # (name, letters in query coordinates) of the multiple alignment
     rows_left: int
-    query: list
+    query: str
     columns: list  # a Counter of the letters at each position, of all rows
     lengths: dict  # rank -> (target length, best score)
 
@@ -171,7 +173,7 @@ def _hit_view(rows, iteration, appeared, shown):
     value = hit.significance if hit else row.alignment.significance
     return HitView(
         hit.rank if hit else row.found.rank, target, link_of(target), shown,
-        target in appeared, bool(hit) and is_sure(hit, iteration), value, row.bits,
+        bool(hit) and hit.target in appeared, bool(hit) and is_sure(hit, iteration), value, row.bits,
         hit.score if hit else row.alignment.score,
         100 * row.identical / row.length if aligned and row.length else None,
         round(COLUMNS["qcovs"].value(row)) if aligned else None,
@@ -191,17 +193,36 @@ def _grouped(rows):
         yield group
 
 
-def gather(iteration, most):
+class _Columns:
+    """How often each letter stands at each position, counted for many rows at a time."""
+
+    def __init__(self, length):
+        self.counts = [Counter() for _ in range(length)]
+        self._waiting, self._most = [], max(1, _COUNTED_AT_ONCE // max(1, length))
+
+    def add(self, letters):
+        self._waiting.append(letters)
+        if len(self._waiting) >= self._most:
+            self.count()
+
+    def count(self):
+        for counter, letters in zip(self.counts, zip(*self._waiting)):
+            counter.update(letters)
+        self._waiting = []
+
+
+def gather(iteration, rows, most, records):
+    """Everything of the alignments that the page shows. rows: those of the iteration, also of hits without alignment.
+    most: alignments shown one by one. records: a text stream that takes the rows of the multiple alignment, as a3m."""
     length = iteration.query_length or 0
     translated = iteration.mode in (10, 12, 20, 22)
-    query, columns = [UNKNOWN] * length, [Counter() for _ in range(0 if translated else length)]
+    query, columns = bytearray(_UNKNOWN * length), _Columns(0 if translated else length)
     for position, letter in iteration.query_letters.items():
-        query[position - 1] = letter
-    cutoff = iteration.profile_cutoff
-    appeared = {printable(hit.target) for hit in iteration.appeared}
-    hits, stretches, shown, rows, lengths = [], [], [], [], {}
+        query[position - 1] = ord(letter)
+    appeared, cutoff = {hit.target for hit in iteration.appeared}, iteration.profile_cutoff
+    hits, stretches, shown, aligned_rows, lengths, names = [], [], [], [], {}, set()
     left = rows_left = 0
-    for group in _grouped(rows_of(Report([iteration], {}), unaligned=True)):
+    for group in _grouped(rows):
         aligned = [row for row in group if row.alignment]
         taken = aligned[: max(0, most - len(shown))]
         view = _hit_view(group, iteration, appeared, bool(taken))
@@ -217,20 +238,23 @@ def gather(iteration, most):
             lengths[view.rank] = (view.length, max(row.alignment.score for row in aligned))
         for row in () if translated else aligned:
             alignment = row.alignment
-            at = alignment.query_start - 1
-            query[at : alignment.query_end] = alignment.query_row.replace(GAP, "")
-            value = alignment.significance
-            if cutoff is not None and value is not None and not value <= cutoff:
+            at, end = alignment.query_start - 1, alignment.query_end
+            if query.find(_UNKNOWN, at, end) >= 0:
+                query[at:end] = alignment.query_row.replace(GAP, "").encode("ascii")
+            if not within_cutoff(alignment, cutoff):
                 continue
-            letters = "".join(c for c in aligned_letters(alignment, length) if not c.islower())
-            for position in range(at, alignment.query_end):
-                columns[position][letters[position]] += 1
-            if len(rows) < ALIGNED_ROWS:
-                inside = letters[at : alignment.query_end]
-                rows.append((view.target, " " * at + inside + " " * (length - alignment.query_end)))
+            record = target_row(iteration, row.found, alignment, length, names)
+            records.write(fasta_record(record, record.letters))
+            letters = " " * at + without_insertions(record.letters)[at:end] + " " * (length - end)
+            columns.add(letters)
+            if len(aligned_rows) < ALIGNED_ROWS:
+                aligned_rows.append((view.target, letters))
             else:
                 rows_left += 1
-    return Found(hits, stretches, shown, left, rows, rows_left, query, columns, lengths)
+    columns.count()
+    for counter in columns.counts:
+        del counter[" "]  # beside the alignments
+    return Found(hits, stretches, shown, left, aligned_rows, rows_left, query.decode("ascii"), columns.counts, lengths)
 
 
 # ---- Parts of the page
@@ -323,8 +347,7 @@ def multiple_alignment(iteration, found):
         lines.append(f"{'information':<{width}} <u>{_bars(bits[cut], 4.3)}</u>")
         lines.append(f"{'rows aligned':<{width}} <u>{_bars(covered[cut], rows)}</u>")
         lines.append(f"{'commonest':<{width}} {escape(''.join(mark for mark, *_ in sums[cut]))}")
-        query = "".join(found.query[cut])
-        for name, letters in [("query", query)] + [(name, row[cut]) for name, row in found.rows]:
+        for name, letters in [("query", found.query[cut])] + [(name, row[cut]) for name, row in found.rows]:
             if name != "query" and not letters.strip():
                 continue
             classes = [css if c == best else "g" if c == GAP else "" for c, (best, css) in zip(letters, commonest[cut])]
@@ -339,24 +362,3 @@ def multiple_alignment(iteration, found):
 
 def _bars(values, largest):
     return "".join(HEIGHTS[min(8, math.ceil(8 * value / largest))] if largest else " " for value in values)
-
-
-# ---- Downloads
-
-
-def downloads(report, iteration, found):
-    """(file name, label, functions that write it to a stream: the first whose text is small enough is taken)."""
-    name = "".join(c if c.isalnum() or c in "-." else "_" for c in printable(iteration.query)) or "query"
-    yield f"{name}.tsv", "Table", [lambda out: _write_table(iteration, out)]
-    if found.rows:
-        yield f"{name}.a3m", "Alignment", [lambda out: write_alignment(report, out, "a3m", iteration.number)]
-    yield f"{name}.json", "JSON", [
-        lambda out: write_json(report, out),
-        lambda out: write_json(report, out, iteration.number, alignments=False),
-    ]
-
-
-def _write_table(iteration, out):
-    columns = [*DEFAULT, "qlen", "slen", "stitle"]
-    out.write("\t".join(columns) + "\n")
-    write_table(Report([iteration], {}), out, columns, unaligned=True)
