@@ -179,7 +179,7 @@ def convert(
     to: str = typer.Option(..., "--to", help="tsv, html, json, a3m, stockholm, fasta, clustal or pssm."),
     out: Optional[Path] = typer.Option(None, "--out", "-o", help="File to write. [default: standard output]"),
     query: Optional[Path] = typer.Option(
-        None, "--query", help="FASTA file of the query, for residues that the report does not show.",
+        None, "--query", help="FASTA file of the query, for what the report does not show of its residues and title.",
     ),
     outfmt: str = typer.Option("6", "--outfmt", help='Of tsv: "6", or "7" with comments; then names of columns.'),
 ):
@@ -190,7 +190,7 @@ def convert(
     import shutil
     import tempfile
 
-    from zelvan_easy.formats.alignment import read_query
+    from zelvan_easy.formats.alignment import query_of_file
     from zelvan_easy.formats.table import write_table
     from zelvan_easy.forms import find_form
     from zelvan_easy.report import ReportError, open_report
@@ -199,8 +199,11 @@ def convert(
     form = None if to == "tsv" else find_form(to)
     columns, header = parse_outfmt(outfmt)
     try:
-        residues = read_query(query) if query else None
+        residues = None
         with open_report(sys.stdin.buffer if report == "-" else report) as source:
+            if query:
+                title, residues = query_of_file(source.iterations[0], query)
+                source.entitle(title)
             # nothing is left of a form that fails half-way
             with tempfile.TemporaryFile("w+", encoding="utf-8", errors="surrogateescape", newline="\n") as made:
                 if form is None:

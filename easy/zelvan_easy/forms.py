@@ -27,10 +27,10 @@ def _laid_out(layout):
     return write
 
 
-def _page(report, out, _):
+def _page(report, out, residues):
     from zelvan_easy import page  # which needs Jinja2
 
-    return page.write_page(report, out)
+    return page.write_page(report, out, residues=residues)
 
 
 FORMS = {

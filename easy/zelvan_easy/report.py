@@ -187,6 +187,12 @@ class Report:
     iterations: list
     times: dict  # "Scan Completed at" -> text; empty where the run did not end
 
+    def entitle(self, title):
+        """Gives the query its whole title, which reports cut to 61 characters."""
+        for iteration in self.iterations:
+            if "Query Title" in iteration.header:
+                iteration.header["Query Title"] = title
+
     def iteration(self, number=None):
         """The iteration of that number, by default the last."""
         if number is None:
@@ -319,6 +325,8 @@ def _read_iteration(file, before, start, end):
 def _headless_list(file, size):
     """Mode 10 writes a score and an identifier for every sequence, and nothing else."""
     lines = list(_lines(file, 0, min(size, 1 << 16)))[: 100 if size > 1 << 16 else None]
+    if not size:
+        raise ReportError("the input is empty: the search wrote no report; what was wrong is on its error stream")
     if not lines or not all(re.fullmatch(rb"-?\d+ \S*", line) for line in lines):
         raise ReportError("no score list in the input: give it a report of a search made with SHOW_BLURB 1")
     return Iteration(file, 0, {"ZELVAN MODE": "10"}, (0, 0), (0, size), (size, size))

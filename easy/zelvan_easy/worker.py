@@ -224,6 +224,7 @@ def _finish(task, subject, notes):
         if len(reports) > 1:
             parts = [Part(one, start) for one, (start, _, _) in zip(reports, subject.runs)]
             report = merged_report(parts, len(subject.masked), plan.limit)
+        report.entitle(subject.query.title)
         lines = io.StringIO()
         write_table(report, lines, task.columns, task.header, unaligned=True)
         page = []

@@ -284,7 +284,10 @@ def test_forms(folder, database):
     query = "".join(fasta_of(["hxa7"]).decode().split("\n", 1)[1].split())
     assert rows[0].split("\n")[1] == query  # what was masked in the search stands here
     assert len(rows) > 5 and len({sum(not c.islower() for c in row.split("\n")[1]) for row in rows}) == 1
-    assert json.loads((reports / "000001_sp_Q600K7_ENGB_MYCH2.json").read_text())["iterations"][0]["hits"]
+    said = json.loads((reports / "000001_sp_Q600K7_ENGB_MYCH2.json").read_text())
+    title = fasta_of(["engb"]).decode().split("\n")[0].split(" ", 1)[1]  # longer than a report shows
+    assert said["iterations"][0]["hits"] and said["run"]["query"]["title"] == title
+    assert title in (reports / "000001_sp_Q600K7_ENGB_MYCH2.html").read_text()
     assert sorted({path.suffix for path in reports.iterdir()}) == [".a3m", ".html", ".json", ".pssm", ".report", ".sto"]
     index = (folder.path / "out/index.html").read_text()
     assert 'href="reports/000001_sp_Q600K7_ENGB_MYCH2.html"' in index and index.count("000002_") == 1
@@ -293,6 +296,8 @@ def test_forms(folder, database):
     assert sum(line.startswith("# Fields: ") for line in hits) == 2
     own = [line for line in hits if line.startswith("sp|Q600K7")]
     assert folder.out.splitlines() == [line.rsplit("\t", 1)[0] for line in own] and own[0].endswith("\t198")
+    again = folder.easy("convert", reports / "000001_sp_Q600K7_ENGB_MYCH2.report", "--to", "json", "--query", "two.fa")
+    assert again == 0 and json.loads(folder.out)["run"]["query"]["title"] == title
     assert folder.easy("convert", "two.fa", "--to", "json") == 1 and folder.easy("convert", "two.fa", "--to", "x") == 2
     folder.search(EXAMPLES / "engb_dna.fasta", database, "--a3m", "--out", "dna", status=2)
     assert "--a3m" in folder.errors

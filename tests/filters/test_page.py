@@ -13,7 +13,8 @@ import subprocess
 
 import pytest
 from conftest import QUERY, SAMPLE, fasta, run_filter, table
-from zelvan_easy.page import charts, links
+from zelvan_easy.page import charts, links, write_page
+from zelvan_easy.page import downloads as page_downloads
 from zelvan_easy.report import open_report
 
 
@@ -65,6 +66,8 @@ def test_page_of_an_iterated_search(report):
 
 def test_pages_of_other_reports(report, dna):
     one = report("-niter", 1)
+    everything = report("-d", QUERY.parent / "dna_sample.fasta", "-mode", 10)
+    best = max((line.split() for line in everything.splitlines()), key=lambda words: int(words[0]))[1]
     for text, args, words, there in (
         (report("-niter", 1, "-npt", 0, "-nout", 9), (), "number that chance brings", False),
         (one, (), "number that chance brings", True),
@@ -72,13 +75,27 @@ def test_pages_of_other_reports(report, dna):
         (dna(), (), "1 frame shift, frame +2", True),
         (dna("-complement_query", 1), (), "frame -", True),
         (report("-d", QUERY.parent / "dna_sample.fasta", "-mode", 12, "-do_stats", 1), (), "26 hits", True),
-        (report("-d", QUERY.parent / "dna_sample.fasta", "-mode", 10), (), "515 hits", True),
+        (everything, (), "515 hits", True),
+        (everything, (), f"Best hit{best}", True),  # of a list in the order of the database
         (report("-niter", 1, "-e", 0, "-e2", 0), (), "No sequence reached", True),
         (report("-niter", 1, "-pt", 0, "-e", 0.0001), (), "All sequences searched", False),
         (one.replace("GTPase Era OS", "&<x>\xe9"), ("-a", "7"), "&<x>\ufffd", True),
     ):
         page = run_filter("zelvan2html", text, *args).encode("latin-1").decode()
         assert (words in page_text(page)) == there, words
+
+
+def test_what_is_too_large_for_a_page_is_cut(report, monkeypatch):
+    text, out = report("-niter", 2, "-e", 3e3), io.StringIO()
+    monkeypatch.setattr(page_downloads, "_AT_ONCE", 1000)
+    monkeypatch.setattr(page_downloads, "_LARGEST", 115_000)
+    with open_report(io.BytesIO(text.encode())) as read:
+        write_page(read, out)
+    words, files = page_text(out.getvalue()), {name.split(".")[1]: text for name, text in downloads(out.getvalue()).items()}
+    assert "best alignments only" in words and "hits only" in words
+    listed = [hit[2] for hit in table(text, "--hits")]
+    assert [line.split("\t")[1] for line in files["tsv"].splitlines()[1:]] == listed
+    assert [hit["target"] for hit in json.loads(files["json"])["iterations"][0]["hits"]] == listed
 
 
 def test_fitted_line_is_the_one_of_the_search(report):
@@ -137,7 +154,7 @@ ACTIONS = """
 
 
 @pytest.mark.skipif(not shutil.which("chromium"), reason="chromium is not installed")
-@pytest.mark.parametrize("width, cutoff", [(1280, 1e-6), (400, 1e-6), (1280, 1e9)])
+@pytest.mark.parametrize("width, cutoff", [(1280, 1e-6), (400, 1e-6), (1280, 3e3)])
 def test_browser_filters_sorts_and_finds_nothing_inaccessible(report, tmp_path, width, cutoff):
     """The last list is longer than what a page shows at once, and too long for the check of accessibility."""
     text = report("-niter", 2, "-e", cutoff)

@@ -181,7 +181,7 @@ def test_a_stream_and_a_file_read_the_same(report):
 def test_what_cannot_be_converted_is_refused_in_words(report, dna):
     text = report("-niter", 1)
     for name, given, args, says in (
-        ("zelvan2tsv", "", [], "no score list in the input"),
+        ("zelvan2tsv", "", [], "the input is empty"),
         ("zelvan2tsv", ">q\nMKV\n", [], "no score list in the input"),
         ("zelvan2tsv", text, ["-i", 7], "the report has no iteration 7: it has 0"),
         ("zelvan2tsv", text, ["-c", "qstart,x"], "no such column: x; there are std"),
@@ -192,6 +192,7 @@ def test_what_cannot_be_converted_is_refused_in_words(report, dna):
         ("zelvan2a3m", text, ["-q", EXAMPLES / "mvk.fasta"], "residues, but the query of the report 198"),
         ("zelvan2a3m", "# Alignment from izelvan iteration:0\n", [], "the block file is incomplete"),
         ("zelvan2pssm", text, [], "search with PRINT_PROFILES 1"),
+        ("zelvan2pssm", dna(), [], "only protein searches"),
         ("zelvan2tsv", "", ["/nowhere"], "cannot read /nowhere"),
     ):
         run_filter(name, given, *args, status=1, errors=says)

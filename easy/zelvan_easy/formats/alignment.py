@@ -34,13 +34,14 @@ class Row(NamedTuple):
 
 
 def read_query(path):
-    """Residues of the first sequence of a FASTA file."""
+    """(title, residues) of the first sequence of a FASTA file."""
     try:
-        with open(path, encoding="latin-1") as source:
+        with open(path, encoding="utf-8", errors="surrogateescape") as source:
             lines = itertools.dropwhile(lambda line: not line.startswith(">"), source)
-            next(lines, None)
+            heading = next(lines, "").split(None, 1)
             body = itertools.takewhile(lambda line: not line.startswith(">"), lines)
-            return "".join(c for line in body for c in line if c.isalpha()).upper()
+            residues = "".join(c for line in body for c in line if c.isascii() and c.isalpha()).upper()
+            return heading[1].rstrip() if len(heading) > 1 else "", residues
     except OSError as problem:
         raise ReportError(f"cannot read the query file {path}: {problem.strerror}") from problem
 
@@ -69,14 +70,18 @@ def aligned_letters(alignment, length):
     return GAP * (alignment.query_start - 1) + target + GAP * (length - alignment.query_end)
 
 
+def query_of_file(iteration, path):
+    """(title, residues) of the first sequence of a file, which must be the query's."""
+    title, residues = read_query(path)
+    if iteration.query_length and len(residues) != iteration.query_length:
+        raise ReportError(f"{path} has {len(residues)} residues, but the query of the report {iteration.query_length}")
+    return title, residues
+
+
 def query_of(iteration, query_file=None, warn=None):
     """The residues of the query: those of a file, or those that the report shows; warn(text) is told what is missing."""
-    length = iteration.query_length
     if query_file:
-        query = read_query(query_file)
-        if len(query) != length:
-            raise ReportError(f"{query_file} has {len(query)} residues, but the query of the report {length}")
-        return query
+        return query_of_file(iteration, query_file)[1]
     query, missing = gather_query(iteration)
     if missing and warn:
         warn(f"{missing} residues of the query are not in the report and become {UNKNOWN}: give the query with -q FILE")
@@ -127,13 +132,17 @@ def alignment_rows(iteration, query, cutoff=None, insertions=True):
         yield row if insertions else row._replace(letters=without_insertions(row.letters))
 
 
+def refuse_translated(iteration):
+    if iteration.mode in (10, 12, 20, 22):
+        raise ReportError("a translated search: only protein searches (modes 200 to 212) have a multiple alignment or a profile")
+
+
 def _check(iteration):
+    refuse_translated(iteration)
     if iteration.hits and next(iteration.aligned(), None) is None:
         raise ReportError("the report lists hits but no alignments: search with APRINT_TO_THRESHOLD 1, or give a block file")
     if not iteration.query_length:
         raise ReportError("the report does not say how long the query is: search with SHOW_BLURB 1")
-    if iteration.mode in (10, 12, 20, 22):
-        raise ReportError("a translated search: only protein searches (modes 200 to 212) have a multiple alignment")
 
 
 # ---- Block files

@@ -11,7 +11,7 @@ from __future__ import annotations
 import math
 from collections import Counter
 
-from zelvan_easy.formats.alignment import profile_alignments, query_of
+from zelvan_easy.formats.alignment import profile_alignments, query_of, refuse_translated
 from zelvan_easy.report import GAP, ReportError
 
 RESIDUES = "ARNDCQEGHILKMFPSTWYV"
@@ -50,6 +50,7 @@ def information(counts):
 def write_pssm(report, out, iteration=None, query_file=None, warn=None):
     """Writes the matrix of an iteration to a text stream; the report must hold profiles."""
     chosen = report.iteration(iteration)
+    refuse_translated(chosen)
     profile = chosen.profile
     if profile is None:
         raise ReportError("the report holds no profile of this iteration: search with PRINT_PROFILES 1")

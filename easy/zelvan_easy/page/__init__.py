@@ -20,7 +20,7 @@ from markupsafe import Markup
 from zelvan_easy.formats import printable
 from zelvan_easy.formats.table import rows_of
 from zelvan_easy.page import charts, view
-from zelvan_easy.page.downloads import PassingTable, downloads
+from zelvan_easy.page.downloads import PassingTable, every_download
 from zelvan_easy.report import Report
 
 _HERE = pathlib.Path(__file__).parent
@@ -69,9 +69,16 @@ def _write(out, template, context):
         out.write(text)
 
 
+def best_of(hits):
+    """The first of a ranked list; lists without statistics may stand in the order of the database."""
+    if hits and hits[0].significance is None:
+        return max(hits, key=lambda hit: hit.score)
+    return hits[0] if hits else None
+
+
 def summary_of(report, iteration):
     header = iteration.header
-    best = iteration.hits[0] if iteration.hits else None
+    best = best_of(iteration.hits)
     return Summary(
         printable(iteration.query), printable(header.get("Query Title", "")), iteration.query_length,
         len(iteration.hits), sum(view.is_sure(hit, iteration) for hit in iteration.hits),
@@ -81,13 +88,14 @@ def summary_of(report, iteration):
     )  # fmt: skip
 
 
-def write_page(report, out, iteration=None, most=250):
-    """Writes the page of an iteration, with at most so many alignments one by one, and returns its Summary."""
+def write_page(report, out, iteration=None, most=250, residues=None):
+    """Writes the page of an iteration, with at most so many alignments one by one, and returns its Summary. residues:
+    those of the query, which a report shows as far as they are aligned, and without what was masked."""
     chosen = report.iteration(iteration)
     table = PassingTable()
     with tempfile.TemporaryFile("w+", encoding="utf-8", errors="surrogateescape", newline="\n") as records:
-        found = view.gather(chosen, table.passing(rows_of(Report([chosen], {}), unaligned=True)), most, records)
-        taken = downloads(report, chosen, found, table, records)
+        found = view.gather(chosen, table.passing(rows_of(Report([chosen], {}), unaligned=True)), most, records, residues)
+        taken = every_download(report, chosen, found, table, records)
     summary = summary_of(report, chosen)
     _write(out, "page.html.j2", {
         "summary": summary,

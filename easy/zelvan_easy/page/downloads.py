@@ -34,7 +34,7 @@ class _TooLarge(Exception):
 class _Packer:
     """A text stream that compresses what is written, up to a number of bytes."""
 
-    def __init__(self, most=_LARGEST):
+    def __init__(self, most):
         self._most = most
         self._packed = io.BytesIO()
         self._file = gzip.GzipFile(fileobj=self._packed, mode="wb", compresslevel=6, mtime=0)
@@ -72,7 +72,7 @@ class PassingTable:
 
     def __init__(self):
         self._columns = [COLUMNS[name] for name in _TABLE]
-        self._every, self._best = _Packer(), _Packer()
+        self._every, self._best = _Packer(_LARGEST), _Packer(_LARGEST)
         for packer in (self._every, self._best):
             packer.write("\t".join(_TABLE) + "\n")
 
@@ -106,7 +106,7 @@ def _download(name, label, most, writers):
     return None
 
 
-def downloads(report, iteration, found, table, records):
+def every_download(report, iteration, found, table, records):
     """Every Download that the page has room for. table: through which all rows have passed. records: the rows of the
     multiple alignment but for the query, as gathering left them."""
     name = "".join(c if c.isalnum() or c in "-." else "_" for c in printable(iteration.query)) or "query"

@@ -68,7 +68,8 @@ class Found(NamedTuple):
 
 
 def short(value):
-    return "" if value is None else f"{value:.2g}"
+    """A number with two digits; the E-values of chance whole."""
+    return "" if value is None else f"{value:.0f}" if 99 < value < 1e6 else f"{value:.2g}"
 
 
 def is_sure(hit, iteration):
@@ -211,13 +212,17 @@ class _Columns:
         self._waiting = []
 
 
-def gather(iteration, rows, most, records):
+def gather(iteration, rows, most, records, residues=None):
     """Everything of the alignments that the page shows. rows: those of the iteration, also of hits without alignment.
-    most: alignments shown one by one. records: a text stream that takes the rows of the multiple alignment, as a3m."""
+    most: alignments shown one by one. records: a text stream that takes the rows of the multiple alignment, as a3m.
+    residues: of the query, where they are known."""
     length = iteration.query_length or 0
+    if residues and len(residues) != length:
+        residues = None
     translated = iteration.mode in (10, 12, 20, 22)
-    query, columns = bytearray(_UNKNOWN * length), _Columns(0 if translated else length)
-    for position, letter in iteration.query_letters.items():
+    columns = _Columns(0 if translated else length)
+    query = bytearray(residues.encode("ascii") if residues else _UNKNOWN * length)
+    for position, letter in () if residues else iteration.query_letters.items():
         query[position - 1] = ord(letter)
     appeared, cutoff = {hit.target for hit in iteration.appeared}, iteration.profile_cutoff
     hits, stretches, shown, aligned_rows, lengths, names = [], [], [], [], {}, set()
@@ -239,7 +244,7 @@ def gather(iteration, rows, most, records):
         for row in () if translated else aligned:
             alignment = row.alignment
             at, end = alignment.query_start - 1, alignment.query_end
-            if query.find(_UNKNOWN, at, end) >= 0:
+            if not residues and query.find(_UNKNOWN, at, end) >= 0:
                 query[at:end] = alignment.query_row.replace(GAP, "").encode("ascii")
             if not within_cutoff(alignment, cutoff):
                 continue
