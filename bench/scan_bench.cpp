@@ -118,7 +118,6 @@ void flag_rate(benchmark::State& state, InstructionSet set, int32_t length) {
   const GapRows gaps = {table[residue_code(*s.matrix, s.params.GAP_CHARACTER)],
                         table[residue_code(*s.matrix, s.params.IGAP_CHARACTER)]};
   MoveFlags flags;
-  fit_flags(flags, target.len, length + 2);
   for (auto _ : state) {
     benchmark::DoNotOptimize(
         fill_flags(length + 2, target.seq, target.len, table, gaps, s.params.LI_PEN, set, flags));

@@ -13,7 +13,10 @@ enum MoveFlag : uint8_t {
 };
 constexpr uint8_t ALL_MOVES = MOVE_DIAGONAL | MOVE_UP | MOVE_LEFT;
 
-// Set where the value is 0, whatever moves reach it as well.
+// Set where the value is 0. No path goes on there: what moves such a cell has means nothing.
 constexpr uint8_t CELL_ZERO = 8;
+
+// Set where the value is at least the threshold of the paths asked for.
+constexpr uint8_t CELL_HIGH = 16;
 
 }  // namespace zelvan

@@ -33,7 +33,7 @@ BestCell fill_frame_flags(int32_t m, const int8_t* rows, int32_t n, const Lookup
   BestCell best;
   for (int32_t i = 1; i <= n - 2; ++i) {
     const int32_t* s = table[rows[i]];
-    uint8_t* row_flags = flags[i];
+    const FlagRow row_flags = flags[i];
     for (int32_t j = 1; j <= m - 2; ++j) {
       const int32_t diagonal = above[j - CODON] + s[j];
       const int32_t up = after_up[j];

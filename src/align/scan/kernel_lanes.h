@@ -10,13 +10,11 @@
 #pragma once
 
 #include "align/scan/scan_kernel.h"
+#include "align/simd/lanes.h"
 
 namespace zelvan {
 namespace {
 
-constexpr int VECTOR_BYTES = vector_bytes(COMPILED_SET);
-template <class V>
-constexpr int LANES = VECTOR_BYTES / lane_bytes(V::WIDTH);
 template <class V>
 constexpr bool SATURATES = zero_score(COMPILED_SET, V::WIDTH) < 0;
 

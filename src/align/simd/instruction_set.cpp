@@ -14,7 +14,8 @@ bool is_usable(InstructionSet set) {
     case InstructionSet::AVX2:
       return __builtin_cpu_supports("avx2") != 0;
     case InstructionSet::AVX512:
-      return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0;
+      return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+             __builtin_cpu_supports("avx512vl") != 0;
 #endif
     default:
       return false;

@@ -26,7 +26,7 @@ V load(const uint8_t* from) {
   return {_mm256_load_si256(reinterpret_cast<const __m256i*>(from))};
 }
 template <class V>
-V load_unaligned(const int32_t* from) {
+V load_unaligned(const uint8_t* from) {
   return {_mm256_loadu_si256(reinterpret_cast<const __m256i*>(from))};
 }
 template <class V>
@@ -67,6 +67,9 @@ inline Vec16 max(Vec16 a, Vec16 b) {
 inline Register equal(Vec16 a, Vec16 b) {
   return _mm256_cmpeq_epi16(a.v, b.v);
 }
+inline Register greater(Vec16 a, Vec16 b) {
+  return _mm256_cmpgt_epi16(a.v, b.v);
+}
 
 inline Vec32 add(Vec32 a, Vec32 b) {
   return {_mm256_add_epi32(a.v, b.v)};
@@ -80,19 +83,44 @@ inline Vec32 max(Vec32 a, Vec32 b) {
 inline Register equal(Vec32 a, Vec32 b) {
   return _mm256_cmpeq_epi32(a.v, b.v);
 }
+inline Register greater(Vec32 a, Vec32 b) {
+  return _mm256_cmpgt_epi32(a.v, b.v);
+}
 
 // Every lane moves up by one; the last lane of `below` comes in.
-inline Vec32 shift_in(Vec32 below, Vec32 a) {
+template <class V>
+V shift_in(V below, V a) {
   const __m256i halves = _mm256_permute2x128_si256(below.v, a.v, 0x21);  // the upper of below, the lower of a
-  return {_mm256_alignr_epi8(a.v, halves, 12)};
-}
-inline int32_t last_lane(Vec32 a) {
-  return _mm256_extract_epi32(a.v, 7);
+  return {_mm256_alignr_epi8(a.v, halves, 16 - lane_bytes(V::WIDTH))};
 }
 // The lowest byte of every lane, for lanes of 0..127.
+inline void store_bytes(uint8_t* to, Vec16 a) {
+  const __m128i bytes = _mm_packs_epi16(_mm256_castsi256_si128(a.v), _mm256_extracti128_si256(a.v, 1));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes);
+}
 inline void store_bytes(uint8_t* to, Vec32 a) {
   const __m128i words = _mm_packs_epi32(_mm256_castsi256_si128(a.v), _mm256_extracti128_si256(a.v, 1));
   _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi16(words, words));
+}
+
+// Both halves of 16 bytes from a place of their own: half q from from[q * step] + offset.
+template <class V>
+V load_pieces(const uint8_t* const* from, int step, int64_t offset) {
+  return {_mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(from[step] + offset),
+                              reinterpret_cast<const __m128i*>(from[0] + offset))};
+}
+// Units of BYTES from the lower (upper) parts of both, in turn, in either half.
+template <int BYTES, class V>
+V interleave_low(V a, V b) {
+  if constexpr (BYTES == 2) return {_mm256_unpacklo_epi16(a.v, b.v)};
+  if constexpr (BYTES == 4) return {_mm256_unpacklo_epi32(a.v, b.v)};
+  if constexpr (BYTES == 8) return {_mm256_unpacklo_epi64(a.v, b.v)};
+}
+template <int BYTES, class V>
+V interleave_high(V a, V b) {
+  if constexpr (BYTES == 2) return {_mm256_unpackhi_epi16(a.v, b.v)};
+  if constexpr (BYTES == 4) return {_mm256_unpackhi_epi32(a.v, b.v)};
+  if constexpr (BYTES == 8) return {_mm256_unpackhi_epi64(a.v, b.v)};
 }
 
 inline Register and_bits(Register a, Register b) {

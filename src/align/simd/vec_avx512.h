@@ -1,4 +1,4 @@
-// AVX-512 registers (with the byte and word instructions) as lanes of 8, 16 and 32 bits. Included by
+// AVX-512 registers (with the byte, word and vector-length instructions) as lanes of 8, 16 and 32 bits. Included by
 // kernel objects only, to which all is local.
 #pragma once
 
@@ -26,7 +26,7 @@ V load(const uint8_t* from) {
   return {_mm512_load_si512(from)};
 }
 template <class V>
-V load_unaligned(const int32_t* from) {
+V load_unaligned(const uint8_t* from) {
   return {_mm512_loadu_si512(from)};
 }
 template <class V>
@@ -65,6 +65,9 @@ inline Vec16 max(Vec16 a, Vec16 b) {
 inline __mmask32 equal(Vec16 a, Vec16 b) {
   return _mm512_cmpeq_epi16_mask(a.v, b.v);
 }
+inline __mmask32 greater(Vec16 a, Vec16 b) {
+  return _mm512_cmpgt_epi16_mask(a.v, b.v);
+}
 inline Vec16 select(__mmask32 mask, Vec16 where_set, Vec16 where_clear) {
   return {_mm512_mask_blend_epi16(mask, where_clear.v, where_set.v)};
 }
@@ -81,13 +84,11 @@ inline Vec32 max(Vec32 a, Vec32 b) {
 inline __mmask16 equal(Vec32 a, Vec32 b) {
   return _mm512_cmpeq_epi32_mask(a.v, b.v);
 }
+inline __mmask16 greater(Vec32 a, Vec32 b) {
+  return _mm512_cmpgt_epi32_mask(a.v, b.v);
+}
 inline Vec32 select(__mmask16 mask, Vec32 where_set, Vec32 where_clear) {
   return {_mm512_mask_blend_epi32(mask, where_clear.v, where_set.v)};
-}
-
-// The lanes where the mask is set; 0 elsewhere.
-inline Vec32 masked(__mmask16 mask, Vec32 a) {
-  return {_mm512_maskz_mov_epi32(mask, a.v)};
 }
 
 // One of two vectors in every lane, chosen again and again.
@@ -114,12 +115,54 @@ typename V::Mask load_mask(const uint8_t* from) {
 inline Vec32 shift_in(Vec32 below, Vec32 a) {
   return {_mm512_alignr_epi32(a.v, below.v, 15)};
 }
-inline int32_t last_lane(Vec32 a) {
-  return _mm_extract_epi32(_mm512_extracti32x4_epi32(a.v, 3), 3);
+inline Vec16 shift_in(Vec16 below, Vec16 a) {
+  const __m512i quarters = _mm512_alignr_epi32(a.v, below.v, 12);  // the last of below, then those of a
+  return {_mm512_alignr_epi8(a.v, quarters, 14)};
 }
-// The lowest byte of every lane.
-inline void store_bytes(uint8_t* to, Vec32 a) {
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm512_cvtepi32_epi8(a.v));
+
+// One byte for every lane, in which flags are set one by one.
+template <class V>
+struct LaneFlags;
+template <>
+struct LaneFlags<Vec16> {
+  __m256i v = _mm256_setzero_si256();
+  void set(__mmask32 mask, uint8_t flag) {
+    v = _mm256_mask_add_epi8(v, mask, v, _mm256_set1_epi8(static_cast<char>(flag)));
+  }
+  void store(uint8_t* to) const { _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), v); }
+};
+template <>
+struct LaneFlags<Vec32> {
+  __m128i v = _mm_setzero_si128();
+  void set(__mmask16 mask, uint8_t flag) {
+    v = _mm_mask_add_epi8(v, mask, v, _mm_set1_epi8(static_cast<char>(flag)));
+  }
+  void store(uint8_t* to) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v); }
+};
+
+// Every quarter of 16 bytes from a place of its own: quarter q from from[q * step] + offset.
+template <class V>
+V load_pieces(const uint8_t* const* from, int step, int64_t offset) {
+  const auto piece = [&](int q) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from[q * step] + offset));
+  };
+  __m512i v = _mm512_castsi128_si512(piece(0));
+  v = _mm512_inserti32x4(v, piece(1), 1);
+  v = _mm512_inserti32x4(v, piece(2), 2);
+  return {_mm512_inserti32x4(v, piece(3), 3)};
+}
+// Units of BYTES from the lower (upper) halves of both, in turn, in every quarter.
+template <int BYTES, class V>
+V interleave_low(V a, V b) {
+  if constexpr (BYTES == 2) return {_mm512_unpacklo_epi16(a.v, b.v)};
+  if constexpr (BYTES == 4) return {_mm512_unpacklo_epi32(a.v, b.v)};
+  if constexpr (BYTES == 8) return {_mm512_unpacklo_epi64(a.v, b.v)};
+}
+template <int BYTES, class V>
+V interleave_high(V a, V b) {
+  if constexpr (BYTES == 2) return {_mm512_unpackhi_epi16(a.v, b.v)};
+  if constexpr (BYTES == 4) return {_mm512_unpackhi_epi32(a.v, b.v)};
+  if constexpr (BYTES == 8) return {_mm512_unpackhi_epi64(a.v, b.v)};
 }
 
 // The residues of some columns, made ready for look-ups in a score row.

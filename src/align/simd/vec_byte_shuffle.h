@@ -11,11 +11,17 @@ template <class V>
 Register load_mask(const uint8_t* from) {
   return load<V>(from).v;
 }
-// The lanes where the mask is set; 0 elsewhere.
+
+// One byte for every lane, in which flags are set one by one.
 template <class V>
-V masked(Register mask, V a) {
-  return {and_bits(mask, a.v)};
-}
+struct LaneFlags {
+  Register v = splat_byte(0);
+  void set(Register mask, uint8_t flag) {
+    const uint32_t pattern = V::WIDTH == LaneWidth::BITS16 ? flag * 0x00010001U : flag;
+    v = or_bits(v, and_bits(mask, splat<V>(pattern).v));
+  }
+  void store(uint8_t* to) const { store_bytes(to, V{v}); }
+};
 
 // One of two vectors in every lane, chosen again and again. On most processors logic takes fewer steps than a
 // blend.

@@ -33,7 +33,7 @@ V load(const uint8_t* from) {
   return {*reinterpret_cast<const typename V::Signed*>(from)};
 }
 template <class V>
-V load_unaligned(const int32_t* from) {
+V load_unaligned(const uint8_t* from) {
   V a;
   std::memcpy(&a.v, from, sizeof a.v);
   return a;
@@ -70,13 +70,12 @@ typename V::Mask equal(V a, V b) {
   return a.v == b.v;
 }
 template <class V>
+typename V::Mask greater(V a, V b) {
+  return a.v > b.v;
+}
+template <class V>
 V select(typename V::Mask mask, V where_set, V where_clear) {
   return {mask ? where_set.v : where_clear.v};
-}
-// The lanes where the mask is set; 0 elsewhere.
-template <class V>
-V masked(typename V::Mask mask, V a) {
-  return {mask & a.v};
 }
 
 // One of two vectors in every lane, chosen again and again.
@@ -97,14 +96,36 @@ V choose(typename V::Mask mask, const Choice<V>& choice) {
 inline Vec32 shift_in(Vec32 below, Vec32 a) {
   return {__builtin_shufflevector(below.v, a.v, 3, 4, 5, 6)};
 }
-inline int32_t last_lane(Vec32 a) {
-  return a.v[3];
+
+// One byte for every lane, in which flags are set one by one.
+template <class V>
+struct LaneFlags;
+template <>
+struct LaneFlags<Vec32> {
+  Vec32 flags = splat<Vec32>(0);
+  void set(Vec32::Mask mask, uint8_t flag) { flags.v |= mask & flag; }
+  void store(uint8_t* to) const {
+    typedef uint8_t Bytes __attribute__((vector_size(4)));
+    const Bytes bytes = __builtin_convertvector(flags.v, Bytes);
+    std::memcpy(to, &bytes, sizeof bytes);
+  }
+};
+
+// A register has one piece of 16 bytes only.
+template <class V>
+V load_pieces(const uint8_t* const* from, int, int64_t offset) {
+  return load_unaligned<V>(from[0] + offset);
 }
-// The lowest byte of every lane.
-inline void store_bytes(uint8_t* to, Vec32 a) {
-  typedef uint8_t Bytes __attribute__((vector_size(4)));
-  const Bytes bytes = __builtin_convertvector(a.v, Bytes);
-  std::memcpy(to, &bytes, sizeof bytes);
+// Units of BYTES from the lower (upper) halves of both, in turn.
+template <int BYTES>
+Vec32 interleave_low(Vec32 a, Vec32 b) {
+  if constexpr (BYTES == 4) return {__builtin_shufflevector(a.v, b.v, 0, 4, 1, 5)};
+  if constexpr (BYTES == 8) return {__builtin_shufflevector(a.v, b.v, 0, 1, 4, 5)};
+}
+template <int BYTES>
+Vec32 interleave_high(Vec32 a, Vec32 b) {
+  if constexpr (BYTES == 4) return {__builtin_shufflevector(a.v, b.v, 2, 6, 3, 7)};
+  if constexpr (BYTES == 8) return {__builtin_shufflevector(a.v, b.v, 2, 3, 6, 7)};
 }
 
 // The residues of some columns, looked up one by one.

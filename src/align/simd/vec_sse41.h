@@ -28,7 +28,7 @@ V load(const uint8_t* from) {
   return {_mm_load_si128(reinterpret_cast<const __m128i*>(from))};
 }
 template <class V>
-V load_unaligned(const int32_t* from) {
+V load_unaligned(const uint8_t* from) {
   return {_mm_loadu_si128(reinterpret_cast<const __m128i*>(from))};
 }
 template <class V>
@@ -69,6 +69,9 @@ inline Vec16 max(Vec16 a, Vec16 b) {
 inline Register equal(Vec16 a, Vec16 b) {
   return _mm_cmpeq_epi16(a.v, b.v);
 }
+inline Register greater(Vec16 a, Vec16 b) {
+  return _mm_cmpgt_epi16(a.v, b.v);
+}
 
 inline Vec32 add(Vec32 a, Vec32 b) {
   return {_mm_add_epi32(a.v, b.v)};
@@ -82,19 +85,42 @@ inline Vec32 max(Vec32 a, Vec32 b) {
 inline Register equal(Vec32 a, Vec32 b) {
   return _mm_cmpeq_epi32(a.v, b.v);
 }
+inline Register greater(Vec32 a, Vec32 b) {
+  return _mm_cmpgt_epi32(a.v, b.v);
+}
 
 // Every lane moves up by one; the last lane of `below` comes in.
-inline Vec32 shift_in(Vec32 below, Vec32 a) {
-  return {_mm_alignr_epi8(a.v, below.v, 12)};
-}
-inline int32_t last_lane(Vec32 a) {
-  return _mm_extract_epi32(a.v, 3);
+template <class V>
+V shift_in(V below, V a) {
+  return {_mm_alignr_epi8(a.v, below.v, 16 - lane_bytes(V::WIDTH))};
 }
 // The lowest byte of every lane, for lanes of 0..127.
+inline void store_bytes(uint8_t* to, Vec16 a) {
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi16(a.v, a.v));
+}
 inline void store_bytes(uint8_t* to, Vec32 a) {
   const __m128i words = _mm_packs_epi32(a.v, a.v);
   const int32_t bytes = _mm_cvtsi128_si32(_mm_packs_epi16(words, words));
   std::memcpy(to, &bytes, sizeof bytes);
+}
+
+// A register has one piece of 16 bytes only.
+template <class V>
+V load_pieces(const uint8_t* const* from, int, int64_t offset) {
+  return load_unaligned<V>(from[0] + offset);
+}
+// Units of BYTES from the lower (upper) halves of both, in turn.
+template <int BYTES, class V>
+V interleave_low(V a, V b) {
+  if constexpr (BYTES == 2) return {_mm_unpacklo_epi16(a.v, b.v)};
+  if constexpr (BYTES == 4) return {_mm_unpacklo_epi32(a.v, b.v)};
+  if constexpr (BYTES == 8) return {_mm_unpacklo_epi64(a.v, b.v)};
+}
+template <int BYTES, class V>
+V interleave_high(V a, V b) {
+  if constexpr (BYTES == 2) return {_mm_unpackhi_epi16(a.v, b.v)};
+  if constexpr (BYTES == 4) return {_mm_unpackhi_epi32(a.v, b.v)};
+  if constexpr (BYTES == 8) return {_mm_unpackhi_epi64(a.v, b.v)};
 }
 
 inline Register and_bits(Register a, Register b) {

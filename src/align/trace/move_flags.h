@@ -8,20 +8,43 @@
 #include "align/lookup.h"
 #include "align/simd/instruction_set.h"
 #include "util/memory.h"
-#include "util/table.h"
 
 namespace zelvan {
 
-// [target position][query position]: what cell_flags.h lists; row and column 0 clear.
-using MoveFlags = Table<uint8_t>;
+// The flags of one target position: [query position].
+struct FlagRow {
+  uint8_t* origin;
+  int64_t stride;
+  uint8_t& operator[](int32_t i) const { return origin[i * stride]; }
+};
 
-// uchararr, ucharfree - make and release the flags of one pair (stored lengths).
+// Flags by target position j and query position i: what cell_flags.h lists. Either the plain matrix, row after
+// row, j = 0..dlen-2, i = 0..qlen-2, with row and column 0 clear; or, for 1..dlen-2 and 1..qlen-2, as kernels
+// work them out: groups of successive target positions interleaved, each a step behind the one before, so that
+// lane r of a group stands at query position s - r in step s.
+struct MoveFlags {
+  int32_t rows = 0;   // dlen
+  int32_t cols = 0;   // qlen
+  int32_t first = 0;  // target and query position of the first flag
+  int32_t group = 1;
+  int32_t steps = 0;  // of a group
+  UTvector<uint8_t> cells;
+
+  FlagRow operator[](int32_t j) {
+    const int64_t lane = (j - first) % group, before = (j - first) / group;
+    return {cells.data() + (before * steps + lane - first) * group + lane, group};
+  }
+  FlagRow operator[](int32_t j) const { return const_cast<MoveFlags&>(*this)[j]; }
+};
+
+// uchararr, ucharfree - make and release the plain matrix of one pair (stored lengths), all clear.
 MoveFlags uchararr(int32_t dlen, int32_t qlen);
 void ucharfree(MoveFlags& flags);
 
 // fit_flags - shapes the flags for a further pair, in the storage they already have where it is enough;
 // their contents are then of no use until they are filled.
-void fit_flags(MoveFlags& flags, int32_t dlen, int32_t qlen);
+// In     group: 1 for the plain matrix; steps: of a larger group, at least qlen-2 + group-1
+void fit_flags(MoveFlags& flags, int32_t dlen, int32_t qlen, int32_t group = 1, int32_t steps = 0);
 
 // The two schemes differ in what a path follows when several moves reach a cell's value, and in where a path
 // ends when a gap in the target repeats its best.
@@ -42,16 +65,16 @@ struct GapRows {
 
 // What a sweep over all cells leaves beside the flags.
 struct FlagSweep {
-  int32_t best = -1;         // best cell value; -1 when there is no cell
-  int32_t first_row = 0;     // target positions from the first to the last with a cell of at least the
-  int32_t last_row = 0;      // threshold, and perhaps some more; 0: none
-  UTvector<int32_t> values;  // [0 .. qlen-2] the cells of the row above the first; unset when there is none
+  int32_t best = -1;            // best cell value; -1 when there is no cell
+  UTvector<int32_t> high_rows;  // target positions with a cell of at least the threshold, from the first on
 };
 
 // fill_flags - the recurrence of swli (of swl, with equal penalties) over all cells of one pair.
-// In     target[1..dlen-2]; out_flags shaped for the pair; set: usable on this machine
-// Out    out_flags[j][i], j = 0..dlen-2, i = 0..qlen-2
-// Exact  the flags of every set are those of REFERENCE, which negative penalties always take
+// In     target[1..dlen-2]; threshold: CELL_HIGH is set from there on, and nowhere below 1; set: usable on
+//        this machine
+// Out    out_flags: shaped for the pair and filled
+// Exact  the flags of every set are those of REFERENCE, which negative penalties always take; but where
+//        CELL_ZERO is set, other sets may differ in the moves
 FlagSweep fill_flags(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
                      const GapRows& gaps, int32_t threshold, InstructionSet set, MoveFlags& out_flags);
 

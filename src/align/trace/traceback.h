@@ -15,13 +15,12 @@
 namespace zelvan {
 
 // swpathl (modes 200 and 210), swpathli (202 and 212) - align one pair.
-// Does   the recurrence of swl or swli over the whole matrix. A path carries where it began and its best
-//        cell; it ends where the cell diagonally behind it falls to 0, or at the end of either sequence; of
-//        the paths from one start the best is kept, of equals the first. Penalties come from the table's gap
-//        rows in the modes 210 and 212, else from the arguments
-// In     query (not read), target: codes; qlen, dlen: stored lengths; out_flags shaped for them
+// Does   the recurrence of swl or swli over the whole matrix, then find_all_paths or, where that gives the
+//        same sooner, find_high_paths. Penalties come from the table's gap rows in the modes 210 and 212, else
+//        from the arguments
+// In     query (not read), target: codes; qlen, dlen: stored lengths
 // Out    out_store: emptied, then the paths whose best is at least p->MIN_SCORE and that span more than one
-//        position of either sequence; out_flags[j][i], j = 0..dlen-2, i = 0..qlen-2
+//        position of either sequence; out_flags: shaped and filled
 // Returns the best cell value, or -1 when there is no cell. The scan kernels give the same, but where gaps at
 //        the last query position add to the score (negative penalties there): scans do not carry that cell
 int32_t swpathl(const int8_t* query, int32_t qlen, const int8_t* target, int32_t dlen,

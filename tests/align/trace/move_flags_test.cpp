@@ -20,18 +20,19 @@ TEST_P(MoveFlagsOfEverySet, GivesTheFlagsOfTheReference) {
     int32_t threshold = 0;
     for (const SeqRec& target : problem.targets) {
       const auto sweep = [&](InstructionSet set, MoveFlags& out_flags) {
-        fit_flags(out_flags, target.len, problem.qlen);
         return fill_flags(problem.qlen, target.seq, target.len, problem.table, gaps, threshold, set,
                           out_flags);
       };
       const FlagSweep reference = sweep(InstructionSet::REFERENCE, expected),
                       found = sweep(GetParam(), flags);
-      for (int32_t j = 0; j <= target.len - 2; ++j) {
-        ASSERT_TRUE(std::equal(flags[j], flags[j] + problem.qlen - 1, expected[j])) << "row " << j;
+      for (int32_t j = 1; j <= target.len - 2; ++j) {
+        for (int32_t i = 1; i <= problem.qlen - 2; ++i) {
+          const int ignored = (expected[j][i] & CELL_ZERO) != 0 ? ALL_MOVES : 0;
+          ASSERT_EQ(flags[j][i] | ignored, expected[j][i] | ignored) << i << "," << j;
+        }
       }
       ASSERT_EQ(found.best, reference.best);
-      ASSERT_LE(found.first_row, reference.first_row);
-      ASSERT_GE(found.last_row, reference.last_row);
+      ASSERT_EQ(found.high_rows, reference.high_rows);
       threshold = found.best - 2;  // of the next one: some are reached and some are not
     }
   }

@@ -74,12 +74,14 @@ int32_t replayed(Problem& problem, const CellModel& cells, const PathRec& path, 
   return value;
 }
 
-void expect_flags(const MoveFlags& flags, const CellModel& cells) {
-  for (int32_t j = 0; j < flags.rows - 1; ++j) {
-    for (int32_t i = 0; i < flags.cols - 1; ++i) {
+void expect_flags(const MoveFlags& flags, const CellModel& cells, int32_t threshold) {
+  for (int32_t j = flags.first; j < flags.rows - 1; ++j) {
+    for (int32_t i = flags.first; i < flags.cols - 1; ++i) {
       const Cell& cell = cells.at(i, j);
-      const int32_t zero = i > 0 && j > 0 && cell.value == 0 ? CELL_ZERO : 0;
-      ASSERT_EQ(flags[j][i], cell.flags | zero) << i << "," << j;
+      const uint8_t found = flags[j][i], high = cell.value >= std::max(threshold, 1) ? CELL_HIGH : 0;
+      ASSERT_EQ(found & ~ALL_MOVES, high | (i > 0 && j > 0 && cell.value == 0 ? CELL_ZERO : 0))
+          << i << "," << j;
+      ASSERT_TRUE(cell.value == 0 || (found & ALL_MOVES) == cell.flags) << i << "," << j;
     }
   }
 }
@@ -100,7 +102,7 @@ TEST(Traceback, FindsAndTracesThePathsOfTheModel) {
     const UTvector<PathRec> paths =
         align_pair(record_of(problem.query), record_of(problem.target), problem.table, problem.p.MIN_SCORE,
                    flags, problem.matrix, &problem.p);
-    expect_flags(flags, cells);
+    expect_flags(flags, cells, problem.p.MIN_SCORE);
     EXPECT_TRUE(std::is_sorted(paths.begin(), paths.end(),
                                [](const PathRec& a, const PathRec& b) { return a.best > b.best; }));
     std::vector<Way> found;

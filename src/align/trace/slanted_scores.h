@@ -1,0 +1,55 @@
+// Scores along a slant: what kernels that work out target positions side by side, each a step behind the one
+// before, look up. Included by kernel objects after their lanes; everything is local to them.
+#pragma once
+
+#include <cstdint>
+
+#include "align/simd/lanes.h"
+
+namespace zelvan {
+namespace {
+
+// The steps that are loaded together: lanes in 16 bytes.
+template <class V>
+constexpr int STRIDE = 16 / lane_bytes(V::WIDTH);
+
+// Transposes squares of STRIDE lanes, in every piece of 16 bytes.
+inline void transpose(Vec32* rows) {
+  const Vec32 a = interleave_low<4>(rows[0], rows[1]), b = interleave_high<4>(rows[0], rows[1]);
+  const Vec32 c = interleave_low<4>(rows[2], rows[3]), d = interleave_high<4>(rows[2], rows[3]);
+  rows[0] = interleave_low<8>(a, c);
+  rows[1] = interleave_high<8>(a, c);
+  rows[2] = interleave_low<8>(b, d);
+  rows[3] = interleave_high<8>(b, d);
+}
+template <class V>
+void transpose(V* rows) requires(V::WIDTH == LaneWidth::BITS16) {
+  V pairs[8], quads[8];
+  for (int k = 0; k < 4; ++k) {
+    pairs[k] = interleave_low<2>(rows[2 * k], rows[2 * k + 1]);
+    pairs[4 + k] = interleave_high<2>(rows[2 * k], rows[2 * k + 1]);
+  }
+  for (int k = 0; k < 4; ++k) {
+    quads[2 * k] = interleave_low<4>(pairs[2 * k], pairs[2 * k + 1]);
+    quads[2 * k + 1] = interleave_high<4>(pairs[2 * k], pairs[2 * k + 1]);
+  }
+  for (int half = 0; half < 2; ++half) {
+    for (int k = 0; k < 2; ++k) {
+      rows[4 * half + 2 * k] = interleave_low<8>(quads[4 * half + k], quads[4 * half + 2 + k]);
+      rows[4 * half + 2 * k + 1] = interleave_high<8>(quads[4 * half + k], quads[4 * half + 2 + k]);
+    }
+  }
+}
+
+// Loads the scores of STRIDE steps for the LANES rows whose score rows are given: lane r of out[t] is entry
+// s + t of rows[r].
+template <class V>
+void load_slant(const uint8_t* const* rows, int32_t s, V* out) {
+  for (int k = 0; k < STRIDE<V>; ++k) {
+    out[k] = load_pieces<V>(rows + k, STRIDE<V>, int64_t{s} * lane_bytes(V::WIDTH));
+  }
+  transpose(out);
+}
+
+}  // namespace
+}  // namespace zelvan
