@@ -10,21 +10,13 @@
 namespace zelvan {
 namespace {
 
-constexpr int VECTORS = 2;
-
-template <class V>
-V load_entries(const uint8_t* origin, int64_t entry) {
-  return load_unaligned<V>(origin + entry * lane_bytes(V::WIDTH));
-}
-
 template <class V>
 void fill_flag_block(const FlagBlock& block) {
   constexpr int ROWS = VECTORS * LANES<V>;
   constexpr int BYTES = lane_bytes(V::WIDTH);
-  const bool saturates = V::WIDTH == LaneWidth::BITS16;
-  const V zero = splat<V>(saturates ? 0x80008000U : 0U);
-  const auto high = static_cast<uint32_t>(block.below_high);
-  const V below_high = splat<V>(saturates ? (high & 0xFFFFU) * 0x00010001U : high);
+  constexpr bool SATURATES = V::WIDTH == LaneWidth::BITS16;
+  const V zero = all_lanes<V>(SATURATES ? INT16_MIN : 0);
+  const V below_high = all_lanes<V>(block.below_high);
   const uint8_t* rows[ROWS];
   for (int r = 0; r < ROWS; ++r) rows[r] = block.scores[r] - r * BYTES;
   V h[VECTORS];         // cells of the previous step
@@ -59,7 +51,7 @@ void fill_flag_block(const FlagBlock& block) {
         const V diagonal = add(corner[v], scores[v][t]);
         corner[v] = above[v];
         h[v] = max(max(diagonal, up[v]), left);
-        if constexpr (!saturates) h[v] = max(h[v], zero);
+        if constexpr (!SATURATES) h[v] = max(h[v], zero);
         const auto is_up = equal(h[v], up[v]), is_left = equal(h[v], left);
         LaneFlags<V> moves;
         moves.set(equal(h[v], diagonal), MOVE_DIAGONAL);

@@ -5,6 +5,7 @@
 
 #include "align/simd/aligned_block.h"
 #include "align/trace/flag_kernel.h"
+#include "align/trace/lane_rows.h"
 
 namespace zelvan {
 namespace {
@@ -66,45 +67,6 @@ void run_flag_kernel(InstructionSet set, const FlagBlock& block) {
   }
 }
 
-// How lanes hold values: those of 16 bits saturate, and their smallest value stands for 0. Neither a score of
-// `never` nor a penalty of `always` leaves anything of a cell.
-template <class LANE>
-struct LaneRange;
-template <>
-struct LaneRange<int16_t> {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS16;
-  static constexpr int32_t ZERO = INT16_MIN, TOP = INT16_MAX;
-  static constexpr int32_t NEVER = INT16_MIN, ALWAYS = INT16_MAX;
-};
-template <>
-struct LaneRange<int32_t> {
-  static constexpr LaneWidth WIDTH = LaneWidth::BITS32;
-  static constexpr int32_t ZERO = 0, TOP = INT32_MAX;
-  static constexpr int32_t NEVER = INT32_MIN / 2, ALWAYS = INT32_MAX / 2;
-};
-
-// Entries of lane size from -margin to `last`, every one `value` at first.
-template <class LANE>
-struct LaneRow {
-  UTvector<LANE> entries;
-  LANE* origin;
-  LaneRow(int32_t margin, int32_t last, int32_t value)
-      : entries(static_cast<std::size_t>(margin + last + 1), static_cast<LANE>(value)),
-        origin(entries.data() + margin) {}
-  uint8_t* bytes() { return reinterpret_cast<uint8_t*>(origin); }
-};
-
-// Copies what fits lanes; false where something does not.
-template <class LANE>
-bool narrow(const int32_t* from, int32_t count, LANE* to) {
-  int32_t lost = 0;
-  for (int32_t k = 0; k < count; ++k) {
-    to[k] = static_cast<LANE>(from[k]);
-    lost |= to[k] ^ from[k];
-  }
-  return lost == 0;
-}
-
 // The sweep in lanes of one width; false where scores, penalties or cells do not fit them.
 template <class LANE>
 bool sweep_lanes(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
@@ -133,38 +95,25 @@ bool sweep_lanes(int32_t qlen, const int8_t* target, int32_t dlen, const LookupT
   block.values = values.bytes();
   block.gaps_down = gaps_down.bytes();
 
-  // The score rows of the target's residues, each made when it is first met, and one for where it has ended.
-  UTvector<LaneRow<LANE>> made;
-  made.reserve(static_cast<std::size_t>(table.rows) + 1);
-  made.emplace_back(rows, steps, Range::NEVER);
-  UTvector<uint8_t*> row_of(static_cast<std::size_t>(table.rows), nullptr);
-
+  ScoreRows<LANE> score_rows(table, positions, rows, steps);
   fit_flags(out_flags, dlen, qlen, rows, steps);
   AlignedBlock best;
   resize_block(best, static_cast<std::size_t>(rows) * sizeof(LANE));
   block.best = best.data;
+  block.flags = out_flags.cells.data();
   const LANE* const row_best = reinterpret_cast<const LANE*>(best.data);
   out_sweep = {};
   for (int32_t first = 1; first <= dlen - 2; first += rows) {
     for (int32_t r = 0; r < rows; ++r) {
-      block.scores[r] = made.front().bytes();
-      if (first + r > dlen - 2) continue;
-      uint8_t*& row = row_of[static_cast<std::size_t>(target[first + r])];
-      if (row == nullptr) {
-        made.emplace_back(rows, steps, Range::NEVER);
-        if (!narrow(table[target[first + r]] + 1, positions, made.back().origin + 1)) return false;
-        row = made.back().bytes();
-      }
-      block.scores[r] = row;
+      block.scores[r] = first + r <= dlen - 2 ? score_rows.of(target[first + r]) : score_rows.none();
     }
-    block.flags = out_flags.cells.data() + static_cast<std::size_t>(first / rows) *
-                                               static_cast<std::size_t>(steps) *
-                                               static_cast<std::size_t>(rows);
+    if (!score_rows.fit) return false;
     run_flag_kernel(set, block);
     for (int32_t r = 0; r < rows && first + r <= dlen - 2; ++r) {
       if (Range::ZERO < 0 && row_best[r] == Range::TOP) return false;
       note_row(out_sweep, first + r, row_best[r] - Range::ZERO, threshold);
     }
+    block.flags += static_cast<std::size_t>(steps) * static_cast<std::size_t>(rows);
   }
   return true;
 }
@@ -189,7 +138,7 @@ void fit_flags(MoveFlags& flags, int32_t dlen, int32_t qlen, int32_t group, int3
   const std::size_t cells = static_cast<std::size_t>(groups) * static_cast<std::size_t>(group) *
                             static_cast<std::size_t>(flags.steps);
   if (flags.cells.size() < cells) {
-    flags.cells = {};  // first, so that two of them never exist together
+    flags.cells = UTvector<uint8_t>();  // first, so that two of them never exist together
     flags.cells.resize(cells);
   }
   flags.rows = dlen;

@@ -1,5 +1,5 @@
-// Scores along a slant: what kernels that work out target positions side by side, each a step behind the one
-// before, look up. Included by kernel objects after their lanes; everything is local to them.
+// Lanes along a slant, and their scores: for kernels that work out target positions side by side,
+// each a step behind the one before. Included by kernel objects after their lanes; everything is local to them.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +8,22 @@
 
 namespace zelvan {
 namespace {
+
+// Target positions side by side: see flag_rows.
+constexpr int VECTORS = 2;
+
+// The value in every lane.
+template <class V>
+V all_lanes(int32_t value) {
+  const auto bits = static_cast<uint32_t>(value);
+  return splat<V>(V::WIDTH == LaneWidth::BITS16 ? (bits & 0xFFFFU) * 0x00010001U : bits);
+}
+
+// The lanes from an entry on.
+template <class V>
+V load_entries(const uint8_t* origin, int64_t entry) {
+  return load_unaligned<V>(origin + entry * lane_bytes(V::WIDTH));
+}
 
 // The steps that are loaded together: lanes in 16 bytes.
 template <class V>

@@ -1,0 +1,11 @@
+#include "align/simd/vec_portable.h"
+// The recurrence needs the lanes above.
+#include "dna/frame_flag_kernel_body.h"
+
+namespace zelvan {
+
+void run_frame_flag_kernel_portable(const FrameFlagBlock& block) {
+  run_frame_flag_kernel(block);
+}
+
+}  // namespace zelvan
