@@ -49,7 +49,8 @@ Gaps<V> gaps_at(const KernelCall& call, int32_t position) {
 // In     arrived: the gap value of the same direction that the cell could have taken
 template <class V, bool AFFINE>
 V gap_value(V cell, V arrived, const Gaps<V>& gaps) {
-  return sub(cell, AFFINE ? choose(equal(cell, arrived), gaps.extend_or_open) : gaps.open);
+  if constexpr (!AFFINE) return sub(cell, gaps.open);
+  return sub_choice(cell, equal(cell, arrived), gaps.extend_or_open);
 }
 
 // The scores of a block of columns against every query position.

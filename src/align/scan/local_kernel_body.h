@@ -16,7 +16,7 @@ struct LocalScan {
   // State of a query position: the cell of the last column; where affine, the gap value that it hands on.
   template <bool BOUNDARY>
   static void pass(const KernelCall& call, const uint8_t* residues, typename V::Mask begins, V& best) {
-    constexpr bool STEADY_GAPS = SOURCE == ScoreSource::PREPARED;
+    constexpr bool STEADY_GAPS = SOURCE != ScoreSource::BY_POSITION;
     const BlockScores<V, COLUMNS, SOURCE> block(call, residues);
     const int32_t positions = call.positions;
     const V zero = zero_cells<V>();
@@ -70,8 +70,14 @@ void scan_local(const KernelCall& call) {
 
 template <class V>
 void scan_local_narrow(const KernelCall& call) {
-  call.source == ScoreSource::PREPARED ? scan_local<V, ScoreSource::PREPARED>(call)
-                                       : scan_local<V, ScoreSource::DIRECT>(call);
+  switch (call.source) {
+    case ScoreSource::PREPARED:
+      return scan_local<V, ScoreSource::PREPARED>(call);
+    case ScoreSource::DIRECT:
+      return scan_local<V, ScoreSource::DIRECT>(call);
+    case ScoreSource::BY_POSITION:
+      return scan_local<V, ScoreSource::BY_POSITION>(call);
+  }
 }
 
 inline InstructionSet run_local_kernel(const KernelCall& call) {
@@ -83,7 +89,7 @@ inline InstructionSet run_local_kernel(const KernelCall& call) {
       scan_local_narrow<Vec16>(call);
       break;
     case LaneWidth::BITS32:
-      scan_local<Vec32, ScoreSource::DIRECT>(call);
+      scan_local<Vec32, ScoreSource::BY_POSITION>(call);
       break;
   }
   return COMPILED_SET;

@@ -76,7 +76,9 @@ Tier make_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width
 
   KernelCall& call = tier.call;
   call.width = width;
-  call.source = prepared ? ScoreSource::PREPARED : ScoreSource::DIRECT;
+  call.source = prepared         ? ScoreSource::PREPARED
+                : scores.uniform ? ScoreSource::DIRECT
+                                 : ScoreSource::BY_POSITION;
   call.affine = !lane.open.empty();
   call.positions = lane.positions;
   call.rows = tier.table.rows.data;

@@ -18,8 +18,9 @@ constexpr uint8_t PAD_CODE = ROW_CODES - 1;
 
 // Where a kernel gets the scores of a column from.
 enum class ScoreSource {
-  PREPARED,  // few distinct query positions: their scores are looked up once per column, then reused
-  DIRECT,    // each query position looks its scores up; penalties may differ from position to position
+  PREPARED,     // few distinct query positions: their scores are looked up once per column, then reused
+  DIRECT,       // each query position looks its scores up
+  BY_POSITION,  // the same, and penalties may differ from position to position
 };
 
 // What the engine must know of a recurrence.
@@ -27,7 +28,7 @@ struct Recurrence {
   int32_t columns;        // database positions per pass over the query
   int32_t columns32;      // the same in lanes of 32 bits
   int32_t state_vectors;  // kept per query position from one block of columns to the next
-  bool direct_narrow;     // lanes of 8 and 16 bits have a kernel for DIRECT scores, too
+  bool direct_narrow;     // lanes of 8 and 16 bits have kernels for scores that are not PREPARED, too
 };
 
 // One piece of work for a kernel: `blocks` blocks of KernelShape.columns database positions in every lane.
@@ -41,7 +42,7 @@ struct KernelCall {
   int32_t row_count;
   const int32_t* row_of;  // [positions]: the row of each query position
   // Penalties of each query position, [positions + 1] (the last is read, not used): the value in every lane
-  // of 32 bits. PREPARED uses the first for all.
+  // of 32 bits. Unless BY_POSITION, the first one serves all.
   const uint32_t* open;    // of the first position of a gap; where not affine, of every position
   const uint32_t* extend;  // of each further one; affine only
   uint32_t shift;          // frame shift; where the recurrence has one

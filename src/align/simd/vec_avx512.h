@@ -100,9 +100,16 @@ template <class V>
 Choice<V> choice_of(V where_set, V where_clear) {
   return {where_set, where_clear};
 }
-template <class V>
-V choose(typename V::Mask mask, const Choice<V>& choice) {
-  return select(mask, choice.set, choice.clear);
+
+// a less the chosen one. What is left where the mask is clear does not wait for the mask.
+inline Vec8 sub_choice(Vec8 a, __mmask64 mask, const Choice<Vec8>& choice) {
+  return {_mm512_mask_subs_epi8(sub(a, choice.clear).v, mask, a.v, choice.set.v)};
+}
+inline Vec16 sub_choice(Vec16 a, __mmask32 mask, const Choice<Vec16>& choice) {
+  return {_mm512_mask_subs_epi16(sub(a, choice.clear).v, mask, a.v, choice.set.v)};
+}
+inline Vec32 sub_choice(Vec32 a, __mmask16 mask, const Choice<Vec32>& choice) {
+  return {_mm512_mask_sub_epi32(sub(a, choice.clear).v, mask, a.v, choice.set.v)};
 }
 
 // A mask from lanes whose bits are all set or all clear.

@@ -33,9 +33,11 @@ template <class V>
 Choice<V> choice_of(V where_set, V where_clear) {
   return {where_clear, V{xor_bits(where_set.v, where_clear.v)}};
 }
+// a less the chosen one.
 template <class V>
-V choose(Register mask, const Choice<V>& choice) {
-  return {xor_bits(choice.clear.v, and_bits(mask, choice.difference.v))};
+V sub_choice(V a, Register mask, const Choice<V>& choice) {
+  const V chosen = {xor_bits(choice.clear.v, and_bits(mask, choice.difference.v))};
+  return sub(a, chosen);
 }
 
 // The residues of some columns, made ready for look-ups in a score row.

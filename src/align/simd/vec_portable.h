@@ -87,9 +87,11 @@ template <class V>
 Choice<V> choice_of(V where_set, V where_clear) {
   return {where_clear, V{where_set.v ^ where_clear.v}};
 }
+// a less the chosen one.
 template <class V>
-V choose(typename V::Mask mask, const Choice<V>& choice) {
-  return {choice.clear.v ^ (mask & choice.difference.v)};
+V sub_choice(V a, typename V::Mask mask, const Choice<V>& choice) {
+  const V chosen = {choice.clear.v ^ (mask & choice.difference.v)};
+  return sub(a, chosen);
 }
 
 // Every lane moves up by one; the last lane of `below` comes in.
