@@ -139,11 +139,11 @@ struct Width {
 constexpr Width WIDTHS[] = {
     {"8bit", LaneWidth::BITS8}, {"16bit", LaneWidth::BITS16}, {"32bit", LaneWidth::BITS32}};
 constexpr InstructionSet SETS[] = {InstructionSet::PORTABLE, InstructionSet::SSE41, InstructionSet::AVX2,
-                                   InstructionSet::AVX512};
+                                   InstructionSet::AVX512, InstructionSet::NEON};
 
 const bool registered = [] {
   for (const InstructionSet set : {InstructionSet::REFERENCE, InstructionSet::PORTABLE, InstructionSet::SSE41,
-                                   InstructionSet::AVX2, InstructionSet::AVX512}) {
+                                   InstructionSet::AVX2, InstructionSet::AVX512, InstructionSet::NEON}) {
     if (!is_usable(set)) continue;
     const std::string name = std::string("flags/query361/") + instruction_set_name(set);
     benchmark::RegisterBenchmark(name.c_str(), flag_rate, set, 361)->Unit(benchmark::kMicrosecond);

@@ -32,5 +32,6 @@ void run_frame_flag_kernel_portable(const FrameFlagBlock& block);
 void run_frame_flag_kernel_sse41(const FrameFlagBlock& block);
 void run_frame_flag_kernel_avx2(const FrameFlagBlock& block);
 void run_frame_flag_kernel_avx512(const FrameFlagBlock& block);
+void run_frame_flag_kernel_neon(const FrameFlagBlock& block);
 
 }  // namespace zelvan

@@ -59,6 +59,9 @@ void run_frame_flag_kernel(InstructionSet set, const FrameFlagBlock& block) {
       return run_frame_flag_kernel_avx2(block);
     case InstructionSet::SSE41:
       return run_frame_flag_kernel_sse41(block);
+#elif defined(__aarch64__)
+    case InstructionSet::NEON:
+      return run_frame_flag_kernel_neon(block);
 #endif
     default:
       return run_frame_flag_kernel_portable(block);

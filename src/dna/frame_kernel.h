@@ -21,5 +21,6 @@ InstructionSet run_frame_kernel_portable(Translated side, const KernelCall& call
 InstructionSet run_frame_kernel_sse41(Translated side, const KernelCall& call);
 InstructionSet run_frame_kernel_avx2(Translated side, const KernelCall& call);
 InstructionSet run_frame_kernel_avx512(Translated side, const KernelCall& call);
+InstructionSet run_frame_kernel_neon(Translated side, const KernelCall& call);
 
 }  // namespace zelvan

@@ -19,6 +19,9 @@ InstructionSet run_frame_kernel(InstructionSet set, const KernelCall& call) {
       return run_frame_kernel_avx2(SIDE, call);
     case InstructionSet::AVX512:
       return run_frame_kernel_avx512(SIDE, call);
+#elif defined(__aarch64__)
+    case InstructionSet::NEON:
+      return run_frame_kernel_neon(SIDE, call);
 #endif
     default:
       return InstructionSet::REFERENCE;

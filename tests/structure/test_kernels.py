@@ -9,8 +9,9 @@ ENTRIES = {
     "local": "(zelvan::KernelCall const&)",
     "flag": "(zelvan::FlagBlock const&)",
     "frame": "(zelvan::Translated, zelvan::KernelCall const&)",
+    "frame_flag": "(zelvan::FrameFlagBlock const&)",
 }
-SETS = ["portable"] + (["sse41", "avx2", "avx512"] if os.environ["ZELVAN_X86_64"] == "1" else [])
+SETS = os.environ["ZELVAN_KERNEL_SETS"].split(",")
 
 
 def symbols_by_object():

@@ -9,7 +9,8 @@ namespace zelvan {
 namespace {
 
 constexpr InstructionSet ALL_SETS[] = {InstructionSet::REFERENCE, InstructionSet::PORTABLE,
-                                       InstructionSet::SSE41, InstructionSet::AVX2, InstructionSet::AVX512};
+                                       InstructionSet::SSE41,     InstructionSet::AVX2,
+                                       InstructionSet::AVX512,    InstructionSet::NEON};
 
 InstructionSet asked_for() {
   const char* name = std::getenv("ZELVAN_TEST_SET");

@@ -11,7 +11,7 @@
 namespace zelvan {
 
 constexpr InstructionSet VECTOR_SETS[] = {InstructionSet::PORTABLE, InstructionSet::SSE41,
-                                          InstructionSet::AVX2, InstructionSet::AVX512};
+                                          InstructionSet::AVX2, InstructionSet::AVX512, InstructionSet::NEON};
 constexpr LaneWidth WIDTHS[] = {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32};
 constexpr int32_t CODES = 27;
 constexpr int8_t GAP_CODE = 23;

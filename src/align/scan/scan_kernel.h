@@ -79,7 +79,8 @@ constexpr int32_t zero_score(InstructionSet set, LaneWidth width) {
 // kernel_shape - not for REFERENCE, which has no lanes.
 constexpr KernelShape kernel_shape(InstructionSet set, LaneWidth width, const Recurrence& recurrence) {
   const bool has_lanes = set != InstructionSet::PORTABLE || width != LaneWidth::BITS8;
-  const bool shuffles_bytes = set == InstructionSet::SSE41 || set == InstructionSet::AVX2;
+  const bool shuffles_bytes =
+      set == InstructionSet::SSE41 || set == InstructionSet::AVX2 || set == InstructionSet::NEON;
   return {has_lanes ? vector_bytes(set) / lane_bytes(width) : 0,
           lane_bytes(width),
           width == LaneWidth::BITS32 ? recurrence.columns32 : recurrence.columns,

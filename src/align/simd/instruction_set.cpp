@@ -16,6 +16,9 @@ bool is_usable(InstructionSet set) {
     case InstructionSet::AVX512:
       return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
              __builtin_cpu_supports("avx512vl") != 0;
+#elif defined(__aarch64__)
+    case InstructionSet::NEON:  // part of the architecture
+      return true;
 #endif
     default:
       return false;
@@ -34,6 +37,8 @@ const char* instruction_set_name(InstructionSet set) {
       return "AVX2";
     case InstructionSet::AVX512:
       return "AVX512";
+    case InstructionSet::NEON:
+      return "NEON";
   }
   return "";
 }

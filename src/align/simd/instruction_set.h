@@ -7,7 +7,7 @@
 namespace zelvan {
 
 // In order of preference: a later one is faster wherever it runs. REFERENCE is the scalar kernels themselves.
-enum class InstructionSet { REFERENCE, PORTABLE, SSE41, AVX2, AVX512 };
+enum class InstructionSet { REFERENCE, PORTABLE, SSE41, AVX2, AVX512, NEON };
 
 // How many bits of a register one lane takes.
 enum class LaneWidth { BITS8, BITS16, BITS32 };

@@ -54,5 +54,6 @@ void run_flag_kernel_portable(const FlagBlock& block);
 void run_flag_kernel_sse41(const FlagBlock& block);
 void run_flag_kernel_avx2(const FlagBlock& block);
 void run_flag_kernel_avx512(const FlagBlock& block);
+void run_flag_kernel_neon(const FlagBlock& block);
 
 }  // namespace zelvan
