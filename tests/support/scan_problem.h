@@ -10,8 +10,12 @@
 
 namespace zelvan {
 
+#if defined(__aarch64__)
+constexpr InstructionSet VECTOR_SETS[] = {InstructionSet::PORTABLE, InstructionSet::NEON};
+#else
 constexpr InstructionSet VECTOR_SETS[] = {InstructionSet::PORTABLE, InstructionSet::SSE41,
-                                          InstructionSet::AVX2, InstructionSet::AVX512, InstructionSet::NEON};
+                                          InstructionSet::AVX2, InstructionSet::AVX512};
+#endif
 constexpr LaneWidth WIDTHS[] = {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32};
 constexpr int32_t CODES = 27;
 constexpr int8_t GAP_CODE = 23;
