@@ -47,11 +47,12 @@ def other_commands(database, query, iterations):
     if iterations == 1:
         commands["ssearch36"] = ["ssearch36", "-q", "-T", "1", "-s", "BL62", "-f", "-11", "-g", "-1", "-E", "10",
                                  "-b", "20", "-d", "20", query, database]
-        commands["parasail"] = ["parasail_aligner", "-x", "-t", "1", "-a", "sw_striped_avx2_256_sat", "-m", "blosum62",
-                                "-o", "11", "-e", "1", "-f", database, "-q", query, "-g", os.devnull]
+        # It takes the query from standard input, if that is no terminal, and then no other.
+        commands["parasail_aligner"] = ["sh", "-c", 'exec parasail_aligner -x -t 1 -a sw_striped_avx2_256_sat -m blosum62 '
+                                        '-o 11 -e 1 -f "$1" -g /dev/null < "$2"', "sh", database, query]
     commands["psiblast"] = ["psiblast", "-query", query, "-db", database, "-num_iterations", str(iterations)]
     commands["jackhmmer"] = ["jackhmmer", "--cpu", "0", "-N", str(iterations), query, database]
-    return {name: command for name, command in commands.items() if shutil.which(command[0])}
+    return {name: command for name, command in commands.items() if shutil.which(name)}
 
 
 def main():
