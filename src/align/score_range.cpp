@@ -13,7 +13,7 @@ namespace {
 // The sum of the largest entries of the query positions, over the codes that residues of the database have.
 int64_t best_possible(const LookupTable& table, const ScoreMatrix& matrix) {
   const auto& counts = matrix.dbcount;
-  const bool counted = std::any_of(counts.begin(), counts.end(), [](int32_t count) { return count > 0; });
+  const bool counted = std::any_of(counts.begin(), counts.end(), [](int64_t count) { return count > 0; });
   UTvector<int32_t> highest(static_cast<std::size_t>(table.cols), 0);
   for (int32_t c = 0; c < table.rows; ++c) {
     if (counted && counts[static_cast<std::size_t>(c)] == 0) continue;

@@ -1,17 +1,19 @@
 #include "bdb/builder.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <numeric>
 
 #include "bdb/database.h"
-#include "bdb/index_record.h"
+#include "bdb/index_header.h"
 #include "bdb/pending_files.h"
+#include "bdb/volume_builder.h"
 #include "driver/progress.h"
 #include "seq/alphabet.h"
 #include "seq/database_info.h"
 #include "seq/matrix.h"
 #include "seq/sequence_file.h"
+#include "seq/size_limit.h"
 #include "util/failure.h"
 #include "util/streams.h"
 #include "util/text.h"
@@ -27,63 +29,21 @@ void show_build_time(const char* label, const Params* p) {
   UT_show_times(std_err, 1);
 }
 
-void put_int(const PendingDatabase& pending, int32_t value) {
-  put(pending, pending.index, &value, sizeof value);
-}
-
-// A length and that many bytes of a text; with its terminator when the length counts it.
-void put_text(const PendingDatabase& pending, int32_t length, const UTstring& text) {
-  put_int(pending, length);
-  put(pending, pending.index, text.c_str(), static_cast<std::size_t>(length));
-}
-
 // The numbers of the sequences in the order in which they are stored.
 UTvector<int32_t> stored_order(const UTvector<SeqRec>& seqs, const Params* p) {
-  if (p->DO_SORT == 1) return length_order(seqs);
+  if (p->DO_SORT == 1) return length_order(seqs.data(), static_cast<int32_t>(seqs.size()));
   UTvector<int32_t> order(seqs.size());
   std::iota(order.begin(), order.end(), 0);
   return order;
 }
 
-BdbInfo describe(const TextDatabase& database, const ScoreMatrix& matrix, const Params* p) {
-  int64_t characters = 0;
-  for (const SeqRec& s : database.seqs) {
-    characters += static_cast<int64_t>(s.ilen) + 1 + s.tlen + 1 + s.len;
-  }
-  if (constexpr int64_t most = std::numeric_limits<int32_t>::max(); characters > most) {
-    const int64_t parts = characters / most + 1;
-    UTend_input(std_err,
-                "Database %s is too large: %lld characters of identifiers, titles and residues (> %lld)\n"
-                "Split it at \">\" lines into %lld files of about the same size, build a database of each "
-                "and search them one by one\n",
-                p->DB_FILE.name.c_str(), static_cast<long long>(characters), static_cast<long long>(most),
-                static_cast<long long>(parts));
-  }
-  BdbInfo info;
-  info.index_flag = p->APPLY_INDEX;
-  info.index_length = matrix.inlen - 3;
-  info.index = matrix.indx.substr(0, static_cast<std::size_t>(info.index_length));
-  info.nseq = static_cast<int32_t>(database.seqs.size());
-  info.nres = static_cast<int32_t>(database.nres);
-  info.totchar = static_cast<int32_t>(characters);
-  info.date = UTlocaltime();
-  info.date_length = static_cast<int32_t>(info.date.size()) + 1;
-  info.name = p->DB_FILE.name;
-  info.name_length = static_cast<int32_t>(info.name.size()) + 1;
-  return info;
-}
-
 void write_header(const PendingDatabase& pending, const BdbInfo& info, const Params* p) {
   if (p->VERBOSE != 0) {
-    std::fprintf(std_err, "Total characters to write: %d\nWriting headers\n", info.totchar);
+    std::fprintf(std_err, "Total characters to write: %lld\nWriting headers\n",
+                 static_cast<long long>(info.totchar));
   }
-  put_int(pending, info.index_flag);
-  put_text(pending, info.index_length, info.index);
-  put_int(pending, info.nseq);
-  put_int(pending, info.nres);
-  put_int(pending, info.totchar);
-  put_text(pending, info.date_length, info.date);
-  put_text(pending, info.name_length, info.name);
+  const UTvector<char> bytes = header_bytes(info);
+  put(pending, pending.index, bytes.data(), bytes.size());
   if (p->VERBOSE > 10) {
     std::fprintf(std_err, "p->DB_FILE->name:%s\nLength of p->DB_FILE->name: %d\n", info.name.c_str(),
                  info.name_length);
@@ -96,13 +56,7 @@ int32_t write_sequences(const PendingDatabase& pending, const UTvector<SeqRec>& 
   int32_t at = 0;
   for (const int32_t number : order) {
     const SeqRec& s = seqs[static_cast<std::size_t>(number)];
-    IndexRecord record;
-    record.id_at = at;
-    record.ilen = s.ilen;
-    record.title_at = record.id_at + s.ilen + 1;
-    record.tlen = s.tlen;
-    record.seq_at = record.title_at + s.tlen + 1;
-    record.len = s.len;
+    const IndexRecord record = record_at(at, s.ilen, s.tlen, s.len);
     put(pending, pending.index, &record, sizeof record);
     put(pending, pending.sequences, s.id, static_cast<std::size_t>(s.ilen) + 1);
     put(pending, pending.sequences, s.title, static_cast<std::size_t>(s.tlen) + 1);
@@ -112,34 +66,60 @@ int32_t write_sequences(const PendingDatabase& pending, const UTvector<SeqRec>& 
   return at;
 }
 
-// The two names follow from what stood before BDB_ROOT, which is easily not the folder that was meant.
-void tell_where(const BdbInfo& info, const Params* p) {
-  std::fprintf(std_err, "Wrote %s and %s: %d sequences, %d residues\n", p->BDB_INDEX_FILE.name.c_str(),
-               p->BDB_SEQ_FILE.name.c_str(), info.nseq, info.nres);
+// The names follow from what stood before BDB_ROOT, which is easily not the folder that was meant.
+void tell_where(const Params* p) {
   if (p->BDB_GIVEN != 0 && p->BDB_INDEX_FILE.name != UTcat({p->DB_DIR, "/", p->BDB_ROOT, ".bix"})) {
     std::fprintf(std_err, "DB_DIR %s did not count, as it stands behind BDB_ROOT: give it before\n",
                  p->DB_DIR.c_str());
   }
 }
 
-}  // namespace
+// The text as far as it was read: whole, or the part since the spool was filled last.
+struct Intake {
+  TextDatabase text;
+  int64_t characters = 0;  // of that part
+  int64_t nseq = 0;        // of all parts
+  Spool spool;             // open once the text is larger than one database
+};
 
-void makedb(Params* p) {
-  if (p->TIME == 1) UT_init_times();
-  std::fputs("Getting matrix\n", std_err);  // deliberately whatever VERBOSE is
-  const ScoreMatrix& matrix = *getmat(p);
-  TextDatabase database;
-  read_text_database(database, p->VERBOSE != 0, p);
-  require_whole(database, p);
-  show_build_time("Have read database\n", p);
-  if (p->APPLY_INDEX == 1) {
-    progress("Indexing sequence data\n", p);
-    encode_sequences(database.seqs.data(), static_cast<int32_t>(database.seqs.size()), matrix);
+void fill_spool(Intake& intake, const ScoreMatrix& matrix, const Params* p) {
+  if (intake.spool.pieces == nullptr) {
+    progress("The database is too large for one binary database, volumes are made\n", p);
+    intake.spool = open_spool(p);
   }
-  show_build_time("Time to index sequences\n", p);
-  const UTvector<int32_t> order = stored_order(database.seqs, p);
-  const BdbInfo info = describe(database, matrix, p);
+  UTvector<SeqRec>& seqs = intake.text.seqs;
+  const auto n = static_cast<int32_t>(seqs.size());
+  if (p->APPLY_INDEX == 1) encode_sequences(seqs.data(), n, matrix);
+  add_to_spool(intake.spool, seqs.data(), n);
+  seqs = UTvector<SeqRec>();
+  freeseqs(intake.text.store);
+  intake.characters = 0;
+}
 
+void read_text(Intake& intake, const ScoreMatrix& matrix, Params* p) {
+  constexpr int64_t PART = int64_t{64} << 20;  // that is read between two fillings of the spool
+  progress("Opening database\n", p);
+  SeqReader reader = open_text_database(p);
+  progress("Loading database\n", p);
+  TextDatabase& text = intake.text;
+  SeqRec record;
+  while (get_db_seq(reader, text.store, record, p)) {
+    if (intake.nseq++ >= p->MAX_NSEQ) end_too_many(p);
+    text.seqs.push_back(record);
+    text.nres += residues(record);
+    intake.characters += int64_t{record.ilen} + 1 + record.tlen + 1 + record.len;
+    const bool spooled = intake.spool.pieces != nullptr;
+    if (intake.characters > (spooled ? std::min(PART, most_characters()) : most_characters()))
+      fill_spool(intake, matrix, p);
+  }
+  text.cut_short = reader.unnamed;
+  UTfileclose(p->DB_FILE, 0);
+}
+
+void write_database(Intake& intake, const ScoreMatrix& matrix, const Params* p) {
+  const TextDatabase& database = intake.text;
+  const UTvector<int32_t> order = stored_order(database.seqs, p);
+  const BdbInfo info = describe_database(intake.nseq, database.nres, intake.characters, matrix, p);
   PendingDatabase pending = prepare_files(p->BDB_INDEX_FILE.name, p->BDB_SEQ_FILE.name);
   progress("Opening Index file\n", p);
   open_pending(pending, pending.index);
@@ -151,11 +131,39 @@ void makedb(Params* p) {
   const int32_t written = write_sequences(pending, database.seqs, order);
   if (written != info.totchar) {
     discard(pending);
-    UTend_input(std_err, "Number of characters does not match, totchar = %d, pos = %d\n", info.totchar,
-                written);
+    UTend_input(std_err, "Number of characters does not match, totchar = %d, pos = %d\n",
+                static_cast<int32_t>(info.totchar), written);
   }
   publish(pending);
-  tell_where(info, p);
+  std::fprintf(std_err, "Wrote %s and %s: %d sequences, %lld residues\n", p->BDB_INDEX_FILE.name.c_str(),
+               p->BDB_SEQ_FILE.name.c_str(), info.nseq, static_cast<long long>(info.nres));
+}
+
+}  // namespace
+
+void makedb(Params* p) {
+  if (p->TIME == 1) UT_init_times();
+  std::fputs("Getting matrix\n", std_err);  // deliberately whatever VERBOSE is
+  const ScoreMatrix& matrix = *getmat(p);
+  Intake intake;
+  read_text(intake, matrix, p);
+  require_whole(intake.text, p);
+  show_build_time("Have read database\n", p);
+  const bool volumes = intake.spool.pieces != nullptr;
+  if (p->APPLY_INDEX == 1) {
+    progress("Indexing sequence data\n", p);
+    if (!volumes) {
+      encode_sequences(intake.text.seqs.data(), static_cast<int32_t>(intake.text.seqs.size()), matrix);
+    }
+  }
+  if (volumes) fill_spool(intake, matrix, p);
+  show_build_time("Time to index sequences\n", p);
+  if (volumes) {
+    build_volumes(intake.spool, matrix, p);
+  } else {
+    write_database(intake, matrix, p);
+  }
+  tell_where(p);
   show_build_time("", p);
 }
 

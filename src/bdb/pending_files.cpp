@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 
+#include "bdb/volume_list.h"
 #include "util/failure.h"
 #include "util/file_identity.h"
 #include "util/streams.h"
@@ -20,19 +22,22 @@ constexpr const char* SUFFIX = ".tmp";
 constexpr const char* ASIDE = ".old";
 constexpr std::size_t SUFFIX_LENGTH = 4;  // of both
 
-[[noreturn]] void end_unwritten(const PendingDatabase& pending, const PendingFile& file) {
+template <class Pending>
+[[noreturn]] void end_unwritten(const Pending& pending, const PendingFile& file) {
   discard(pending);
   UTerror("Error writing File");
   UTend_stream(std_err, "File: %s was not written: check the space on its disk\n", file.name.c_str());
 }
 
-[[noreturn]] void end_unopened(const PendingDatabase& pending, const PendingFile& file) {
+template <class Pending>
+[[noreturn]] void end_unopened(const Pending& pending, const PendingFile& file) {
   discard(pending);
   UTerror("Error opening File");
   UTend_input(std_err, "%s\n", file.name.c_str());
 }
 
-[[noreturn]] void end_unreplaced(const PendingDatabase& pending, const PendingFile& file) {
+template <class Pending>
+[[noreturn]] void end_unreplaced(const Pending& pending, const PendingFile& file) {
   discard(pending);
   UTerror("Error replacing File");
   UTend_stream(std_err,
@@ -40,13 +45,13 @@ constexpr std::size_t SUFFIX_LENGTH = 4;  // of both
                file.name.c_str());
 }
 
-PendingFile prepare(const UTstring& name) {
+PendingFile prepare(const UTstring& name, std::size_t buffer) {
   PendingFile file;
   file.name = name;
   file.target = UTfollow(name.c_str());
   file.temporary = UTcat({file.target, ".XXXXXX", SUFFIX});
   file.aside = file.temporary;  // of that size: what it becomes later
-  file.buffer.resize(WRITE_BUFFER);
+  file.buffer.resize(buffer);
   return file;
 }
 
@@ -67,12 +72,30 @@ int create_temporary(PendingFile& file, const struct stat* old_opt) {
   return descriptor;
 }
 
+template <class Pending>
+void open_file(const Pending& pending, PendingFile& file) {
+  struct stat old;
+  const bool there = stat(file.name.c_str(), &old) == 0;
+  if (!there && errno != ENOENT) end_unopened(pending, file);
+  if (there && !S_ISREG(old.st_mode)) {
+    file.stream = std::fopen(file.name.c_str(), "wb");
+  } else {
+    if (there) file.replaced = open(file.name.c_str(), O_WRONLY | O_CLOEXEC);
+    if (there && file.replaced == -1) end_unopened(pending, file);
+    const int descriptor = create_temporary(file, there ? &old : nullptr);
+    if (descriptor != -1) file.stream = fdopen(descriptor, "wb");
+  }
+  if (file.stream == nullptr) end_unopened(pending, file);
+  if (!file.buffer.empty()) std::setvbuf(file.stream, file.buffer.data(), _IOFBF, file.buffer.size());
+}
+
 // Some filesystems cannot be asked to flush; that is no failure to write.
 bool flushed_to_disk(int descriptor) {
   return fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
-void close_pending(const PendingDatabase& pending, PendingFile& file) {
+template <class Pending>
+void close_pending(const Pending& pending, PendingFile& file) {
   FILE* stream = file.stream;
   file.stream = nullptr;
   if (std::fflush(stream) != 0) end_unwritten(pending, file);
@@ -96,6 +119,40 @@ void lock_folder(int descriptor, const UTstring& file) {
                UTfolder(file).c_str());
   std::fflush(std_err);
   flock(descriptor, LOCK_EX);
+}
+
+// The folders of the two files of a database, -1 where it cannot be opened.
+using Folders = std::array<int, 2>;
+
+Folders lock_folders(const PendingFile& index, const PendingFile& sequences) {
+  const Folders folders = {open_folder(index.target), open_folder(sequences.target)};
+  lock_folder(folders[0], index.target);
+  for (const int folder : folders) flush_folder(folder);
+  return folders;
+}
+
+void unlock_folders(const Folders& folders) {
+  for (const int folder : folders) {
+    flush_folder(folder);
+    if (folder != -1) close(folder);
+  }
+}
+
+void remove_temporary(const PendingFile& file) {
+  if (file.exists) std::remove(file.temporary.c_str());
+}
+
+// Returns whether there were any.
+bool remove_volumes(const UTstring& name, int32_t first) {
+  const UTvector<UTstring> files = volume_files(name, first);
+  for (const UTstring& file : files) std::remove(file.c_str());
+  return !files.empty();
+}
+
+void take_name(const PendingVolumes& pending, PendingFile& file) {
+  if (!file.exists) return;
+  if (std::rename(file.temporary.c_str(), file.target.c_str()) != 0) end_unreplaced(pending, file);
+  file.exists = false;
 }
 
 // Two names cannot change at once. To keep new sequences from ever standing beside an old index, which could
@@ -127,53 +184,81 @@ void rename_files(const PendingDatabase& pending) {
 
 PendingDatabase prepare_files(const UTstring& index_name, const UTstring& sequences_name) {
   PendingDatabase pending;
-  pending.index = prepare(index_name);
-  pending.sequences = prepare(sequences_name);
+  pending.index = prepare(index_name, WRITE_BUFFER);
+  pending.sequences = prepare(sequences_name, WRITE_BUFFER);
+  return pending;
+}
+
+PendingVolumes prepare_volumes(const UTstring& index_name, const UTstring& sequences_name, int32_t count) {
+  PendingVolumes pending;
+  pending.index_name = index_name;
+  pending.sequences_name = sequences_name;
+  pending.count = count;
+  for (int32_t volume = 0; volume < count; ++volume) {
+    pending.files.push_back(prepare(volume_name(index_name, volume), 0));
+    pending.files.push_back(prepare(volume_name(sequences_name, volume), 0));
+  }
+  pending.list = prepare(volumes_name(index_name), 0);
   return pending;
 }
 
 void open_pending(const PendingDatabase& pending, PendingFile& file) {
-  struct stat old;
-  const bool there = stat(file.name.c_str(), &old) == 0;
-  if (!there && errno != ENOENT) end_unopened(pending, file);
-  if (there && !S_ISREG(old.st_mode)) {
-    file.stream = std::fopen(file.name.c_str(), "wb");
-  } else {
-    if (there) file.replaced = open(file.name.c_str(), O_WRONLY | O_CLOEXEC);
-    if (there && file.replaced == -1) end_unopened(pending, file);
-    const int descriptor = create_temporary(file, there ? &old : nullptr);
-    if (descriptor != -1) file.stream = fdopen(descriptor, "wb");
-  }
-  if (file.stream == nullptr) end_unopened(pending, file);
-  std::setvbuf(file.stream, file.buffer.data(), _IOFBF, file.buffer.size());
+  open_file(pending, file);
 }
 
 void put(const PendingDatabase& pending, const PendingFile& file, const void* bytes, std::size_t size) {
   if (std::fwrite(bytes, 1, size, file.stream) != size) end_unwritten(pending, file);
 }
 
+void write_pending(const PendingVolumes& pending, PendingFile& file, const void* bytes, std::size_t size) {
+  open_file(pending, file);
+  if (file.replaced != -1) close(file.replaced);  // a set may have more files than a process may open
+  file.replaced = -1;
+  if (std::fwrite(bytes, 1, size, file.stream) != size) end_unwritten(pending, file);
+  close_pending(pending, file);
+}
+
 void discard(const PendingDatabase& pending) {
   const int reason = errno;
-  for (const PendingFile* file : {&pending.index, &pending.sequences}) {
-    if (file->exists) std::remove(file->temporary.c_str());
-  }
+  for (const PendingFile* file : {&pending.index, &pending.sequences}) remove_temporary(*file);
+  errno = reason;
+}
+
+void discard(const PendingVolumes& pending) {
+  const int reason = errno;
+  for (const PendingFile& file : pending.files) remove_temporary(file);
+  remove_temporary(pending.list);
   errno = reason;
 }
 
 void publish(PendingDatabase& pending) {
   close_pending(pending, pending.index);
   close_pending(pending, pending.sequences);
-  const int folders[] = {open_folder(pending.index.target), open_folder(pending.sequences.target)};
-  lock_folder(folders[0], pending.index.target);
-  for (const int folder : folders) flush_folder(folder);
+  const Folders folders = lock_folders(pending.index, pending.sequences);
   rename_files(pending);
-  for (const int folder : folders) {
-    flush_folder(folder);
-    if (folder != -1) close(folder);
+  // A kill in between leaves two databases of one name, which are refused.
+  if (pending.index.exists && remove_volumes(pending.index.name, 0)) {
+    remove_volumes(pending.sequences.name, 0);
+    std::remove(volumes_name(pending.index.name).c_str());
   }
+  unlock_folders(folders);
   for (const PendingFile* file : {&pending.index, &pending.sequences}) {
     if (file->replaced != -1) close(file->replaced);
   }
+}
+
+void publish(PendingVolumes& pending) {
+  const PendingFile& first = pending.files.front();
+  const Folders folders = lock_folders(first, pending.files[1]);
+  if (std::remove(pending.list.target.c_str()) != 0 && errno != ENOENT) end_unreplaced(pending, pending.list);
+  for (PendingFile& file : pending.files) take_name(pending, file);
+  remove_volumes(pending.index_name, pending.count);
+  remove_volumes(pending.sequences_name, pending.count);
+  for (const int folder : folders) flush_folder(folder);
+  take_name(pending, pending.list);
+  std::remove(pending.index_name.c_str());
+  std::remove(pending.sequences_name.c_str());
+  unlock_folders(folders);
 }
 
 }  // namespace zelvan

@@ -1,5 +1,5 @@
-// The two files of a database while they are being built. Each is written beside the file that it will
-// replace, under a name of its own, "NAME.XXXXXX.tmp"; both take their real names when both are complete. A
+// The files of a database while they are being built. Each is written beside the file that it will replace,
+// under a name of its own, "NAME.XXXXXX.tmp"; all take their real names when all are complete. A
 // build that fails leaves nothing behind, one that is killed at most such files, and what stood under the
 // real names before stays whole.
 //
@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 
 #include "util/memory.h"
@@ -31,24 +32,43 @@ struct PendingDatabase {
   PendingFile sequences;
 };
 
+// A set of volumes: index and sequences of each in turn, and the list of them.
+struct PendingVolumes {
+  UTstring index_name;  // of a single database of that name
+  UTstring sequences_name;
+  int32_t count = 0;  // of the volumes
+  UTvector<PendingFile> files;
+  PendingFile list;
+};
+
 // prepare_files - everything about two files that takes memory: exhausted memory ends a run where it stands,
 // which is to be before any file exists.
 PendingDatabase prepare_files(const UTstring& index_name, const UTstring& sequences_name);
+PendingVolumes prepare_volumes(const UTstring& index_name, const UTstring& sequences_name, int32_t count);
 
-// open_pending - opens one of the two files.
+// open_pending - opens one of the files.
 // Ends   when it cannot be opened, the reason and the name on std_err (status -1)
 void open_pending(const PendingDatabase& pending, PendingFile& file);
 
-// put - writes bytes to one of the two files. Ends when they cannot be written (status 1).
+// put - writes bytes to one of the files. Ends when they cannot be written (status 1).
 void put(const PendingDatabase& pending, const PendingFile& file, const void* bytes, std::size_t size);
+
+// write_pending - opens one of the files of a set, writes it whole and closes it.
+// Ends   as open_pending and put
+void write_pending(const PendingVolumes& pending, PendingFile& file, const void* bytes, std::size_t size);
 
 // discard - removes what was written so far. The reason of a failure, errno, survives.
 void discard(const PendingDatabase& pending);
+void discard(const PendingVolumes& pending);
 
-// publish - closes both files and gives them their names.
+// publish - closes both files and gives them their names. Volumes of that name are removed.
 // Does   of two builds into one name the later one to end prevails, never a mixture; a build that has to wait
 //        for another one says so on std_err
 // Ends   when a file cannot be written or replaced (status 1)
 void publish(PendingDatabase& pending);
+
+// publish - the same for the files of a set, which were written: the list of the former set goes first, the
+// new one comes last, and then a single database of that name is removed, as are volumes beyond the last.
+void publish(PendingVolumes& pending);
 
 }  // namespace zelvan

@@ -1,5 +1,6 @@
 #include "dna/dna_drivers.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "dna/frame_scan.h"
@@ -62,7 +63,7 @@ void score_batch(const Batch& batch, const Search& search, const Params* p) {
   UTvector<SeqRec> rows = batch.seqs;
   for (SeqRec& row : rows) row.len -= 2;
   UTvector<int32_t> scores(rows.size());
-  scan_frames(search.query.len, rows.data(), static_cast<int32_t>(rows.size()), search.table, scores.data(),
+  scan_frames(search.query.len, {rows.data(), static_cast<int32_t>(rows.size())}, search.table, scores.data(),
               p);
   for (std::size_t k = 0; k < scores.size(); ++k) {
     std::fprintf(std_out, "%d %s\n", scores[k] / DIVISOR, rows[k].id);
@@ -113,23 +114,31 @@ void check_settings(const Params* p) {
   }
 }
 
-void translate_database(Database& database, const CodonTable& codons, const Params* p) {
+// Translates and encodes the database.
+void translate_database(Search& search, const CodonTable& codons, const Params* p) {
   if (stored_as_codes(p)) {
     UTend_input(std_err, "For DNA, the binary database must not be built with APPLY_INDEX\nSorry...\n");
   }
-  UTvector<int8_t> letters;  // of one sequence at a time: nothing prints them
-  for (int32_t k = 0; k < database.n; ++k) {
-    setup_dnaseq(letters, database.seqs[k], codons, p->COMPLEMENT_QUERY);
-  }
+  const auto translate =
+      [&codons, flag = p->COMPLEMENT_QUERY, letters = UTvector<int8_t>()](
+          SeqRec& record) mutable {  // letters of one sequence at a time: nothing prints them
+        setup_dnaseq(letters, record, codons, flag);
+      };
+  const Database& database = search.database;
+  if (database.volumes.volumes.empty()) std::for_each(database.seqs, database.seqs + database.n, translate);
+  encode_database(search, p, translate);
 }
 
 void prepare_database(TranslatedSearch& translated, Params* p) {
   Search& search = translated.search;
   load_phase(search, [&] {
     read_database(search, p);
-    if (!query_is_dna(p)) translate_database(search.database, translated.codons, p);
+    if (query_is_dna(p)) {
+      encode_database(search, p);
+    } else {
+      translate_database(search, translated.codons, p);
+    }
     if (search.database.n < p->MIN_NSTATS) p->DO_STATS = 0;
-    encode_database(search, p);
   });
 }
 
@@ -137,19 +146,20 @@ void scan(Search& search, const Params* p) {
   const Database& database = search.database;
   if (p->VERBOSE != 0) std::fprintf(std_err, "Scanning database of %d sequences\n", database.n);
   const auto scan_all = [&] {
-    scan_frames(search.query.len, database.seqs, database.n, search.table, search.scores.data(), p);
+    scan_frames(search.query.len, scan_targets(database), search.table, search.scores.data(), p);
   };
   scan_phase(search, "Scan database  ", scan_all, p);
 }
 
 // The best hits by significance, or by score where there are no statistics, which leave the list unranked.
-void print_alignments(const TranslatedSearch& translated, ResultRec results, const Params* p) {
-  const Search& search = translated.search;
+void print_alignments(TranslatedSearch& translated, ResultRec results, const Params* p) {
+  Search& search = translated.search;
   UTvector<int32_t> by_score;
   if (results.significance == nullptr) {
     by_score = do_zs_sort(results.scores, results.n, p);
     results.order = by_score.data();
   }
+  lend_hits(search.database, results.significance == nullptr ? by_score : search.order, p->MAX_AOUT);
   print_frame_alignments(search.query, translated.dna, results, *search.matrix, search.table, p);
 }
 

@@ -28,10 +28,10 @@ InstructionSet run_frame_kernel(InstructionSet set, const KernelCall& call) {
   }
 }
 
-int32_t reference_score(int32_t qlen, const SeqRec& s, const LookupTable& table, const SearchMode& mode,
-                        const Params* p) {
-  if (!mode.affine) return npswl(qlen, s.seq, s.len, table, p->LD_PEN, p->FS_PEN);
-  return (mode.comparison == Comparison::TRANSLATED_QUERY ? npswli2 : nswli)(qlen, s.seq, s.len, table,
+int32_t reference_score(int32_t qlen, const int8_t* codes, int32_t dlen, const LookupTable& table,
+                        const SearchMode& mode, const Params* p) {
+  if (!mode.affine) return npswl(qlen, codes, dlen, table, p->LD_PEN, p->FS_PEN);
+  return (mode.comparison == Comparison::TRANSLATED_QUERY ? npswli2 : nswli)(qlen, codes, dlen, table,
                                                                              p->LD_PEN, p->LI_PEN, p->FS_PEN);
 }
 
@@ -50,35 +50,37 @@ ScanScores frame_scores(int32_t qlen, const LookupTable& table, const SearchMode
 
 }  // namespace
 
-ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t qlen, const SeqRec* seqs, int32_t n,
+ScanTally scan_frames_by(InstructionSet set, LaneWidth first, int32_t qlen, const ScanTargets& targets,
                          const LookupTable& table, int32_t* out_scores, const Params* p) {
   const SearchMode mode = decode_mode(p->MODE);
   if (mode.comparison != Comparison::TRANSLATED_TARGETS && mode.comparison != Comparison::TRANSLATED_QUERY) {
     return {};
   }
   ScanTally tally;
-  ScanMeter meter = start_scan_meter(qlen - 2, seqs, n, p);
+  ScanMeter meter = start_scan_meter(qlen - 2, targets.seqs, targets.n, p);
   const bool any_negative = p->LD_PEN < 0 || p->LI_PEN < 0 || p->FS_PEN < 0;
   if (set == InstructionSet::REFERENCE || qlen <= 2 || any_negative || table.rows >= ROW_CODES) {
-    for (int32_t k = 0; k < n; ++k) {
-      out_scores[k] = reference_score(qlen, seqs[k], table, mode, p);
-      scanned(meter, seqs[k]);
+    UTvector<int8_t> room;
+    for (int32_t k = 0; k < targets.n; ++k) {
+      const SeqRec& target = targets.seqs[k];
+      out_scores[k] = reference_score(qlen, codes_of(targets, target, room), target.len, table, mode, p);
+      scanned(meter, target);
       show_scan_meter(meter);
     }
   } else {
     const RunKernel run_kernel = mode.comparison == Comparison::TRANSLATED_QUERY
                                      ? run_frame_kernel<Translated::QUERY>
                                      : run_frame_kernel<Translated::TARGET>;
-    tally = scan_sequences(frame_scores(qlen, table, mode, p), seqs, n, out_scores, set, first, run_kernel,
+    tally = scan_sequences(frame_scores(qlen, table, mode, p), targets, out_scores, set, first, run_kernel,
                            meter);
   }
   end_scan_meter(meter);
   return tally;
 }
 
-void scan_frames(int32_t qlen, const SeqRec* seqs, int32_t n, const LookupTable& table, int32_t* out_scores,
+void scan_frames(int32_t qlen, const ScanTargets& targets, const LookupTable& table, int32_t* out_scores,
                  const Params* p) {
-  scan_frames_by(best_instruction_set(), LaneWidth::BITS8, qlen, seqs, n, table, out_scores, p);
+  scan_frames_by(best_instruction_set(), LaneWidth::BITS8, qlen, targets, table, out_scores, p);
 }
 
 }  // namespace zelvan

@@ -1,5 +1,7 @@
 #include "iter/iter_driver.h"
 
+#include <algorithm>
+
 #include "align/alignment_text.h"
 #include "align/scan/scan.h"
 #include "align/trace/traced_hits.h"
@@ -48,7 +50,7 @@ void prepare_database(Search& search, Params* p) {
     read_database(search, p);
     show_time("Load database ", p);
     encode_database(search, p);
-    GetDBFreqs(database.seqs, database.n, p);
+    add_database_frequencies(database, p);
     if (p->VERBOSE != 0) DumpDBFreqs(std_err, p);
   });
   if (p->VERBOSE != 0) std::fprintf(std_err, "Scanning database of %d sequences\n", database.n);
@@ -78,7 +80,7 @@ void close_side_files(Params* p) {
 
 void scan(Search& search, const Params* p) {
   const auto scan_all = [&] {
-    scan_database(search.query.len, search.database.seqs, search.database.n, search.table, *search.matrix,
+    scan_database(search.query.len, scan_targets(search.database), search.table, *search.matrix,
                   search.scores.data(), p);
   };
   scan_phase(search, "Scan database", scan_all, p);
@@ -163,6 +165,7 @@ int32_t iterate(Search& search, IterHistory& history, int32_t iteration, Params*
   TracedHits traced;
   traced.wanted = p->n_probcut2_hits;
   const RankedScan ranked = {search.query, *search.matrix, search.table, lpfit, results};
+  lend_hits(search.database, search.order, std::max(p->MAX_AOUT, p->n_probcut2_hits));
   print_alignments_pp(ranked, traced, p);
   build_next_profile(ranked, search.table, traced, p);
   p->lpfit = nullptr;

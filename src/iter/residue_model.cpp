@@ -42,7 +42,7 @@ UTvector<double> background_frequencies(const ScoreMatrix& matrix, const UTvecto
   double total = 0;
   for (const int32_t a : residues) {
     const auto at = static_cast<std::size_t>(a);
-    background[at] = 1.0 + matrix.dbcount[at];
+    background[at] = 1.0 + static_cast<double>(matrix.dbcount[at]);
     total += background[at];
   }
   for (double& frequency : background) frequency /= total;

@@ -75,7 +75,8 @@ void print_database(FILE* stream, const Params* p) {
     std::fprintf(stream, "# Created on:                      %s", p->binfo->date.c_str());
     std::fprintf(stream, "# Number of sequences:             %d\n", p->binfo->nseq);
   }
-  std::fprintf(stream, "# Number of residues/bases in database: %d\n", p->binfo->nres);
+  std::fprintf(stream, "# Number of residues/bases in database: %lld\n",
+               static_cast<long long>(p->binfo->nres));
 }
 
 void print_statistics(FILE* stream, const LineFit* z_fit_opt, const Params* p) {
@@ -148,7 +149,7 @@ void FullParameterDump(FILE* stream, const Params* p) {
   std::fprintf(stream, "TIME : %d\n", p->TIME);
 }
 
-void print_times2(FILE* stream, const RunTimes& times, int32_t query_length, int32_t db_residues) {
+void print_times2(FILE* stream, const RunTimes& times, int32_t query_length, int64_t db_residues) {
   const UTstring& scan = times[TIME_SCAN];
   const double cells =
       scan.empty() ? 0 : static_cast<double>(query_length) * static_cast<double>(db_residues);

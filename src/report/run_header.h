@@ -27,6 +27,6 @@ void FullParameterDump(FILE* stream, const Params* p);
 // print_times2 - the times block, with the rate of the scan in millions of cells a second.
 // In     query_length in residues, db_residues of the whole database
 //        times: a slot that was never filled is shown as zeros; without a scan time the rates are 0
-void print_times2(FILE* stream, const RunTimes& times, int32_t query_length, int32_t db_residues);
+void print_times2(FILE* stream, const RunTimes& times, int32_t query_length, int64_t db_residues);
 
 }  // namespace zelvan

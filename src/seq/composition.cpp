@@ -1,8 +1,8 @@
 #include "seq/composition.h"
 
-#include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 
 #include "seq/database_info.h"
@@ -10,24 +10,53 @@
 
 namespace zelvan {
 
-void GetDBFreqs(const SeqRec* seqs, int32_t n, Params* p) {
-  ScoreMatrix& matrix = *p->matrix;
-  const int32_t nres = p->binfo->nres;
-  // Even and odd positions are counted apart: the additions for a repeated residue would wait for each other.
-  std::array<std::array<int32_t, 256>, 2> counts{};
+void count_residues(const SeqRec* seqs, int32_t n, ByteCounts& counts) {
+  // Two neighbours are counted at once. Of the many pairs of bytes only those of letters, or of codes, occur,
+  // so that the part of the table in use stays small.
+  UTvector<int64_t> pairs(std::size_t{1} << 16, 0);
   for (int32_t s = 0; s < n; ++s) {
-    for (int32_t i = 1; i <= residues(seqs[s]); ++i) {
-      ++counts[static_cast<std::size_t>(i & 1)][static_cast<uint8_t>(seqs[s].seq[i])];
+    const int8_t* const first = seqs[s].seq + 1;
+    const int32_t count = residues(seqs[s]);
+    int32_t i = 0;
+    for (; i + 2 <= count; i += 2) {
+      uint16_t pair;
+      std::memcpy(&pair, first + i, sizeof pair);
+      ++pairs[pair];
     }
+    if (i < count) ++counts[static_cast<uint8_t>(first[i])];
   }
+  for (std::size_t pair = 0; pair < pairs.size(); ++pair) {
+    counts[pair & 0xFF] += pairs[pair];
+    counts[pair >> 8] += pairs[pair];
+  }
+}
+
+ByteCounts codes_from_letters(const ByteCounts& letters, const ScoreMatrix& matrix) {
+  ByteCounts codes{};
+  for (std::size_t letter = 0; letter < letters.size(); ++letter) {
+    const int8_t code = residue_code(matrix, static_cast<int>(letter));
+    codes[static_cast<uint8_t>(code)] += letters[letter];
+  }
+  return codes;
+}
+
+void GetDBFreqs(const SeqRec* seqs, int32_t n, Params* p) {
+  ByteCounts counts{};
+  count_residues(seqs, n, counts);
+  add_frequencies(counts, p);
+}
+
+void add_frequencies(const ByteCounts& codes, Params* p) {
+  ScoreMatrix& matrix = *p->matrix;
+  const int64_t nres = p->binfo->nres;
   double frequency_sum = 0;
   int64_t count_sum = 0;
   for (std::size_t code = 0; code < matrix.dbcount.size(); ++code) {
-    matrix.dbcount[code] += counts[0][code] + counts[1][code];
+    matrix.dbcount[code] += codes[code];
     // 0 / 0 has a sign on some machines, and would print as "-nan" there.
     const bool undefined = nres == 0 && matrix.dbcount[code] == 0;
     matrix.dbfreq[code] = undefined ? std::numeric_limits<double>::quiet_NaN()
-                                    : static_cast<double>(matrix.dbcount[code]) / nres;
+                                    : static_cast<double>(matrix.dbcount[code]) / static_cast<double>(nres);
     frequency_sum += matrix.dbfreq[code];
     count_sum += matrix.dbcount[code];
   }
@@ -35,7 +64,7 @@ void GetDBFreqs(const SeqRec* seqs, int32_t n, Params* p) {
     std::fprintf(p->STDERR, "# Warning: GetDBFreqs fchk = %g\n", frequency_sum);
   }
   if (count_sum != nres) {
-    std::fprintf(p->STDERR, "# Warning: GetDBFreqs cchk = %d\n", static_cast<int32_t>(count_sum));
+    std::fprintf(p->STDERR, "# Warning: GetDBFreqs cchk = %lld\n", static_cast<long long>(count_sum));
   }
 }
 
@@ -45,8 +74,8 @@ void DumpDBFreqs(FILE* stream, const Params* p) {
   std::fputs("# Residue            counts         Frequency\n", stream);
   for (int32_t code = 0; code < matrix.inlen; ++code) {
     const auto at = static_cast<std::size_t>(code);
-    std::fprintf(stream, "#   %c            %10d               %g\n", residue_letter(matrix, code),
-                 matrix.dbcount[at], matrix.dbfreq[at]);
+    std::fprintf(stream, "#   %c            %10lld               %g\n", residue_letter(matrix, code),
+                 static_cast<long long>(matrix.dbcount[at]), matrix.dbfreq[at]);
   }
 }
 

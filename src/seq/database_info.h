@@ -1,5 +1,6 @@
 // The header of the database in use. The builder writes it, the loader reads it; for a text database the
-// driver fills the two counts only.
+// driver fills the two counts only. In files the counts have 32 bits and describe that file; here they are
+// those of the whole database, of a set of volumes, too.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +15,8 @@ struct BdbInfo {
   int32_t index_length = 0;  // bytes of `index`
   UTstring index;            // matrix letters and the gap character at build time
   int32_t nseq = 0;
-  int32_t nres = 0;     // residues, pads not counted; the measure of database size in all statistics
-  int32_t totchar = 0;  // bytes of the sequence file; text database: equal to nres
+  int64_t nres = 0;     // residues, pads not counted; the measure of database size in all statistics
+  int64_t totchar = 0;  // bytes of the sequence file; text database: equal to nres
   int32_t date_length = 0;
   UTstring date;  // asctime layout, newline included
   int32_t name_length = 0;

@@ -21,7 +21,7 @@ struct ScoreMatrix {
   Table<int32_t> pairscore;          // [code][code], matrix units x PRECISION
   int32_t minval = 0;                // extremes of pairscore, special rows included
   int32_t maxval = 0;
-  UTvector<int32_t> dbcount;  // residues of each code in the database; zero until GetDBFreqs
+  UTvector<int64_t> dbcount;  // residues of each code in the database; zero until GetDBFreqs
   UTvector<double> dbfreq;    // dbcount / residues of the database
 };
 

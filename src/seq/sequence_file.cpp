@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "driver/search_mode.h"
+#include "seq/size_limit.h"
 #include "util/buffer_sizes.h"
 #include "util/failure.h"
 #include "util/line_reader.h"
@@ -189,6 +190,17 @@ SeqReader open_sequences(FileRec& file, const char* no_file, const char* how) {
   return reader;
 }
 
+[[noreturn]] void end_too_large(const Params* p) {
+  const bool search = decode_mode(p->MODE).comparison != Comparison::NONE;
+  std::fprintf(
+      std_err,
+      "%s has more than %lld residues, too many to read them as a text. Build a binary database, which "
+      "may have any size, and use that:\nzelvan -mode 99 -d %s -bdb NAME\n",
+      p->DB_FILE.name.c_str(), static_cast<long long>(most_characters()), p->DB_FILE.name.c_str());
+  if (search) std::fprintf(std_err, "zelvan -s %s -bdb NAME", p->QSEQ_FILE.name.c_str());
+  UTend_input(std_err, "%s -mode %d\n", search ? "" : "zelvan -bdb NAME", p->MODE);
+}
+
 [[noreturn]] void unsupported_format(const Params* p) {
   UTend_input(p->STDERR, "Format:%d is not supported\n", p->QSEQ_FORMAT);
 }
@@ -290,14 +302,19 @@ void read_text_database(TextDatabase& out_database, bool progress, Params* p) {
   SeqRec record;
   while (get_db_seq(reader, out_database.store, record, p)) {
     if (static_cast<int64_t>(out_database.seqs.size()) >= p->MAX_NSEQ) {
-      UTend_input(std_err, "Too many sequences in %s (> %d):  Increase MAX_NSEQ\n", p->DB_FILE.name.c_str(),
-                  p->MAX_NSEQ);
+      end_too_many(p);
     }
     out_database.seqs.push_back(record);
     out_database.nres += residues(record);
+    if (out_database.nres > most_characters() && !reads_text_only(p->MODE)) end_too_large(p);
   }
   out_database.cut_short = reader.unnamed;
   UTfileclose(p->DB_FILE, 0);
+}
+
+void end_too_many(const Params* p) {
+  UTend_input(std_err, "Too many sequences in %s (> %d):  Increase MAX_NSEQ\n", p->DB_FILE.name.c_str(),
+              p->MAX_NSEQ);
 }
 
 void require_whole(const TextDatabase& database, const Params* p) {
@@ -305,15 +322,10 @@ void require_whole(const TextDatabase& database, const Params* p) {
   UTend_input(std_err, "Nothing was written: %s could not be read to its end\n", p->DB_FILE.name.c_str());
 }
 
-BdbInfo text_database_info(const TextDatabase& database, const Params* p) {
-  if (database.nres > INT32_MAX) {
-    UTend_input(std_err,
-                "Too many residues in %s: %lld (at most %d):  Split the database into several files\n",
-                p->DB_FILE.name.c_str(), static_cast<long long>(database.nres), INT32_MAX);
-  }
+BdbInfo text_database_info(const TextDatabase& database) {
   BdbInfo info;
   info.nseq = static_cast<int32_t>(database.seqs.size());
-  info.nres = static_cast<int32_t>(database.nres);
+  info.nres = database.nres;
   info.totchar = info.nres;
   return info;
 }

@@ -71,8 +71,12 @@ struct TextDatabase {
 
 // read_text_database - opens DB_FILE as above, reads it whole and closes it.
 // Does   with progress, "Opening database\n" and "Loading database\n" on std_err around the open
-// Ends   also when it holds more than MAX_NSEQ sequences (status -1)
+// Ends   also when it holds more than MAX_NSEQ sequences and, unless it is copied only, more residues than a
+//        search takes from a text (status -1)
 void read_text_database(TextDatabase& out_database, bool progress, Params* p);
+
+// end_too_many - ends the run over more than MAX_NSEQ sequences in DB_FILE (status -1).
+[[noreturn]] void end_too_many(const Params* p);
 
 // require_whole - what copies sequences must not take a part of a database for the whole. A search goes on
 // with what came before a record without identifier.
@@ -80,7 +84,6 @@ void read_text_database(TextDatabase& out_database, bool progress, Params* p);
 void require_whole(const TextDatabase& database, const Params* p);
 
 // text_database_info - the header that stands for a text database: its counts.
-// Ends   when the residues do not fit 32 bits (status -1)
-BdbInfo text_database_info(const TextDatabase& database, const Params* p);
+BdbInfo text_database_info(const TextDatabase& database);
 
 }  // namespace zelvan

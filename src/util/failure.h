@@ -32,4 +32,7 @@ void error(const char* message, int exit_flag);
 // must outlive a run, such as a fuzzer, can be linked with another one, which may throw.
 [[noreturn]] void UTend_process(int status);
 
+// UTend_at_once - the end without flushing any buffer, for a signal that interrupted whatever was going on.
+[[noreturn]] void UTend_at_once(int status);
+
 }  // namespace zelvan

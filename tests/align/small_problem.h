@@ -38,7 +38,7 @@ struct Problem {
   int32_t scan_score() {
     const SeqRec record = record_of(target);
     int32_t score = -77;
-    scan_database_by(InstructionSet::REFERENCE, LaneWidth::BITS8, qlen(), &record, 1, table, matrix, &score,
+    scan_database_by(InstructionSet::REFERENCE, LaneWidth::BITS8, qlen(), {&record, 1}, table, matrix, &score,
                      &p);
     return score;
   }

@@ -9,7 +9,7 @@ namespace zelvan {
 namespace {
 
 ScanTally scan(const ScanProblem& problem, InstructionSet set, LaneWidth first, int32_t* out_scores) {
-  return scan_frames_by(set, first, problem.qlen, problem.targets.data(), problem.n(), problem.table,
+  return scan_frames_by(set, first, problem.qlen, {problem.targets.data(), problem.n()}, problem.table,
                         out_scores, &problem.params);
 }
 

@@ -54,7 +54,7 @@ int32_t scan_score(FrameProblem& problem, int32_t mode) {
   target.seq = problem.rows.data();
   target.len = problem.dlen();
   int32_t score = -77;
-  scan_frames_by(InstructionSet::REFERENCE, LaneWidth::BITS8, problem.qlen(), &target, 1, problem.table,
+  scan_frames_by(InstructionSet::REFERENCE, LaneWidth::BITS8, problem.qlen(), {&target, 1}, problem.table,
                  &score, &p);
   return score;
 }

@@ -204,7 +204,7 @@ void binary_database(FuzzInput input) {
   if (database.info.index_flag != 1) encode_sequences(database.seqs.data(), n, matrix);
   GetDBFreqs(database.seqs.data(), n, &p);
   int64_t residues = 0;
-  for (const int32_t count : matrix.dbcount) residues += count;
+  for (const int64_t count : matrix.dbcount) residues += count;
   for (const SeqRec& s : database.seqs) residues -= s.len - 2;
   require(residues == 0, "every residue has a code");
   shsort(n, database.seqs.data());

@@ -43,10 +43,10 @@ void scan(FuzzInput input) {
   const auto scores_by = [&](InstructionSet set, LaneWidth first) {
     UTvector<int32_t> scores(problem.targets.size(), -77);
     if (problem.params.MODE < 100) {
-      scan_frames_by(set, first, problem.qlen, problem.targets.data(), problem.n(), problem.table,
+      scan_frames_by(set, first, problem.qlen, {problem.targets.data(), problem.n()}, problem.table,
                      scores.data(), &problem.params);
     } else {
-      scan_database_by(set, first, problem.qlen, problem.targets.data(), problem.n(), problem.table,
+      scan_database_by(set, first, problem.qlen, {problem.targets.data(), problem.n()}, problem.table,
                        problem.matrix, scores.data(), &problem.params);
     }
     return scores;

@@ -109,13 +109,13 @@ TEST_F(MatrixTest, CountsTheResiduesOfTheDatabase) {
   p.binfo = &info;
   info.nres = 4;
   GetDBFreqs(&seq, 1, &p);
-  EXPECT_EQ(m.dbcount, (UTvector<int32_t>{1, 3, 0, 0, 0, 0}));
+  EXPECT_EQ(m.dbcount, (UTvector<int64_t>{1, 3, 0, 0, 0, 0}));
   EXPECT_EQ(m.dbfreq, (UTvector<double>{0.25, 0.75, 0, 0, 0, 0}));
   const std::string warnings = written([&](FILE* stream) {
     p.STDERR = stream;
     GetDBFreqs(&seq, 1, &p);
   });
-  EXPECT_EQ(m.dbcount, (UTvector<int32_t>{2, 6, 0, 0, 0, 0})) << "counts add up";
+  EXPECT_EQ(m.dbcount, (UTvector<int64_t>{2, 6, 0, 0, 0, 0})) << "counts add up";
   EXPECT_EQ(warnings, "# Warning: GetDBFreqs fchk = 2\n# Warning: GetDBFreqs cchk = 8\n");
 }
 

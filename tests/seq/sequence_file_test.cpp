@@ -69,13 +69,5 @@ TEST(SequenceFile, ReadsAnyTextThroughAnyBuffer) {
   }
 }
 
-TEST(SequenceFile, ResiduesOfADatabaseMustBeCountable) {
-  TextDatabase database;
-  database.nres = int64_t{INT32_MAX} + 1;
-  const Params p = settings();
-  EXPECT_EXIT(text_database_info(database, &p), testing::ExitedWithCode(255),
-              "^Too many residues in .*: 2147483648 \\(at most 2147483647\\)");
-}
-
 }  // namespace
 }  // namespace zelvan

@@ -58,8 +58,8 @@ bool begin_sequence(LaneFeed& feed, int32_t lane_number, int32_t block) {
   if (feed.next == feed.order->size()) return false;
   LaneFeed::Lane& lane = feed.lanes[static_cast<std::size_t>(lane_number)];
   lane.sequence = (*feed.order)[feed.next++];
-  const SeqRec& record = feed.seqs[lane.sequence];
-  lane.at = record.seq + 1;
+  const SeqRec& record = feed.targets.seqs[lane.sequence];
+  lane.at = codes_of(feed.targets, record, lane.room) + 1;
   lane.left = residues(record);
   feed.boundaries.data[block] = 1;
   const int32_t bytes = feed.shape.lane_bytes;
@@ -113,10 +113,10 @@ UTvector<int32_t> scan_order(const SeqRec* seqs, const UTvector<int32_t>& number
   return order;
 }
 
-void start_feed(LaneFeed& feed, const KernelShape& shape, const SeqRec* seqs,
+void start_feed(LaneFeed& feed, const KernelShape& shape, const ScanTargets& targets,
                 const UTvector<int32_t>& order) {
   feed.shape = shape;
-  feed.seqs = seqs;
+  feed.targets = targets;
   feed.order = &order;
   feed.next = 0;
   feed.lanes.assign(static_cast<std::size_t>(shape.lanes), LaneFeed::Lane());

@@ -6,6 +6,7 @@
 
 #include "align/scan/scan_kernel.h"
 #include "align/simd/aligned_block.h"
+#include "seq/residue_reader.h"
 #include "seq/sequence.h"
 #include "util/memory.h"
 
@@ -24,13 +25,14 @@ struct LaneEnd {
 
 struct LaneFeed {
   KernelShape shape{};
-  const SeqRec* seqs = nullptr;              // encoded; not owned
+  ScanTargets targets;                       // not owned
   const UTvector<int32_t>* order = nullptr;  // sequence numbers, none without residues; not owned
   std::size_t next = 0;                      // of order
   struct Lane {
     const int8_t* at = nullptr;  // next residue of its sequence
     int32_t left = 0;            // residues to come
     int32_t sequence = -1;
+    UTvector<int8_t> room;  // for the codes of a sequence that is stored otherwise
   };
   UTvector<Lane> lanes;
 
@@ -48,9 +50,11 @@ struct LaneFeed {
 // database, which reads it from end to end.
 UTvector<int32_t> scan_order(const SeqRec* seqs, const UTvector<int32_t>& numbers, int32_t lanes);
 
-// start_feed - makes ready to feed the sequences of `order`, which must outlive the feed like seqs.
+// start_feed - makes ready to feed the sequences of `order`, which must outlive the feed like what
+// the targets point to.
 // In     shape: of the kernel that is fed, which has lanes
-void start_feed(LaneFeed& feed, const KernelShape& shape, const SeqRec* seqs, const UTvector<int32_t>& order);
+void start_feed(LaneFeed& feed, const KernelShape& shape, const ScanTargets& targets,
+                const UTvector<int32_t>& order);
 
 // fill_chunk - the next piece of all lanes: blocks, residues, boundaries, begin_masks and ends.
 // Returns false when every sequence has ended before

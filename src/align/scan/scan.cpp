@@ -29,13 +29,13 @@ InstructionSet run_local_kernel(InstructionSet set, const KernelCall& call) {
   }
 }
 
-int32_t reference_score(int32_t qlen, const SeqRec& s, const LookupTable& table, const ScoreMatrix& matrix,
-                        const SearchMode& mode, const Params* p) {
+int32_t reference_score(int32_t qlen, const int8_t* codes, int32_t dlen, const LookupTable& table,
+                        const ScoreMatrix& matrix, const SearchMode& mode, const Params* p) {
   if (mode.gaps_by_position) {
-    return (mode.affine ? swliv : swlv)(qlen, s.seq, s.len, table, matrix, p);
+    return (mode.affine ? swliv : swlv)(qlen, codes, dlen, table, matrix, p);
   }
-  if (mode.affine) return swli(qlen, s.seq, s.len, table, p->LD_PEN, p->LI_PEN);
-  return swl(qlen, s.seq, s.len, table, p->LD_PEN);
+  if (mode.affine) return swli(qlen, codes, dlen, table, p->LD_PEN, p->LI_PEN);
+  return swl(qlen, codes, dlen, table, p->LD_PEN);
 }
 
 bool all_equal(const UTvector<int32_t>& values) {
@@ -61,30 +61,33 @@ ScanScores scan_scores(int32_t qlen, const LookupTable& table, const ScoreMatrix
 
 }  // namespace
 
-ScanTally scan_database_by(InstructionSet set, LaneWidth first, int32_t qlen, const SeqRec* seqs, int32_t n,
+ScanTally scan_database_by(InstructionSet set, LaneWidth first, int32_t qlen, const ScanTargets& targets,
                            const LookupTable& table, const ScoreMatrix& matrix, int32_t* out_scores,
                            const Params* p) {
   const SearchMode mode = decode_mode(p->MODE);
   if (mode.comparison != Comparison::PROTEINS) return {};
   ScanTally tally;
-  ScanMeter meter = start_scan_meter(qlen - 2, seqs, n, p);
+  ScanMeter meter = start_scan_meter(qlen - 2, targets.seqs, targets.n, p);
   if (set == InstructionSet::REFERENCE || qlen <= 2 || table.rows >= ROW_CODES) {
-    for (int32_t k = 0; k < n; ++k) {
-      out_scores[k] = reference_score(qlen, seqs[k], table, matrix, mode, p);
-      scanned(meter, seqs[k]);
+    UTvector<int8_t> room;
+    for (int32_t k = 0; k < targets.n; ++k) {
+      const SeqRec& target = targets.seqs[k];
+      out_scores[k] =
+          reference_score(qlen, codes_of(targets, target, room), target.len, table, matrix, mode, p);
+      scanned(meter, target);
       show_scan_meter(meter);
     }
   } else {
-    tally = scan_sequences(scan_scores(qlen, table, matrix, mode, p), seqs, n, out_scores, set, first,
+    tally = scan_sequences(scan_scores(qlen, table, matrix, mode, p), targets, out_scores, set, first,
                            run_local_kernel, meter);
   }
   end_scan_meter(meter);
   return tally;
 }
 
-void scan_database(int32_t qlen, const SeqRec* seqs, int32_t n, const LookupTable& table,
+void scan_database(int32_t qlen, const ScanTargets& targets, const LookupTable& table,
                    const ScoreMatrix& matrix, int32_t* out_scores, const Params* p) {
-  scan_database_by(best_instruction_set(), LaneWidth::BITS8, qlen, seqs, n, table, matrix, out_scores, p);
+  scan_database_by(best_instruction_set(), LaneWidth::BITS8, qlen, targets, table, matrix, out_scores, p);
 }
 
 }  // namespace zelvan

@@ -96,15 +96,16 @@ Tier make_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width
 
 // Scores the sequences of `numbers` by one tier and returns those whose lanes overflowed.
 UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, LaneWidth width,
-                            InstructionSet set, RunKernel run_kernel, const SeqRec* seqs,
+                            InstructionSet set, RunKernel run_kernel, const ScanTargets& targets,
                             const UTvector<int32_t>& numbers, int32_t* out_scores, ScanTally& tally,
                             ScanMeter& meter) {
   Tier tier = make_tier(scores, lane, width, set);
+  const SeqRec* const seqs = targets.seqs;
   const UTvector<int32_t> order = scan_order(seqs, numbers, tier.shape.lanes);
   const int32_t mark = overflow_mark(lane, width, tier.shape);
   UTvector<int32_t> overflowed;
   LaneFeed feed;
-  start_feed(feed, tier.shape, seqs, order);
+  start_feed(feed, tier.shape, targets, order);
   while (fill_chunk(feed)) {
     tier.call.blocks = feed.blocks;
     tier.call.residues = feed.residues.data;
@@ -130,19 +131,19 @@ UTvector<int32_t> scan_tier(const ScanScores& scores, const LaneScores& lane, La
 
 }  // namespace
 
-ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n, int32_t* out_scores,
+ScanTally scan_sequences(const ScanScores& scores, const ScanTargets& targets, int32_t* out_scores,
                          InstructionSet set, LaneWidth first, RunKernel run_kernel, ScanMeter& meter) {
   ScanTally tally;
   const LaneScores lane = make_lane_scores(scores);
   UTvector<int32_t> todo;
-  todo.reserve(static_cast<std::size_t>(n));
-  for (int32_t k = 0; k < n; ++k) {
+  todo.reserve(static_cast<std::size_t>(targets.n));
+  for (int32_t k = 0; k < targets.n; ++k) {
     out_scores[k] = -1;
-    if (residues(seqs[k]) > 0) todo.push_back(k);
+    if (residues(targets.seqs[k]) > 0) todo.push_back(k);
   }
   for (const LaneWidth width : {LaneWidth::BITS8, LaneWidth::BITS16, LaneWidth::BITS32}) {
     if (width < first || todo.empty() || !has_tier(scores, lane, set, width)) continue;
-    todo = scan_tier(scores, lane, width, set, run_kernel, seqs, todo, out_scores, tally, meter);
+    todo = scan_tier(scores, lane, width, set, run_kernel, targets, todo, out_scores, tally, meter);
     if (width != LaneWidth::BITS32) {
       tally.saturated[static_cast<int>(width)] = static_cast<int64_t>(todo.size());
     }

@@ -8,7 +8,7 @@
 #include "align/scan/scan_kernel.h"
 #include "align/scan/scan_meter.h"
 #include "align/simd/instruction_set.h"
-#include "seq/sequence.h"
+#include "seq/residue_reader.h"
 
 namespace zelvan {
 
@@ -23,13 +23,13 @@ struct ScanTally {
 using RunKernel = InstructionSet (*)(InstructionSet set, const KernelCall& call);
 
 // scan_sequences - the score of every sequence, as the scalar kernels give it.
-// In     scores.table->rows < ROW_CODES, scores.positions >= 1; seqs[0..n-1] encoded
+// In     scores.table->rows < ROW_CODES, scores.positions >= 1
 //        set: usable, not REFERENCE
 //        first: the narrowest lanes to try
 //        run_kernel: of the family of scores.recurrence
-// Out    out_scores[0..n-1]; -1 for a sequence without residues
+// Out    out_scores[0..targets.n-1]; -1 for a sequence without residues
 //        meter: told of every sequence that ends
-ScanTally scan_sequences(const ScanScores& scores, const SeqRec* seqs, int32_t n, int32_t* out_scores,
+ScanTally scan_sequences(const ScanScores& scores, const ScanTargets& targets, int32_t* out_scores,
                          InstructionSet set, LaneWidth first, RunKernel run_kernel, ScanMeter& meter);
 
 }  // namespace zelvan

@@ -2,7 +2,6 @@
 
 #include "bdb/extraction.h"
 #include "report/run_header.h"
-#include "seq/alphabet.h"
 #include "seq/residue_kind.h"
 #include "seq/sequence_file.h"
 #include "util/streams.h"
@@ -23,14 +22,14 @@ void read_database(Search& search, Params* p) {
   if (!stored_as_codes(p)) warn_of_database(search.database.seqs, search.database.n, p);
 }
 
-void encode_database(Search& search, const Params* p) {
-  if (stored_as_codes(p)) return;
-  progress("Converting database sequences\n", p);
-  encode_sequences(search.database.seqs, search.database.n, *search.matrix);
-  show_time("Convert database ", p);
+void encode_database(Search& search, const Params* p, const std::function<void(SeqRec&)>& translate) {
+  if (!stored_as_codes(p)) progress("Converting database sequences\n", p);
+  encode_database(search.database, *search.matrix, p, translate);
+  if (!stored_as_codes(p)) show_time("Convert database ", p);
 }
 
 void finish_search(Search& search, Params* p) {
+  if (!search.order.empty()) lend_hits(search.database, search.order, p->EXTRACT_SEQ);
   extract_seqs(search.database.seqs, static_cast<int32_t>(search.order.size()), search.order.data(),
                *search.matrix, p);
   search.times[TIME_ALIGNMENTS] = UT_get_times(1);

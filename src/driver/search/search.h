@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
+#include <functional>
 
 #include "align/lookup.h"
 #include "align/score_range.h"
@@ -12,6 +14,7 @@
 #include "seq/matrix.h"
 #include "seq/sequence.h"
 #include "util/memory.h"
+#include "util/streams.h"
 #include "util/timing.h"
 
 namespace zelvan {
@@ -36,8 +39,8 @@ void read_query(Search& search, Params* p);
 // Ends   as load_database
 void read_database(Search& search, Params* p);
 
-// encode_database - turns the letters of the database into codes, unless it is stored as codes.
-void encode_database(Search& search, const Params* p);
+// encode_database - has the database read as codes, see bdb/database.h.
+void encode_database(Search& search, const Params* p, const std::function<void(SeqRec&)>& translate = {});
 
 // load_phase - runs `load` and fills the load slot, which covers all of it whatever readings it shows on the
 // way.
@@ -54,10 +57,15 @@ void load_phase(Search& search, Load load) {
 // Ends   when scores could leave 32 bits (status -1)
 template <class Scan>
 void scan_phase(Search& search, const char* label, Scan scan, const Params* p) {
+  return_hits(search.database);
   check_score_range(search.table, *search.matrix, search.database.seqs, search.database.n, p);
   search.scores.assign(static_cast<std::size_t>(search.database.n), 0);
+  // A lost file of volumes ends the run at once.
+  std::fflush(std_out);
+  std::fflush(std_err);
   UT_get_times(1);  // a reading that nobody sees
   scan();
+  check_unchanged(search.database.volumes);
   search.times[TIME_SCAN] = UT_get_times(1);
   show_time(label, p);
 }
