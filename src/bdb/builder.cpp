@@ -97,7 +97,7 @@ void fill_spool(Intake& intake, const ScoreMatrix& matrix, const Params* p) {
 }
 
 void read_text(Intake& intake, const ScoreMatrix& matrix, Params* p) {
-  constexpr int64_t PART = int64_t{64} << 20;  // that is read between two fillings of the spool
+  constexpr int64_t PART = int64_t{2} << 20;  // that is read between two fillings of the spool
   progress("Opening database\n", p);
   SeqReader reader = open_text_database(p);
   progress("Loading database\n", p);

@@ -59,6 +59,7 @@ int64_t bytes_of(FILE* stream) {
 
 UTbuffer<char> read_bulk(FILE* stream, int64_t most) {
   UTbuffer<char> bytes(static_cast<std::size_t>(std::min(most, bytes_of(stream))));
+  UTlarge_pages(bytes.data(), bytes.size());
   bytes.resize(std::fread(bytes.data(), 1, bytes.size(), stream));
   return bytes;
 }

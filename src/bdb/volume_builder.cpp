@@ -23,6 +23,8 @@
 namespace zelvan {
 namespace {
 
+constexpr std::size_t WRITE_BUFFER = std::size_t{1} << 20;
+
 struct SeqLengths {
   int32_t ilen, tlen, len;
 };
@@ -33,7 +35,7 @@ int64_t characters_of(const SeqLengths& s) {
 
 // The spool as it is read.
 struct Spooled {
-  const char* pieces = nullptr;
+  MappedFile pieces;
   const SeqLengths* lengths = nullptr;
   int32_t n = 0;
 };
@@ -65,6 +67,7 @@ FILE* open_unnamed(const UTstring& beside) {
     UTend_input(std_err, "%s\n", name.c_str());
   }
   unlink(name.c_str());
+  std::setvbuf(stream, nullptr, _IOFBF, WRITE_BUFFER);
   return stream;
 }
 
@@ -139,13 +142,20 @@ void collect(Volume& volume, const VolumePlan& plan, const Spooled& spooled,
     record = record_at(at, record.ilen, record.tlen, record.len);
     at = record.seq_at + record.len;
   }
-  const char* piece = spooled.pieces;
+  constexpr int64_t STRETCH = int64_t{64} << 20;
+  int64_t from = 0;
+  int64_t forgotten = 0;
   for (int32_t k = 0; k < spooled.n; ++k) {
-    const auto size = static_cast<std::size_t>(characters_of(spooled.lengths[k]));
+    const int64_t size = characters_of(spooled.lengths[k]);
     if (const IndexRecord* record = record_of(k); record != nullptr) {
-      std::memcpy(&volume.sequences[static_cast<std::size_t>(record->id_at)], piece, size);
+      std::memcpy(&volume.sequences[static_cast<std::size_t>(record->id_at)], spooled.pieces.bytes + from,
+                  static_cast<std::size_t>(size));
     }
-    piece += size;
+    from += size;
+    if (from - forgotten > STRETCH || k == spooled.n - 1) {
+      UTforget_pages(spooled.pieces, forgotten, from);
+      forgotten = from;
+    }
   }
 }
 
@@ -181,6 +191,7 @@ void write_set(const Spool& spool, const Spooled& spooled, const UTvector<int32_
   Volume volume;
   volume.records.reserve(most(plans, [](const VolumePlan& plan) { return plan.last - plan.first; }));
   volume.sequences.reserve(most(plans, [](const VolumePlan& plan) { return plan.characters; }));
+  UTlarge_pages(volume.sequences.data(), volume.sequences.capacity());
   BdbInfo info = describe_database(0, 0, 0, matrix, p);
   volume.index.reserve(header_bytes(info).size() + volume.records.capacity() * sizeof(IndexRecord));
   PendingVolumes pending =
@@ -249,7 +260,7 @@ void build_volumes(Spool& spool, const ScoreMatrix& matrix, const Params* p) {
   MappedFile pieces = map_spool(spool, spool.pieces, spool.characters);
   MappedFile lengths = map_spool(spool, spool.lengths, spool.nseq * static_cast<int64_t>(sizeof(SeqLengths)));
   Spooled spooled;
-  spooled.pieces = pieces.bytes;
+  spooled.pieces = pieces;
   spooled.lengths = reinterpret_cast<const SeqLengths*>(lengths.bytes);
   spooled.n = static_cast<int32_t>(spool.nseq);
   progress("Sorting sequences\n", p);

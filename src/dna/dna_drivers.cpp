@@ -156,7 +156,7 @@ void print_alignments(TranslatedSearch& translated, ResultRec results, const Par
   Search& search = translated.search;
   UTvector<int32_t> by_score;
   if (results.significance == nullptr) {
-    by_score = do_zs_sort(results.scores, results.n, p);
+    by_score = do_zs_sort(results.scores, results.n, p->MAX_AOUT, p);
     results.order = by_score.data();
   }
   lend_hits(search.database, results.significance == nullptr ? by_score : search.order, p->MAX_AOUT);
@@ -177,8 +177,11 @@ void report(TranslatedSearch& translated, Params* p) {
     const ZStats stats = do_stats(results.scores, results.seqs, results.n, p);
     zscores = get_zscores(stats, results.scores, results.seqs, results.n, p);
     if (p->DUMP_STATS == 1) dump_stats(stats, zscores.data(), search.query, p);
-    search.order = do_zs_sort(zscores.data(), results.n, p);
     significance = (p->FIT_TYPE == 1 ? get_p : get_e)(zscores.data(), results.n, p);
+    const int32_t listed = ranks_within(p->PROBCUT, zscores.data(), significance.data(), results.n);
+    const int32_t ranks = std::min(results.n, std::max({listed, p->MAX_AOUT, p->EXTRACT_SEQ}));
+    search.order = do_zs_sort(zscores.data(), results.n, ranks, p);
+    if (p->DO_SORT == 1) results.unranked = results.n - ranks;
     results.order = search.order.data();
     results.zscores = zscores.data();
     results.significance = significance.data();

@@ -98,6 +98,15 @@ LpfitData fit_statistics(const Search& search, const Params* p) {
   return lpfit;
 }
 
+// The hits, from the best one on, that lists, alignments and files may ask for.
+int32_t ranks_wanted(const UTvector<double>& key, const UTvector<double>& significance, const Params* p) {
+  const auto n = static_cast<int32_t>(key.size());
+  if (p->VERBOSE == 1002) return n;
+  const float cutoff = std::max(p->PROBCUT, p->PROBCUT2);
+  const int32_t listed = ranks_within(cutoff, key.data(), significance.data(), n);
+  return std::min(n, std::max({listed, p->MAX_AOUT, p->EXTRACT_SEQ}));
+}
+
 void trace_ranking(const ResultRec& results) {
   for (int32_t rank = 0; rank < results.n; ++rank) {
     const int32_t k = hit_at_rank(results, rank);
@@ -125,6 +134,7 @@ void build_next_profile(const RankedScan& ranked, LookupTable& table, TracedHits
 
 // One pass over the database and all that follows from it. Returns the number of changes of the hit list.
 int32_t iterate(Search& search, IterHistory& history, int32_t iteration, Params* p) {
+  search.order = UTvector<int32_t>();
   scan(search, p);
   if (p->NPRINT_TO_THRESHOLD == 1) p->MAX_NOUT = search.database.n;
   LpfitData lpfit = fit_statistics(search, p);
@@ -132,10 +142,13 @@ int32_t iterate(Search& search, IterHistory& history, int32_t iteration, Params*
 
   progress("About to call apply_lpfit\n", p);
   const UTvector<double> standardised = apply_lpfit(lpfit);
+  release_hits(lpfit);
   const UTvector<double> significance =
       get_lpfit_probs(standardised, search.database.seqs, search.database.n, p);
+  const bool by_significance = p->PROB_TYPE == 2;
+  const int32_t ranks = by_significance ? search.database.n : ranks_wanted(standardised, significance, p);
   search.order =
-      do_pv_sort(p->PROB_TYPE == 2 ? significance.data() : standardised.data(), search.database.n, p);
+      do_pv_sort(by_significance ? significance.data() : standardised.data(), search.database.n, ranks, p);
   ResultRec results;
   results.seqs = search.database.seqs;
   results.scores = search.scores.data();
@@ -143,6 +156,7 @@ int32_t iterate(Search& search, IterHistory& history, int32_t iteration, Params*
   results.significance = significance.data();
   results.order = search.order.data();
   results.n = search.database.n;
+  if (p->DO_SORT == 1) results.unranked = results.n - ranks;
   if (p->VERBOSE == 1002) trace_ranking(results);
 
   progress("About to call print_score_list3\n", p);

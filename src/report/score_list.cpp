@@ -61,7 +61,7 @@ int32_t last_listed_position(int32_t n, const Params* p) {
 template <class Passes, class PrintLine>
 int32_t print_best_first(const ResultRec& results, Passes passes, PrintLine print_line, const Params* p) {
   int32_t rank = 0;
-  const int32_t last = last_listed_position(results.n, p);
+  const int32_t last = std::max(last_listed_position(results.n, p), results.unranked);
   for (int32_t i = results.n - 1; i >= last; --i) {
     const int32_t k = results.order[i];
     if (passes(k)) print_line(++rank, k);

@@ -224,6 +224,12 @@ UTvector<double> dud_lpfit(double value, int32_t n) {
   return UTvector<double>(static_cast<std::size_t>(n), value);
 }
 
+void release_hits(LpfitData& lpfit) {
+  lpfit.score = UTvector<float>();
+  lpfit.qlen = UTvector<int32_t>();
+  lpfit.dblen = UTvector<int32_t>();
+}
+
 void freeup_lpfit(LpfitData& lpfit) {
   lpfit = LpfitData();
 }

@@ -103,6 +103,9 @@ double get_single_lpfit_prob(int32_t score, int32_t qlen, int32_t dblen, const L
 // dud_lpfit - n times the same value: what takes the place of x or significance where no fit is wanted.
 UTvector<double> dud_lpfit(double value, int32_t n);
 
+// release_hits - frees the arrays of the hits, which nothing needs once apply_lpfit was called; n stays.
+void release_hits(LpfitData& lpfit);
+
 // freeup_lpfit - releases the per-hit arrays and empties the record, for callers who keep it longer than its
 // iteration.
 void freeup_lpfit(LpfitData& lpfit);

@@ -28,7 +28,6 @@ struct Point {
   double log_length;
   double score;  // matrix units
 };
-using Points = UTvector<Point>;
 
 bool has_score(int32_t score, const SeqRec& seq) {
   return score >= 0 && residues(seq) > 0;
@@ -43,17 +42,41 @@ double tail_probability(double deviations) {
   return -std::expm1(-std::exp(-EV_SD * deviations - EV_MEAN));
 }
 
+// The points of a scan, made whenever they are gone through: of many millions of sequences they would not be
+// kept. The logarithms of usual lengths are.
+struct Points {
+  const int32_t* scores;
+  const SeqRec* seqs;
+  int32_t n;
+  double precision;
+  UTvector<double> logarithms;  // [residues]
+  int64_t count = 0;
+};
+
+template <class Use>
+void each_point(const Points& points, Use use) {
+  for (int32_t k = 0; k < points.n; ++k) {
+    const SeqRec& seq = points.seqs[k];
+    if (!has_score(points.scores[k], seq)) continue;
+    const auto length = static_cast<std::size_t>(residues(seq));
+    const double x = length < points.logarithms.size() ? points.logarithms[length] : log_length(seq);
+    const double score = static_cast<double>(points.scores[k]) / points.precision;
+    use(Point{k, static_cast<std::size_t>(x / BIN_WIDTH), x, score});
+  }
+}
+
 Points collect_points(const int32_t* scores, const SeqRec* seqs, int32_t n, UTvector<LengthBin>& bins,
                       const Params* p) {
-  Points points;
-  for (int32_t k = 0; k < n; ++k) {
-    if (!has_score(scores[k], seqs[k])) continue;
-    const double x = log_length(seqs[k]);
-    const auto bin = static_cast<std::size_t>(x / BIN_WIDTH);
-    points.push_back({k, bin, x, static_cast<double>(scores[k]) / static_cast<double>(p->PRECISION)});
-    if (bins.size() <= bin) bins.resize(bin + 1);
-    ++bins[bin].sequences;
+  constexpr std::size_t USUAL_LENGTHS = 8192;
+  Points points = {scores, seqs, n, static_cast<double>(p->PRECISION), UTvector<double>(USUAL_LENGTHS), 0};
+  for (std::size_t length = 1; length < USUAL_LENGTHS; ++length) {
+    points.logarithms[length] = std::log(static_cast<double>(length));
   }
+  each_point(points, [&](const Point& point) {
+    if (bins.size() <= point.bin) bins.resize(point.bin + 1);
+    ++bins[point.bin].sequences;
+    ++points.count;
+  });
   for (std::size_t b = 0; b < bins.size(); ++b) {
     const auto number = static_cast<double>(b);
     bins[b].first = static_cast<int32_t>(std::ceil(std::exp(BIN_WIDTH * number)));
@@ -96,10 +119,13 @@ void fit_line(const UTvector<LengthBin>& bins, LineFit& line) {
 // The robust start: up to a quarter of the sequences may be related.
 void fit_medians(const Points& points, ZStats& stats) {
   UTvector<UTvector<double>> members(stats.bins.size());
-  for (const Point& point : points) {
+  for (std::size_t b = 0; b < members.size(); ++b) {
+    members[b].reserve(static_cast<std::size_t>(stats.bins[b].sequences));
+  }
+  each_point(points, [&](const Point& point) {
     members[point.bin].push_back(point.score);
     stats.bins[point.bin].log_length += point.log_length;
-  }
+  });
   for (std::size_t b = 0; b < stats.bins.size(); ++b) {
     LengthBin& bin = stats.bins[b];
     if (bin.sequences == 0) continue;
@@ -108,10 +134,12 @@ void fit_medians(const Points& points, ZStats& stats) {
     bin.score = quantile(members[b], 0.5);
   }
   fit_line(stats.bins, stats.line);
+  members = UTvector<UTvector<double>>();
   UTvector<double> residuals;
-  for (const Point& point : points) {
+  residuals.reserve(static_cast<std::size_t>(points.count));
+  each_point(points, [&](const Point& point) {
     residuals.push_back(point.score - mean_score(stats.line, point.log_length));
-  }
+  });
   const double spread = quantile(residuals, 0.75) - quantile(residuals, 0.25);
   const double scale = spread / EV_QUARTILES;
   stats.line.intercept += scale * (EV_MEAN - EV_MEDIAN);
@@ -120,11 +148,11 @@ void fit_medians(const Points& points, ZStats& stats) {
 
 void mark_related(const Points& points, ZStats& stats) {
   const double sd = std::sqrt(stats.line.variance);
-  for (const Point& point : points) {
+  each_point(points, [&](const Point& point) {
     const double residual = point.score - mean_score(stats.line, point.log_length);
     const bool related = sd > 0 && stats.n * tail_probability(residual / sd) < RELATED_BELOW;
     stats.related[static_cast<std::size_t>(point.seqno)] = related ? 1 : 0;
-  }
+  });
 }
 
 void fit_means(const Points& points, ZStats& stats) {
@@ -135,13 +163,13 @@ void fit_means(const Points& points, ZStats& stats) {
     bin.fitted = 0;
     bin.log_length = bin.score = 0;
   }
-  for (const Point& point : points) {
-    if (!takes_part(point)) continue;
+  each_point(points, [&](const Point& point) {
+    if (!takes_part(point)) return;
     LengthBin& bin = stats.bins[point.bin];
     ++bin.fitted;
     bin.log_length += point.log_length;
     bin.score += point.score;
-  }
+  });
   for (LengthBin& bin : stats.bins) {
     if (bin.fitted == 0) continue;
     bin.log_length /= bin.fitted;
@@ -149,12 +177,12 @@ void fit_means(const Points& points, ZStats& stats) {
   }
   fit_line(stats.bins, stats.line);
   double squares = 0, count = 0;
-  for (const Point& point : points) {
-    if (!takes_part(point)) continue;
+  each_point(points, [&](const Point& point) {
+    if (!takes_part(point)) return;
     const double residual = point.score - mean_score(stats.line, point.log_length);
     squares += residual * residual;
     ++count;
-  }
+  });
   stats.line.variance = squares / std::max(count, 1.0);
 }
 
@@ -165,7 +193,7 @@ ZStats do_stats(const int32_t* scores, const SeqRec* seqs, int32_t n, const Para
   stats.n = n;
   stats.related.assign(static_cast<std::size_t>(n), 0);
   const Points points = collect_points(scores, seqs, n, stats.bins, p);
-  if (points.empty()) return stats;
+  if (points.count == 0) return stats;
   fit_medians(points, stats);
   for (int32_t refit = 0; refit < REFITS; ++refit) {
     mark_related(points, stats);

@@ -11,10 +11,13 @@ namespace zelvan {
 // UTindexx_by - the ascending order of n keys of any kind, counted from 1.
 // In     n >= 0; less(a, b), a and b = 1..n: whether key a is below key b
 // Out    out_index[1..n]: a permutation of 1..n, the smallest key first; entry 0 is never touched
+// Does   the heap gives up its keys from the largest down, so that one who wants the best few need not pay for
+//        the others: with `wanted` below n only the last `wanted` entries are as described, and the others
+//        stand in any order
 // Exact  ties in the order that the heap procedure leaves; n < 2 gives the identity
 // Source Numerical Recipes, indexx (heap-sort form)
 template <class Less>
-void UTindexx_by(Less less, int32_t n, int32_t* out_index) {
+void UTindexx_by(Less less, int32_t n, int32_t* out_index, int32_t wanted) {
   for (int32_t j = 1; j <= n; ++j) out_index[j] = j;
   if (n < 2) return;
   int32_t l = n / 2 + 1;
@@ -24,6 +27,7 @@ void UTindexx_by(Less less, int32_t n, int32_t* out_index) {
     if (l > 1) {
       held = out_index[--l];
     } else {
+      if (n - ir >= wanted) return;
       held = out_index[ir];
       out_index[ir] = out_index[1];
       if (--ir == 1) {
@@ -43,16 +47,25 @@ void UTindexx_by(Less less, int32_t n, int32_t* out_index) {
   }
 }
 
+template <class Less>
+void UTindexx_by(Less less, int32_t n, int32_t* out_index) {
+  UTindexx_by(less, n, out_index, n);
+}
+
 // UTsorted_order - the same counted from 0, which is what callers use.
 // In     n >= 0; less(a, b), a and b = 0..n-1: whether key a is below key b
-// Returns the numbers 0..n-1 by ascending key
+// Returns the numbers 0..n-1 by ascending key, with `wanted` below n only the last so many of them
 template <class Less>
-UTvector<int32_t> UTsorted_order(int32_t n, Less less) {
+UTvector<int32_t> UTsorted_order(int32_t n, Less less, int32_t wanted) {
   UTvector<int32_t> order(static_cast<std::size_t>(n) + 1);
-  UTindexx_by([&less](int32_t a, int32_t b) { return less(a - 1, b - 1); }, n, order.data());
+  UTindexx_by([&less](int32_t a, int32_t b) { return less(a - 1, b - 1); }, n, order.data(), wanted);
   order.erase(order.begin());
   for (int32_t& number : order) --number;
   return order;
+}
+template <class Less>
+UTvector<int32_t> UTsorted_order(int32_t n, Less less) {
+  return UTsorted_order(n, less, n);
 }
 
 // UTindexx, UTindexxD - the same for an array of integers or of doubles, under the published name.

@@ -33,6 +33,13 @@ MappedFile UTmap_file(int descriptor, int64_t size) {
   return {static_cast<const char*>(bytes), size};
 }
 
+void UTforget_pages(const MappedFile& file, int64_t from, int64_t to) {
+  const int64_t page = sysconf(_SC_PAGESIZE);
+  const int64_t first = from / page * page;
+  const int64_t size = std::min(to, file.size) / page * page - first;
+  if (size > 0) madvise(const_cast<char*>(file.bytes) + first, static_cast<std::size_t>(size), MADV_DONTNEED);
+}
+
 void UTunmap_file(MappedFile& file) {
   if (file.size > 0) munmap(const_cast<char*>(file.bytes), static_cast<std::size_t>(file.size));
   file = {};

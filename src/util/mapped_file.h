@@ -17,6 +17,9 @@ struct MappedFile {
 // Returns no bytes when they cannot be mapped (errno), or when size is 0
 MappedFile UTmap_file(int descriptor, int64_t size);
 
+// UTforget_pages - says that bytes[from..to-1] were read: they no longer count as memory of this process.
+void UTforget_pages(const MappedFile& file, int64_t from, int64_t to);
+
 // UTunmap_file - releases a mapping.
 void UTunmap_file(MappedFile& file);
 

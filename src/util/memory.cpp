@@ -1,6 +1,9 @@
 #include "util/memory.h"
 
+#include <sys/mman.h>
+
 #include <cstdlib>
+#include <memory>
 #include <new>
 
 #include "util/failure.h"
@@ -11,6 +14,13 @@ void* UTmalloc(std::size_t size) {
   void* block = std::malloc(size > 0 ? size : 1);
   if (block == nullptr) UTend_memory("malloc error");
   return block;
+}
+
+void UTlarge_pages(void* block, std::size_t size) {
+  constexpr std::size_t LARGE = std::size_t{2} << 20;
+  void* at = block;
+  if (size < 2 * LARGE || std::align(LARGE, LARGE, at, size) == nullptr) return;
+  madvise(at, size / LARGE * LARGE, MADV_HUGEPAGE);
 }
 
 bool UThaveroom(std::size_t size) {

@@ -29,15 +29,25 @@ TEST(Sorts, AscendUnlessToldOtherwise) {
     const UTvector<double> real(c.key.begin(), c.key.end());
     const Params ascending = params_of(c.sorting + std::string(" PROB_TYPE 0"));
     const Params reversed = params_of(c.sorting + std::string(" PROB_TYPE 2"));
-    EXPECT_EQ(do_zs_sort(c.key.data(), n, &ascending), c.expected) << n;
-    EXPECT_EQ(do_zs_sort(c.key.data(), n, &reversed), c.expected) << n;
-    EXPECT_EQ(do_pv_sort(real.data(), n, &ascending), c.expected) << n;
-    EXPECT_EQ(do_pv_sort(real.data(), n, &reversed), Order(c.expected.rbegin(), c.expected.rend())) << n;
+    EXPECT_EQ(do_zs_sort(c.key.data(), n, n, &ascending), c.expected) << n;
+    EXPECT_EQ(do_zs_sort(c.key.data(), n, n, &reversed), c.expected) << n;
+    EXPECT_EQ(do_pv_sort(real.data(), n, n, &ascending), c.expected) << n;
+    EXPECT_EQ(do_pv_sort(real.data(), n, n, &reversed), Order(c.expected.rbegin(), c.expected.rend())) << n;
   }
   const double some_are_nan[] = {3, std::nan(""), 1, std::nan(""), 2};
   const Params ascending = params_of("DO_SORT 1 PROB_TYPE 0"), reversed = params_of("DO_SORT 1 PROB_TYPE 2");
-  EXPECT_EQ(do_pv_sort(some_are_nan, 5, &ascending), (Order{1, 3, 2, 4, 0}));
-  EXPECT_EQ(do_pv_sort(some_are_nan, 5, &reversed), (Order{1, 3, 0, 4, 2}));
+  EXPECT_EQ(do_pv_sort(some_are_nan, 5, 5, &ascending), (Order{1, 3, 2, 4, 0}));
+  EXPECT_EQ(do_pv_sort(some_are_nan, 5, 5, &reversed), (Order{1, 3, 0, 4, 2}));
+}
+
+TEST(Sorts, RanksBehindTheCutOffAreNotNeeded) {
+  const double key[] = {4, 9, 2, 4, 7, 1};
+  const double significance[] = {0.3, 0.01, 5, 0.2, 0.4, std::nan("")};  // does not follow the key strictly
+  EXPECT_EQ(ranks_within(0.005F, key, significance, 6), 0);
+  EXPECT_EQ(ranks_within(0.01F, key, significance, 6), 0) << "single precision lies below";
+  EXPECT_EQ(ranks_within(0.02F, key, significance, 6), 1);
+  EXPECT_EQ(ranks_within(0.25F, key, significance, 6), 4) << "with the tie and the one between";
+  EXPECT_EQ(ranks_within(10, key, significance, 6), 5);
 }
 
 TEST(Sorts, ScoreListsOfAllOrOfTheBest) {

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 namespace zelvan {
 namespace {
 
@@ -29,6 +32,24 @@ TEST(IndexSorts, LeaveTiesAsTheHeapDoes) {
     const UTvector<double> real(key.begin(), key.end());
     UTindexxD(real.data(), n, index.data());
     EXPECT_EQ(index, expected) << n;
+  }
+}
+
+TEST(IndexSorts, TheBestFewStandAsInTheWholeOrder) {
+  std::mt19937 random(4);
+  for (int32_t n = 0; n < 200; ++n) {
+    UTvector<uint32_t> key(static_cast<std::size_t>(n));
+    for (uint32_t& value : key) value = static_cast<uint32_t>(random() % (1 + random() % 40));
+    const auto less = [&](int32_t a, int32_t b) {
+      return key[static_cast<std::size_t>(a)] < key[static_cast<std::size_t>(b)];
+    };
+    const UTvector<int32_t> whole = UTsorted_order(n, less);
+    for (const int32_t wanted : {0, 1, n / 3, n - 1, n, n + 5}) {
+      UTvector<int32_t> part = UTsorted_order(n, less, wanted);
+      const auto ordered = std::clamp(wanted, 0, n);
+      EXPECT_TRUE(std::equal(whole.end() - ordered, whole.end(), part.end() - ordered)) << n << ' ' << wanted;
+      EXPECT_TRUE(std::is_permutation(whole.begin(), whole.end(), part.begin()));
+    }
   }
 }
 

@@ -17,6 +17,7 @@ struct ResultRec {
   const int32_t* zscores = nullptr;      // x PRECISION
   const int32_t* order = nullptr;        // permutation, best last
   int32_t n = 0;
+  int32_t unranked = 0;  // so many at the front of `order` are in none, and no list asks for them
 };
 
 // hit_at_rank - the number of the sequence at a rank, 0 for the best hit.
