@@ -240,7 +240,11 @@ def _describe(database):
     typer.echo(f"type       {database.kind}")
     typer.echo(f"built      {database.built}")
     typer.echo(f"from       {database.source}")
-    typer.echo(f"files      {os.path.join(database.folder, database.root)}.bix, .bsq")
+    from zelvan_easy.database import volumes
+
+    names = volumes(database.folder, database.root)
+    several = "" if names == [database.root] else f" and {len(names) - 1} more volumes"
+    typer.echo(f"files      {os.path.join(database.folder, names[0])}.bix, .bsq{several}")
 
 
 @app.command(hidden=True)

@@ -83,33 +83,60 @@ def _index(file):
         yield from _RECORD.iter_unpack(block[: len(block) // _RECORD.size * _RECORD.size])
 
 
+def volumes(folder, root):
+    """The names of the databases that the name stands for: itself, or the volumes of a set."""
+    try:
+        listed = Path(folder, root + ".volumes").read_bytes()
+    except FileNotFoundError:
+        return [root]
+    if os.path.exists(Path(folder, root + ".bix")):
+        return [root]  # zelvan refuses it if there are volumes, too
+    return [f"{root}.{volume:02}" for volume in range(listed.count(b"\nvolume "))]
+
+
+def files_of(folder, root):
+    """All files of a binary database, a set's list first."""
+    names = volumes(folder, root)
+    paths = [Path(folder, name + ending) for name in names for ending in (".bix", ".bsq")]
+    return paths if names == [root] else [Path(folder, root + ".volumes"), *paths]
+
+
 def read_built(folder, root):
     """The binary database of that name."""
-    index, letters = Path(folder, root + ".bix"), Path(folder, root + ".bsq")
+    names = volumes(folder, root)
+    longest, sequences, residues, digest = [0, 0, 0], 0, 0, hashlib.sha256()
     try:
-        with open(index, "rb") as file:
-            indexed, alphabet, sequences, residues, size, built, source = _header(file)
-            longest, count = [0, 0, 0], 0
-            for count, (_, name, _, title, _, length) in enumerate(_index(file), 1):
-                longest = [max(pair) for pair in zip(longest, (length - 2, name, title))]
-            if (count, letters.stat().st_size) != (sequences, size):
-                raise ValueError("the files do not fit the header")
-            file.seek(0)
-            digest = hashlib.sha256()
-            for block in iter(lambda: file.read(1 << 20), b""):
-                digest.update(block)
-        digest.update(str(letters.stat().st_size).encode())
-        sample = "".join(residues for _, _, residues in islice(read_sequences(folder, root), 200))
+        for volume in names:
+            with open(Path(folder, volume + ".bix"), "rb") as file:
+                indexed, alphabet, count, number, size, built, source = _header(file)
+                records = 0
+                for records, (_, name, _, title, _, length) in enumerate(_index(file), 1):
+                    longest = [max(pair) for pair in zip(longest, (length - 2, name, title))]
+                letters = Path(folder, volume + ".bsq").stat().st_size
+                if (records, letters) != (count, size):
+                    raise ValueError("the files do not fit the header")
+                file.seek(0)
+                for block in iter(lambda: file.read(1 << 20), b""):
+                    digest.update(block)
+            digest.update(str(letters).encode())
+            sequences, residues = sequences + count, residues + number
+        sample = "".join(letters for _, _, letters in islice(read_sequences(folder, root), 200))
     except OSError as problem:
         raise refused(f"the database cannot be read: {cause(problem)}") from problem
     except (struct.error, ValueError, IndexError) as problem:
-        raise refused(f"the database {index}, .bsq is damaged, or is none: build it again") from problem
+        raise refused(
+            f"the database {Path(folder, volume)}.bix, .bsq is damaged, or is none: build it again") from problem
     return Database(str(folder), root, source, built, kind_of(sample), indexed, alphabet, sequences, residues, *longest,
                     digest.hexdigest())  # fmt: skip
 
 
 def read_sequences(folder, root):
     """Yields (identifier, title, residues) of each sequence of a binary database, in stored order."""
+    for volume in volumes(folder, root):
+        yield from _read_volume(folder, volume)
+
+
+def _read_volume(folder, root):
     with open(Path(folder, root + ".bix"), "rb") as index, open(Path(folder, root + ".bsq"), "rb") as file:
         indexed, alphabet, *_ = _header(index)
         for at, name, title_at, title, residues_at, length in _index(index):
@@ -127,9 +154,10 @@ def read_sequences(folder, root):
 def built_name(path):
     """(folder, root) if the path names a binary database, with or without its endings; else None."""
     text = str(path)
-    root = text[:-4] if text.endswith((".bix", ".bsq")) else text
+    ending = next((ending for ending in (".bix", ".bsq", ".volumes") if text.endswith(ending)), "")
+    root = text[: -len(ending) or None]
     if root != text or not os.path.isfile(text):
-        if os.path.isfile(root + ".bix") and os.path.isfile(root + ".bsq"):
+        if os.path.isfile(root + ".bix") and os.path.isfile(root + ".bsq") or os.path.isfile(root + ".volumes"):
             folder, name = os.path.split(os.path.abspath(root))
             return folder, name
     return None
@@ -181,7 +209,7 @@ def _copy_sequences(head, source, sink, kind):
 
 
 def build(path, folder, root, engine, kind=None):
-    """Builds folder/root.bix and .bsq from a text file; they appear when they are complete."""
+    """Builds folder/root.bix and .bsq, or a set of volumes, from a text file; they appear when they are complete."""
     source = None
     try:
         source = open_bytes(str(path))
@@ -208,13 +236,12 @@ def build(path, folder, root, engine, kind=None):
                     process.wait()
                     raise
                 errors.seek(0)
-                if status != 0 or not os.path.exists(os.path.join(work, "built.bsq")):
+                if status != 0 or not all(path.exists() for path in files_of(work, "built")):
                     raise Failure(f"the database {path} could not be built: {reason(errors.read(), status)}")
             database = read_built(work, "built")
             if database.residues == 0:
                 raise refused(f"{path} has no residues: it is not a FASTA file of sequences")
-            for ending in (".bsq", ".bix"):
-                os.replace(os.path.join(work, "built" + ending), os.path.join(folder, root + ending))
+            _move(work, "built", folder, root)
     except read_errors() as problem:
         text = cause(problem) if isinstance(problem, OSError) else f"{path}: {problem}"
         raise Failure(f"the database could not be built: {text}") from problem
@@ -223,6 +250,23 @@ def build(path, folder, root, engine, kind=None):
             source.close()
     database.folder, database.root, database.kind, database.digest = str(folder), root, kind, digest
     return database
+
+
+def _move(folder, root, to_folder, to_root):
+    """Puts a new database in the place of another one: what belongs together ends with what is read first, and files of
+    the other one go before or after, so that files of two builds are never taken for a database."""
+    new = {to_root + path.name[len(root) :]: path for path in files_of(folder, root)}
+    stale = [path for path in _files_like(Path(to_folder), to_root) if path.name not in new]
+    Path(to_folder, to_root + ".volumes").unlink(missing_ok=True)
+    for name, path in reversed(new.items()):
+        os.replace(path, Path(to_folder, name))
+    for path in stale:
+        path.unlink(missing_ok=True)
+
+
+def _files_like(folder, root):
+    pattern = re.compile(re.escape(root) + r"(\.\d\d+)?\.(bix|bsq)|" + re.escape(root) + r"\.volumes")
+    return [path for path in folder.iterdir() if pattern.fullmatch(path.name)]
 
 
 # ---- The cache
@@ -262,7 +306,7 @@ def _cached(folder, key):
         with open(folder / f"{key}.json", encoding="utf-8") as file:
             fields = json.load(file)
         database = Database(**{**fields, "folder": str(folder), "root": key})
-        if all((folder / (key + ending)).is_file() for ending in (".bix", ".bsq")):
+        if all(path.is_file() for path in files_of(folder, key)):
             return database
     except (OSError, ValueError, TypeError):
         pass
@@ -275,8 +319,8 @@ def _remove_others(folder, key):
         if path.stem == key:
             continue
         with contextlib.suppress(OSError), _lock(folder / f"{path.stem}.lock", fcntl.LOCK_EX | fcntl.LOCK_NB):
-            for ending in (".json", ".bix", ".bsq", ".lock"):
-                (folder / (path.stem + ending)).unlink(missing_ok=True)
+            for file in (path, *_files_like(folder, path.stem), path.with_suffix(".lock")):
+                file.unlink(missing_ok=True)
     for path in folder.glob(".building-*"):  # left by a run that was killed
         with contextlib.suppress(OSError):
             if time.time() - path.stat().st_mtime > 86400:

@@ -201,6 +201,23 @@ def test_text_is_built_once_and_again_when_it_changes(folder):
     assert "sequences  301" in folder.out
 
 
+def test_a_database_of_several_volumes_is_one(folder):
+    """Built small by a test-only program; the cache, extraction and searches see all of it, and rebuilding leaves nothing."""
+    small = {"ZELVAN": str(BUILD / "tests" / "zelvan_forced"), "ZELVANDIR": str(BUILD / "config"),
+             "ZELVAN_TEST_CHARACTERS": "40000"}  # fmt: skip
+    folder.file("text.fa", random_proteins(400) + fasta_of(["hxa7"]).decode())
+    folder.file("q.fa", fasta_of(["hxa7"]))
+    assert folder.easy("build", "text.fa", "set", environment=small.items()) == 0, folder.errors
+    assert "sequences  401\n" in folder.out and "set.00.bix, .bsq and 2 more volumes" in folder.out
+    assert folder.easy("build", "text.fa", "one") == 0
+    of_set = folder.search("q.fa", "set", "-n", "1", "--out", "set.out")
+    assert of_set == folder.search("q.fa", "one", "-n", "1", "--out", "one.out") and of_set
+    assert of_set == folder.search("q.fa", "text.fa", "-n", "1", "--out", "text.out", environment=small.items())
+    assert folder.easy("extract", "set", "r7", "sp|A1YGK7|HXA7_PANPA") == 0 and folder.out.count(">") == 2
+    assert folder.easy("build", "text.fa", "set") == 0 and folder.easy("info", "set") == 0
+    assert sorted(path.name for path in folder.path.glob("set.*")) == ["set.bix", "set.bsq", "set.out"]
+
+
 # ---- Odd input
 
 PROTEIN = ">p\nMKVLAAGIVGLLLAQWERTYIPASDFGHKLCVNM\n"
