@@ -62,7 +62,7 @@ void add_database_frequencies(const Database& database, Params* p) {
 }
 
 void lend_hits(Database& database, const UTvector<int32_t>& order, int64_t count) {
-  if (!database.read || database.volumes.info.index_flag == 1) return;
+  if (!database.read) return;
   UTvector<int8_t> room;
   const auto n = static_cast<int64_t>(order.size());
   for (int64_t at = n - 1; at >= std::max(n - count, int64_t{0}); --at) {

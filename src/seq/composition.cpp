@@ -18,12 +18,15 @@ void count_residues(const SeqRec* seqs, int32_t n, ByteCounts& counts) {
     const int8_t* const first = seqs[s].seq + 1;
     const int32_t count = residues(seqs[s]);
     int32_t i = 0;
-    for (; i + 2 <= count; i += 2) {
-      uint16_t pair;
-      std::memcpy(&pair, first + i, sizeof pair);
-      ++pairs[pair];
+    for (; i + 8 <= count; i += 8) {
+      uint64_t four;
+      std::memcpy(&four, first + i, sizeof four);
+      ++pairs[four & 0xFFFF];
+      ++pairs[four >> 16 & 0xFFFF];
+      ++pairs[four >> 32 & 0xFFFF];
+      ++pairs[four >> 48];
     }
-    if (i < count) ++counts[static_cast<uint8_t>(first[i])];
+    for (; i < count; ++i) ++counts[static_cast<uint8_t>(first[i])];
   }
   for (std::size_t pair = 0; pair < pairs.size(); ++pair) {
     counts[pair & 0xFF] += pairs[pair];
