@@ -20,17 +20,7 @@
 namespace zelvan {
 namespace {
 
-constexpr const char* LIST_ENDING = ".volumes";
 constexpr const char* FIRST_LINE = "ZELVAN volumes 1\n";
-constexpr std::size_t ENDING_LENGTH = 4;  // ".bix", ".bsq"
-
-UTstring stem_of(const UTstring& name) {
-  return name.substr(0, name.size() - std::min(name.size(), ENDING_LENGTH));
-}
-
-UTstring ending_of(const UTstring& name) {
-  return name.substr(stem_of(name).size());
-}
 
 bool exists(const UTstring& name) {
   return access(name.c_str(), F_OK) == 0;
@@ -87,22 +77,12 @@ bool adds_up(const VolumeList& list) {
 
 }  // namespace
 
-UTstring volumes_name(const UTstring& index_name) {
-  return UTcat({stem_of(index_name), LIST_ENDING});
-}
-
-UTstring volume_name(const UTstring& name, int32_t volume) {
-  char digits[16];
-  std::snprintf(digits, sizeof digits, ".%02d", volume);
-  return UTcat({stem_of(name), digits, ending_of(name)});
-}
-
 UTvector<UTstring> volume_files(const UTstring& name, int32_t first) {
   UTvector<UTstring> files;
   const UTstring folder = UTfolder(name);
   const UTstring start =
-      UTcat({std::string_view(stem_of(name)).substr(folder == "." ? 0 : folder.size()), "."});
-  const UTstring ending = ending_of(name);
+      UTcat({std::string_view(database_stem(name)).substr(folder == "." ? 0 : folder.size()), "."});
+  const UTstring ending = name.substr(database_stem(name).size());
   DIR* const entries = opendir(folder.c_str());
   if (entries == nullptr) return files;
   while (const dirent* entry = readdir(entries)) {
@@ -181,7 +161,7 @@ const char* read_list(const char* text, VolumeList& out_list) {
     list.volumes.push_back(volume);
   }
   expect(words, "end\n");
-  if (!words.good) return "it is not as a build writes it";
+  if (!words.good || *words.at != '\0') return "it is not as a build writes it";
   if (list.volumes.empty() || !adds_up(list)) return "its numbers do not add up";
   out_list = std::move(list);
   return nullptr;

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 
+#include "driver/volume_names.h"
 #include "seq/composition.h"
 #include "util/file_record.h"
 #include "util/memory.h"
@@ -29,10 +30,6 @@ struct VolumeList {
   ByteCounts counts{};  // of the residues as they are stored
   UTvector<VolumeEntry> volumes;
 };
-
-// The names of a set, from those of a single database: "db.bix" gives "db.volumes", "db.00.bix" and so on.
-UTstring volumes_name(const UTstring& index_name);
-UTstring volume_name(const UTstring& name, int32_t volume);
 
 // volume_files - the files beside a database that are named like those of its volumes, from number `first` on.
 UTvector<UTstring> volume_files(const UTstring& name, int32_t first);

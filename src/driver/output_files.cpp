@@ -1,8 +1,11 @@
 #include "driver/output_files.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <string_view>
 
+#include "driver/volume_names.h"
 #include "util/failure.h"
 #include "util/file_identity.h"
 #include "util/streams.h"
@@ -55,6 +58,13 @@ void add_streams(FileUses& uses, const Params* p) {
 void add_database(FileUses& uses, void (*add)(FileUses&, const char*, const UTstring&), const Params* p) {
   add(uses, "BDB_ROOT (.bix)", p->BDB_INDEX_FILE.name);
   add(uses, "BDB_ROOT (.bsq)", p->BDB_SEQ_FILE.name);
+  add(uses, "BDB_ROOT (.volumes)", volumes_name(p->BDB_INDEX_FILE.name));
+  for (int32_t volume = 0;; ++volume) {
+    const UTstring index = volume_name(p->BDB_INDEX_FILE.name, volume);
+    if (access(index.c_str(), F_OK) != 0) break;
+    add(uses, "BDB_ROOT (.bix of a volume)", index);
+    add(uses, "BDB_ROOT (.bsq of a volume)", volume_name(p->BDB_SEQ_FILE.name, volume));
+  }
 }
 
 // What the drivers of the modes open.
@@ -73,6 +83,8 @@ FileUses files_of_run(const Params* p) {
     read_by(uses, "MATRIX_FILE", UTcat({p->MATRIX_DIR, "/", p->MATRIX_FILE.name}));
   }
   if (p->BDB_GIVEN != 0 && (iterated || listed || mode == EXTRACT)) {
+    add_database(uses, read_by, p);
+  } else if (mode == SUBSET && p->BDB_GIVEN != 0 && !p->DB_FILE.given) {
     add_database(uses, read_by, p);
   } else if (search || mode == BUILD || mode == EXTRACT || mode == SUBSET) {
     read_by(uses, "DB_FILE", p->DB_FILE.name);

@@ -7,6 +7,7 @@
 #include "bdb/identifiers.h"
 #include "bdb/loader.h"
 #include "bdb/sequence_writer.h"
+#include "bdb/volume_list.h"
 #include "driver/alias.h"
 #include "driver/command_line.h"
 #include "driver/gap_defaults.h"
@@ -234,6 +235,19 @@ void score_list(FuzzInput input) {
   std::fclose(stream);
 }
 
+// ---- The list of a set of volumes.
+
+void volume_list(FuzzInput input) {
+  VolumeList list;
+  if (read_list(std::string(input).c_str(), list) != nullptr) {
+    require(list.volumes.empty(), "a refused list is not used");
+    return;
+  }
+  VolumeList again;
+  require(read_list(list_text(list).c_str(), again) == nullptr && list_text(again) == list_text(list),
+          "a list is read as it is written");
+}
+
 }  // namespace
 
 const FuzzTargets& reader_targets() {
@@ -248,6 +262,7 @@ const FuzzTargets& reader_targets() {
       {"codon", codon},
       {"binary_database", binary_database},
       {"score_list", score_list},
+      {"volume_list", volume_list},
   };
   return targets;
 }
