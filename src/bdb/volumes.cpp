@@ -16,11 +16,6 @@ namespace {
 
 constexpr const char* AGAIN = "Copy all files of the database again, or build it again with MODE 99\n";
 
-[[noreturn]] void end_of_two_builds(const UTstring& file, const UTstring& list) {
-  UTend_input(std_err, "Database file %s is of another build than the list of volumes %s\n%s", file.c_str(),
-              list.c_str(), AGAIN);
-}
-
 VolumeList open_list(FileRec& file) {
   file.stream = UTfopen(file.name.c_str(), "rb", 0);
   if (file.stream == nullptr) {
@@ -40,15 +35,21 @@ VolumeList open_list(FileRec& file) {
 
 // The list goes before other volumes are stored: one that has kept its name until all of them were open is of
 // the same build.
-void check_still_listed(FileRec& list) {
+void check_still_listed(const FileRec& list) {
   struct stat opened;
   struct stat named;
-  if (fstat(fileno(list.stream), &opened) != 0 || stat(list.name.c_str(), &named) != 0 ||
-      opened.st_dev != named.st_dev || opened.st_ino != named.st_ino) {
-    UTend_input(std_err, "Database file %s was replaced while it was being opened: start the run again\n",
-                list.name.c_str());
+  if (fstat(fileno(list.stream), &opened) == 0 && stat(list.name.c_str(), &named) == 0 &&
+      opened.st_dev == named.st_dev && opened.st_ino == named.st_ino) {
+    return;
   }
-  UTfileclose(list, 1);
+  UTend_input(std_err, "Database file %s was replaced while it was being opened: start the run again\n",
+              list.name.c_str());
+}
+
+[[noreturn]] void end_of_two_builds(const FileRec& file, const FileRec& list) {
+  check_still_listed(list);
+  UTend_input(std_err, "Database file %s is of another build than the list of volumes %s\n%s",
+              file.name.c_str(), list.name.c_str(), AGAIN);
 }
 
 void map_sequences(Volume& volume, int64_t totchar) {
@@ -94,19 +95,19 @@ void add_sequences(VolumeSet& set, const Volume& volume, IndexBytes& index, int3
   }
 }
 
-void open_volume(VolumeSet& set, int32_t number, const UTstring& list_name, Params* p) {
+void open_volume(VolumeSet& set, int32_t number, const FileRec& list, const Params* p) {
   const VolumeEntry& entry = set.list.volumes[static_cast<std::size_t>(number)];
   FileRec index_file = UTfilemake(volume_name(p->BDB_INDEX_FILE.name, number).c_str(), "rb", 0);
   UTfileopen(index_file, "rb", 1);
   const UTbuffer<char> bytes = read_bulk(index_file.stream, INT64_MAX);
   UTfileclose(index_file, 1);
   if (fingerprint(bytes.data(), bytes.size()) != entry.fingerprint) {
-    end_of_two_builds(index_file.name, list_name);
+    end_of_two_builds(index_file, list);
   }
   IndexBytes index{index_file, bytes.data(), bytes.size()};
   const BdbInfo info = take_header(index);
   if (info.nseq != entry.nseq || info.nres != entry.nres || info.totchar != entry.totchar) {
-    end_of_two_builds(index_file.name, list_name);
+    end_of_two_builds(index_file, list);
   }
   if (number == 0) set.info = info;
   Volume volume;
@@ -139,8 +140,9 @@ void open_volumes(VolumeSet& out_set, const ScoreMatrix& matrix, Params* p) {
   set.seqs.reserve(static_cast<std::size_t>(set.list.nseq));
   progress("Opening volumes\n", p);
   const auto count = static_cast<int32_t>(set.list.volumes.size());
-  for (int32_t number = 0; number < count; ++number) open_volume(set, number, list.name, p);
+  for (int32_t number = 0; number < count; ++number) open_volume(set, number, list, p);
   check_still_listed(list);
+  UTfileclose(list, 1);
   if (set.info.index_flag == 1) check_alphabet(set.info, matrix);
   set.info.nseq = static_cast<int32_t>(set.list.nseq);
   set.info.nres = set.list.nres;

@@ -197,6 +197,11 @@ class DamageTest(VolumesTest):
         ):  # fmt: skip
             self.refused(sentence, damage)
 
+    def test_no_output_goes_over_a_volume(self):
+        name = ".//db.01.bsq"
+        self.refuse(f"STDOUT would overwrite the file of BDB_ROOT .*: both are {name}. Give STDOUT another name\n",
+                    "-stdout", name, *self.SEARCH)  # fmt: skip
+
     def test_a_file_that_shrinks_or_changes_meanwhile(self):
         long = self.file("long", ">q\n" + draw(random.Random(8), 2500))
         volume = self.work / "db.02.bsq"
