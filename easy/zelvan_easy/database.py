@@ -22,6 +22,7 @@ import struct
 import subprocess
 import tempfile
 import time
+from array import array
 from dataclasses import asdict, dataclass
 from itertools import islice
 from pathlib import Path
@@ -74,13 +75,19 @@ def _header(file):
     return bool(indexed), alphabet, sequences, residues, size, built, source
 
 
-def _index(file):
-    """The (identifier position, length, title position, length, residue position, length) of each sequence."""
+def _index_blocks(file):
+    """Whole records of the index, some thousand at a time."""
     while True:
         block = file.read(_RECORD.size * 4096)
         if not block:
             return
-        yield from _RECORD.iter_unpack(block[: len(block) // _RECORD.size * _RECORD.size])
+        yield block[: len(block) // _RECORD.size * _RECORD.size]
+
+
+def _index(file):
+    """The (identifier position, length, title position, length, residue position, length) of each sequence."""
+    for block in _index_blocks(file):
+        yield from _RECORD.iter_unpack(block)
 
 
 def volumes(folder, root):
@@ -110,8 +117,11 @@ def read_built(folder, root):
             with open(Path(folder, volume + ".bix"), "rb") as file:
                 indexed, alphabet, count, number, size, built, source = _header(file)
                 records = 0
-                for records, (_, name, _, title, _, length) in enumerate(_index(file), 1):
-                    longest = [max(pair) for pair in zip(longest, (length - 2, name, title))]
+                for block in _index_blocks(file):
+                    numbers = array("i", block)  # there may be millions
+                    records += len(numbers) // 6
+                    of_block = (max(numbers[5::6], default=2) - 2, max(numbers[1::6], default=0), max(numbers[3::6], default=0))
+                    longest = [max(pair) for pair in zip(longest, of_block)]
                 letters = Path(folder, volume + ".bsq").stat().st_size
                 if (records, letters) != (count, size):
                     raise ValueError("the files do not fit the header")

@@ -4,6 +4,7 @@ not belong together. A test-only program sets the limit that cuts a database in 
 import os
 import random
 import re
+import resource
 import shutil
 import signal
 import time
@@ -120,6 +121,15 @@ class BuildTest(VolumesTest):
         huge = self.file("t.fa", f">a\nAC\n>huge\n{'A' * 1000}\n")
         self.refuse(".*Sequence huge is too large for a binary database: 1009 .*", "-mode", 99, "-bdb", "db", "-d", huge,
                     program=FORCED, env=env)  # fmt: skip
+        tiny = self.file("t.fa", "".join(f">s{n}\nA\n" for n in range(200)))  # an index larger than the sequences
+        for most, file in ((1000, "A temporary file beside .*db.bsq could not be"), (2450, "File: .*db.00.bix was not")):
+
+            def limit_files(most=most):
+                signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+                resource.setrlimit(resource.RLIMIT_FSIZE, (most, most))
+
+            self.refuse(f".*Error writing File: File too large\n{file} written: .*", "-mode", 99, "-bdb", "db", "-d", tiny,
+                        program=FORCED, env={"ZELVAN_TEST_CHARACTERS": "1100"}, preexec_fn=limit_files, status=1)  # fmt: skip
         self.assertEqual({name: (self.work / name).read_bytes() for name in self.names()}, before)
 
     def test_kills_leave_one_build_or_a_refusal(self):
