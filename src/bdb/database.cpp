@@ -85,7 +85,7 @@ void return_hits(Database& database) {
 }
 
 UTvector<int32_t> length_order(const SeqRec* seqs, int32_t n) {
-  return UTsorted_order(n, [seqs](int32_t a, int32_t b) { return seqs[a].len < seqs[b].len; });
+  return UTorder_of_keys(n, [seqs](int32_t k) { return seqs[k].len; });
 }
 
 }  // namespace zelvan

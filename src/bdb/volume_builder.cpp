@@ -75,12 +75,9 @@ FILE* open_unnamed(const UTstring& beside) {
 UTvector<int32_t> stored_places(const Spooled& spooled, const Params* p) {
   UTvector<int32_t> places;
   if (p->DO_SORT != 1) return places;
-  places.resize(static_cast<std::size_t>(spooled.n));
-  UTvector<int32_t> lengths(places.size());
-  for (int32_t k = 0; k < spooled.n; ++k) lengths[static_cast<std::size_t>(k)] = spooled.lengths[k].len;
-  const int32_t* const length = lengths.data();
   const UTvector<int32_t> order =
-      UTsorted_order(spooled.n, [length](int32_t a, int32_t b) { return length[a] < length[b]; });
+      UTorder_of_keys(spooled.n, [&](int32_t k) { return spooled.lengths[k].len; });
+  places.resize(order.size());
   for (std::size_t place = 0; place < order.size(); ++place) {
     places[static_cast<std::size_t>(order[place])] = static_cast<int32_t>(place);
   }

@@ -58,10 +58,10 @@ void add_streams(FileUses& uses, const Params* p) {
 void add_database(FileUses& uses, void (*add)(FileUses&, const char*, const UTstring&), const Params* p) {
   add(uses, "BDB_ROOT (.bix)", p->BDB_INDEX_FILE.name);
   add(uses, "BDB_ROOT (.bsq)", p->BDB_SEQ_FILE.name);
-  add(uses, "BDB_ROOT (.volumes)", volumes_name(p->BDB_INDEX_FILE.name));
   for (int32_t volume = 0;; ++volume) {
     const UTstring index = volume_name(p->BDB_INDEX_FILE.name, volume);
     if (access(index.c_str(), F_OK) != 0) break;
+    if (volume == 0) add(uses, "BDB_ROOT (.volumes)", volumes_name(p->BDB_INDEX_FILE.name));
     add(uses, "BDB_ROOT (.bix of a volume)", index);
     add(uses, "BDB_ROOT (.bsq of a volume)", volume_name(p->BDB_SEQ_FILE.name, volume));
   }

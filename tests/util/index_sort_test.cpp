@@ -44,6 +44,9 @@ TEST(IndexSorts, TheBestFewStandAsInTheWholeOrder) {
       return key[static_cast<std::size_t>(a)] < key[static_cast<std::size_t>(b)];
     };
     const UTvector<int32_t> whole = UTsorted_order(n, less);
+    EXPECT_EQ(
+        UTorder_of_keys(n, [&](int32_t k) { return static_cast<int32_t>(key[static_cast<std::size_t>(k)]); }),
+        whole);
     for (const int32_t wanted : {0, 1, n / 3, n - 1, n, n + 5}) {
       UTvector<int32_t> part = UTsorted_order(n, less, wanted);
       const auto ordered = std::clamp(wanted, 0, n);
