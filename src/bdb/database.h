@@ -52,7 +52,8 @@ ScanTargets scan_targets(const Database& database);
 void add_database_frequencies(const Database& database, Params* p);
 
 // lend_hits - makes sure that the best `count` of the sequences hold codes: those of volumes are copied, and
-// their records point to the copies until return_hits. What happens to the files does not touch them any more.
+// their records point to the copies until return_hits. What happens to the files does not touch them any
+// more.
 // In     order: a permutation of all sequences, best last
 void lend_hits(Database& database, const UTvector<int32_t>& order, int64_t count);
 void return_hits(Database& database);

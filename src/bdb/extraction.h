@@ -9,8 +9,8 @@
 
 namespace zelvan {
 
-// subset_db - mode 667: an evenly spaced sample of the text database DB_FILE by length, to std_out; of a binary
-// one when BDB_ROOT was given and DB_FILE was not.
+// subset_db - mode 667: an evenly spaced sample of the text database DB_FILE by length, to std_out; of a
+// binary one when BDB_ROOT was given and DB_FILE was not.
 // Does   from the longest sequence downwards, every (sequences / NSUBSET)-th; never the shortest. Residues on
 //        one line, letters as read
 // Ends   when NSUBSET is below 1 or larger than the number of sequences, when there is none, and on every

@@ -88,8 +88,8 @@ int32_t place_of(const UTvector<int32_t>& places, int32_t k) {
   return places.empty() ? k : places[static_cast<std::size_t>(k)];
 }
 
-// Cuts the stored order so that each volume but the last holds an equal share and less than one sequence more,
-// as far as the limit allows.
+// Cuts the stored order so that each volume but the last holds an equal share and less than one sequence
+// more, as far as the limit allows.
 UTvector<VolumePlan> plan_volumes(const Spool& spool, const Spooled& spooled,
                                   const UTvector<int32_t>& places) {
   const int64_t limit = most_characters();

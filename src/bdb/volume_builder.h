@@ -34,7 +34,8 @@ void add_to_spool(Spool& spool, const SeqRec* seqs, int32_t n);
 
 // build_volumes - writes the set: as few volumes as the limit allows, of about the same size.
 // Does   with DO_SORT 1 the order is that of a single database, over the whole set. Memory is that of one
-//        volume, and 12 bytes for each sequence while they are sorted. A line on std_err tells how many volumes
+//        volume, and 12 bytes for each sequence while they are sorted. A line on std_err tells how many
+//        volumes
 // Ends   when a file cannot be written or replaced (status 1), or opened (status -1)
 void build_volumes(Spool& spool, const ScoreMatrix& matrix, const Params* p);
 

@@ -31,11 +31,12 @@ struct VolumeList {
   UTvector<VolumeEntry> volumes;
 };
 
-// volume_files - the files beside a database that are named like those of its volumes, from number `first` on.
+// volume_files - the files beside a database that are named like those of its volumes, from number `first`
+// on.
 UTvector<UTstring> volume_files(const UTstring& name, int32_t first);
 
-// is_volume_set - whether the name stands for a set: its first volume or its list is there, and no database of
-// that very name.
+// is_volume_set - whether the name stands for a set: its first volume or its list is there, and no database
+// of that very name.
 // Ends   when both are there (status -1)
 bool is_volume_set(const UTstring& index_name);
 

@@ -41,8 +41,8 @@ struct VolumeSet {
 //        than the matrix has (status -1). A file that shrinks later ends the run with a sentence (status -1)
 void open_volumes(VolumeSet& out_set, const ScoreMatrix& matrix, Params* p);
 
-// check_volume_sequence - ends the run when the files do not hold what the index says of a sequence of the set
-// (status -1).
+// check_volume_sequence - ends the run when the files do not hold what the index says of a sequence of the
+// set (status -1).
 void check_volume_sequence(const VolumeSet& set, const SeqRec& record, const ScoreMatrix& matrix);
 
 // volume_reader - reads the sequences of a set as codes, checked.

@@ -15,8 +15,8 @@ namespace zelvan {
 //        LI_PEN and FS_PEN: nswli for the modes 10 and 12, npswl for 20, npswli2 for 22.
 // In     qlen: stored query length, 2..MP_LEN
 //        in the modes 10 and 12 the codes are those of the translation
-// Out    out_scores[0..targets.n-1], matrix units x PRECISION; -1 where no cell is computed. Any other mode leaves
-//        them as they are. A long scan tells on a terminal how far it is (scan_meter.h)
+// Out    out_scores[0..targets.n-1], matrix units x PRECISION; -1 where no cell is computed. Any other mode
+//        leaves them as they are. A long scan tells on a terminal how far it is (scan_meter.h)
 // Exact  each score is the integer that the scalar kernel gives
 void scan_frames(int32_t qlen, const ScanTargets& targets, const LookupTable& table, int32_t* out_scores,
                  const Params* p);

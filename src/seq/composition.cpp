@@ -12,8 +12,8 @@ namespace zelvan {
 
 void count_residues(const SeqRec* seqs, int32_t n, ByteCounts& counts) {
   // Two neighbours are counted at once. Of the many pairs of bytes only those of letters, or of codes, occur,
-  // so that the part of the table in use stays small; in 64 bits its rows would contend for the same places of
-  // the cache. What is in memory has no more residues than 32 bits count.
+  // so that the part of the table in use stays small; in 64 bits its rows would contend for the same places
+  // of the cache. What is in memory has no more residues than 32 bits count.
   UTvector<uint32_t> pairs(std::size_t{1} << 16, 0);
   for (int32_t s = 0; s < n; ++s) {
     const int8_t* const first = seqs[s].seq + 1;

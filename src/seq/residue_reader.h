@@ -1,5 +1,5 @@
-// How a scan gets at the residues of a database. A database in memory holds codes when it is scanned; one that
-// is mapped from its files stays as it is stored, and each sequence is made ready when its turn comes.
+// How a scan gets at the residues of a database. A database in memory holds codes when it is scanned; one
+// that is mapped from its files stays as it is stored, and each sequence is made ready when its turn comes.
 #pragma once
 
 #include <array>

@@ -48,8 +48,8 @@ void UTheap_order(Entry* entry, int32_t n, int32_t wanted, Less less) {
 
 // UTindexx_by - the ascending order of n keys of any kind, counted from 1.
 // In     n >= 0; less(a, b), a and b = 1..n: whether key a is below key b
-// Out    out_index[1..n]: a permutation of 1..n, the smallest key first, as UTheap_order leaves it; entry 0 is
-//        never touched
+// Out    out_index[1..n]: a permutation of 1..n, the smallest key first, as UTheap_order leaves it; entry 0
+//        is never touched
 template <class Less>
 void UTindexx_by(Less less, int32_t n, int32_t* out_index, int32_t wanted) {
   for (int32_t j = 1; j <= n; ++j) out_index[j] = j;

@@ -23,8 +23,8 @@ void UTforget_pages(const MappedFile& file, int64_t from, int64_t to);
 // UTunmap_file - releases a mapping.
 void UTunmap_file(MappedFile& file);
 
-// UTexpect_lost_files - what to say when mapped bytes cannot be read any more, because their file shrank or its
-// disk failed, and then to end with status -1. Streams are not flushed then: flush what must not be lost
+// UTexpect_lost_files - what to say when mapped bytes cannot be read any more, because their file shrank or
+// its disk failed, and then to end with status -1. Streams are not flushed then: flush what must not be lost
 // before long work on mapped bytes.
 // In     sentence: newline included, at most 4,000 characters are kept
 void UTexpect_lost_files(const UTstring& sentence);

@@ -13,8 +13,8 @@ namespace zelvan {
 // UTmalloc - a block of `size` bytes, contents unset; "malloc error" and status 0 when there is none.
 void* UTmalloc(std::size_t size);
 
-// UTlarge_pages - asks for large pages behind a block that is about to be filled: taking hundreds of megabytes
-// page by page costs as much time as filling them.
+// UTlarge_pages - asks for large pages behind a block that is about to be filled: taking hundreds of
+// megabytes page by page costs as much time as filling them.
 void UTlarge_pages(void* block, std::size_t size);
 
 // UThaveroom - whether UTmalloc would succeed, for the few callers with a report of their own.
