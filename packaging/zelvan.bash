@@ -44,7 +44,10 @@ _zelvan_values() {
     PRECISION) echo 1 10 100 ;;
     MATRIX_FILE) _zelvan_files "$(_zelvan_setting MATRIX_DIR)" "" ;;
     CODON_FILE) _zelvan_files "$(_zelvan_setting GENERAL_DIR)" .tst | sed 's/$/.tst/' ;;
-    BDB_ROOT) _zelvan_files "$(_zelvan_setting DB_DIR)" .bix ;;
+    BDB_ROOT)
+      _zelvan_files "$(_zelvan_setting DB_DIR)" .bix
+      _zelvan_files "$(_zelvan_setting DB_DIR)" .volumes
+      ;;
     # a switch or a choice of two, as its description tells
     *) awk -v key="$1" '$1 == key && /# 1:|: 1 |: 0 [^ ]+, 1 / { print "0 1" }' \
       "${ZELVANDIR:-.}/zelvan_alias.dat" 2>/dev/null ;;
