@@ -3,7 +3,8 @@
 set(ZELVAN_SHARE ${CMAKE_INSTALL_DATADIR}/zelvan)
 set(ZELVAN_COMPLETIONS ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
-install(TARGETS zelvan RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# The program stands aside; the command is a script that tells it where its configuration is.
+install(TARGETS zelvan RUNTIME DESTINATION lib/zelvan)
 install(DIRECTORY data/matrices data/codons examples DESTINATION ${ZELVAN_SHARE})
 install(FILES data/config/zelvan_alias.dat data/config/zelvan_gapdefs.dat DESTINATION ${ZELVAN_SHARE}/config)
 install(FILES packaging/zelvan.bash DESTINATION ${ZELVAN_COMPLETIONS} RENAME zelvan)
@@ -42,22 +43,17 @@ install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 # The prefix is known only now when "cmake --install --prefix" sets it.
 install(CODE "
-  set(ZELVAN_DATA_DIR \"\${CMAKE_INSTALL_PREFIX}/${ZELVAN_SHARE}\")
-  set(ZELVAN_BIN_DIR \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
-  set(ZELVAN_COMPLETION \"\${CMAKE_INSTALL_PREFIX}/${ZELVAN_COMPLETIONS}/zelvan\")
-  if(ZELVAN_DATA_DIR MATCHES \"[ ,\\t]\")
-    message(WARNING \"The path \${ZELVAN_DATA_DIR} holds a blank or comma, which configuration files cannot: \"
-                    \"install to another prefix\")
+  set(prefix \"\${CMAKE_INSTALL_PREFIX}\")
+  set(staged \"\$ENV{DESTDIR}\${prefix}\")
+  set(ZELVAN_DATA_DIR \"\${prefix}/${ZELVAN_SHARE}\")
+  configure_file(\"${PROJECT_SOURCE_DIR}/data/config/zelvan_defaults.dat.in\"
+                 \"\${staged}/${ZELVAN_SHARE}/config/zelvan_defaults.dat\" @ONLY)
+  configure_file(\"${PROJECT_SOURCE_DIR}/packaging/zelvan.in\" \"\${staged}/${CMAKE_INSTALL_BINDIR}/zelvan\" @ONLY
+    FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+  if(NOT DEFINED ENV{DESTDIR})
+    message(STATUS \"The commands are in \${prefix}/${CMAKE_INSTALL_BINDIR}. Where PATH does not have that folder:\")
+    message(STATUS \"  export PATH=\\\"\${prefix}/${CMAKE_INSTALL_BINDIR}:\\$PATH\\\"\")
   endif()
-  foreach(pair config/zelvan_defaults.dat:data/config/zelvan_defaults.dat.in
-               zelvan-env.sh:packaging/zelvan-env.sh.in)
-    string(REGEX REPLACE \":.*\" \"\" target \"\${pair}\")
-    string(REGEX REPLACE \".*:\" \"\" source \"\${pair}\")
-    set(installed \"\$ENV{DESTDIR}\${ZELVAN_DATA_DIR}/\${target}\")
-    configure_file(\"${PROJECT_SOURCE_DIR}/\${source}\" \"\${installed}\" @ONLY)
-    message(STATUS \"Installing: \${installed}\")
-  endforeach()
-  message(STATUS \"To use this installation:  . \${ZELVAN_DATA_DIR}/zelvan-env.sh\")
 ")
 
 # cpack -G DEB
@@ -71,8 +67,6 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "python3 (>= 3.9), python3-typer, python3-rich, python3-dnaio, python3-jinja2, python3-zstandard, tantan")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "snakemake")
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/conffiles)
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/profile.cmake)
 find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
 mark_as_advanced(DPKG_SHLIBDEPS)
 if(DPKG_SHLIBDEPS)

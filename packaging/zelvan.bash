@@ -1,20 +1,31 @@
 # Completion of bash for zelvan: keys and their short names, and for many keys their values. Keys come from the
 # alias file that is in force, matrices, codon tables and databases from their directories.
 
+# The configuration: ZELVANDIR, else that of the installation which the command belongs to.
+_zelvan_config() {
+  local command
+  if [ -n "${ZELVANDIR+set}" ]; then
+    printf '%s' "$ZELVANDIR"
+  else
+    command=$(readlink -f "$(type -P zelvan)" 2>/dev/null)
+    printf '%s' "${command%/*/*}/share/zelvan/config"
+  fi
+}
+
 # The setting of a key: the last one on the command line, else the one in the defaults file.
 _zelvan_setting() {
   local at value=
   for ((at = 1; at + 1 < COMP_CWORD; at += 2)); do
     [ "$(_zelvan_key "${COMP_WORDS[at]}")" = "$1" ] && value=${COMP_WORDS[at + 1]}
   done
-  [ -n "$value" ] || value=$(awk -v key="$1" '$1 == key { print $2; exit }' "${ZELVANDIR:-.}/zelvan_defaults.dat" 2>/dev/null)
+  [ -n "$value" ] || value=$(awk -v key="$1" '$1 == key { print $2; exit }' "$(_zelvan_config)/zelvan_defaults.dat" 2>/dev/null)
   printf '%s' "${value:-.}"
 }
 
 # The key that a word of the command line names.
 _zelvan_key() {
   awk -v word="${1#-}" '{ words = $0; sub(/#.*/, "", words); n = split(words, name)
-    for (i = 1; i <= n; i++) if (name[i] == word) { print name[1]; exit } }' "${ZELVANDIR:-.}/zelvan_alias.dat" 2>/dev/null
+    for (i = 1; i <= n; i++) if (name[i] == word) { print name[1]; exit } }' "$(_zelvan_config)/zelvan_alias.dat" 2>/dev/null
 }
 
 # All keys that have an effect: capitals where capitals were typed, else the short names.
@@ -22,7 +33,7 @@ _zelvan_keys() {
   local capitals=0
   [[ $1 == *[A-Z]* ]] && capitals=1
   awk -v capitals=$capitals '/without effect/ { next } { sub(/#.*/, "")
-    if (capitals) print "-" $1; else for (i = 2; i <= NF; i++) print "-" $i }' "${ZELVANDIR:-.}/zelvan_alias.dat" 2>/dev/null
+    if (capitals) print "-" $1; else for (i = 2; i <= NF; i++) print "-" $i }' "$(_zelvan_config)/zelvan_alias.dat" 2>/dev/null
 }
 
 # Names of the files in a directory, without the directory and without an ending.
@@ -50,7 +61,7 @@ _zelvan_values() {
       ;;
     # a switch or a choice of two, as its description tells
     *) awk -v key="$1" '$1 == key && /# 1:|: 1 |: 0 [^ ]+, 1 / { print "0 1" }' \
-      "${ZELVANDIR:-.}/zelvan_alias.dat" 2>/dev/null ;;
+      "$(_zelvan_config)/zelvan_alias.dat" 2>/dev/null ;;
   esac
 }
 

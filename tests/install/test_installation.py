@@ -1,4 +1,4 @@
-"""What "cmake --install" and the Debian package leave: a user sources one file and searches."""
+"""What "cmake --install" and the Debian package leave: commands that work from any shell, wherever they are put."""
 
 import os
 import pathlib
@@ -9,7 +9,8 @@ import unittest
 
 SOURCE = pathlib.Path(os.environ["ZELVAN_SOURCE"])
 BUILD = os.environ["ZELVAN_BUILD"]
-SEARCH = f"zelvan -s {SOURCE}/examples/engb.fasta -d {SOURCE}/examples/uniprot_sample.fasta -niter 1"
+EXAMPLES = f"-s {SOURCE}/examples/engb.fasta -d {SOURCE}/examples/uniprot_sample.fasta"
+SEARCH = f"zelvan {EXAMPLES} -niter 1"
 
 
 def run(*command, **more):
@@ -27,12 +28,12 @@ class InstallationTest(unittest.TestCase):
         assert status == 0, cls.told + errors
 
     def user(self, commands, shell="bash"):
-        """Commands in a shell that knows nothing but the system's programs, after sourcing what was told."""
-        source = self.told.strip().splitlines()[-1].split("To use this installation:")[-1].strip()
+        """Commands in a shell that knows nothing but the system's programs, after the line that was told."""
+        line = self.told.strip().splitlines()[-1].removeprefix("-- ").strip()
         environment = {"PATH": "/usr/local/bin:/usr/bin:/bin", "HOME": str(self.prefix), "LC_ALL": "C"}
-        return run(shell, "-c", f"{source}\n{commands}", cwd=self.prefix, env=environment)
+        return run(shell, "-c", f"{line}\n{commands}", cwd=self.prefix, env=environment)
 
-    def test_search_after_sourcing_the_file_that_the_installation_named(self):
+    def test_search_after_the_line_that_the_installation_told(self):
         for shell in ("bash", "sh"):
             status, out, errors = self.user(f"{SEARCH} | zelvan2tsv --hits | cut -f 2,3", shell)
             self.assertEqual((status, errors), (0, ""))
@@ -47,6 +48,29 @@ class InstallationTest(unittest.TestCase):
         self.assertEqual(errors, "")
         self.assertIn("ENGB_THEP1", out)
         self.assertIn(f"# Matrix file:    {self.prefix}/share/zelvan/matrices/PAM100\n", out)
+
+    def test_command_finds_its_configuration_wherever_it_is(self):
+        """Moved, with a blank in the path, through links; what the user sets counts more."""
+        moved = self.prefix.parent / "moved here"
+        shutil.copytree(self.prefix, moved, symlinks=True)
+        defaults = self.prefix / "share/zelvan/config/zelvan_defaults.dat"
+        defaults.rename(defaults.with_suffix(".hidden"))  # as if the first installation were gone
+        self.addCleanup(defaults.with_suffix(".hidden").rename, defaults)
+        (moved / "second").symlink_to("bin/zelvan")
+        (moved / "first").symlink_to(moved / "second")
+        matrices, own = moved / "share/zelvan/matrices", moved / "own"
+        shutil.copytree(moved / "share/zelvan/config", own)
+        for command, settings, expected in (
+            (f"./second {EXAMPLES}", {}, matrices / "VTML160"),
+            (f"'{moved}/first' {EXAMPLES} -matrix_dir {SOURCE}/data/matrices", {}, SOURCE / "data/matrices/VTML160"),
+            (f"PATH=bin:$PATH; zelvan -mode 22 -do_stats 1 {EXAMPLES.replace('engb', 'engb_dna')}", {}, matrices / "VTML160"),
+            (f"bin/zelvan {EXAMPLES}", {"ZELVANDIR": str(own)}, self.prefix / "share/zelvan/matrices/VTML160"),
+        ):
+            status, out, errors = run("sh", "-c", f"{command} -niter 1", cwd=moved, env={"PATH": "/usr/bin:/bin", **settings})
+            self.assertEqual((status, errors), (0, ""), command)
+            self.assertIn(f"# Matrix file:    {expected}\n", out)
+        self.assertRegex(run("bin/zelvan", cwd=moved)[2], "^-+\nZELVAN Version: 2")
+        self.assertIn("You have supplied 1 commands", run("bin/zelvan", "-s", cwd=moved)[2])
 
     def test_manual_is_there(self):
         share = self.prefix / "share"
@@ -91,7 +115,8 @@ class InstallationTest(unittest.TestCase):
         self.assertIn("212", self.complete("-s x -mode 2"))
 
     def complete(self, words):
-        status, out, errors = self.user(f"COMP_WORDS=(zelvan {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); "
+        status, out, errors = self.user(". share/bash-completion/completions/zelvan; "
+                                        f"COMP_WORDS=(zelvan {words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); "
                                         '_zelvan; printf "%s\n" "${COMPREPLY[@]}"')  # fmt: skip
         self.assertEqual((status, errors), (0, ""))
         return out.split()
@@ -106,13 +131,10 @@ class PackageTest(unittest.TestCase):
             (package,) = pathlib.Path(holder).glob("*.deb")
             root = pathlib.Path(holder) / "root"
             self.assertEqual(run("dpkg", "-x", str(package), str(root))[0], 0)
-            share = root / "usr/share/zelvan"
-            self.assertIn("/usr/share/zelvan/matrices", (share / "config/zelvan_defaults.dat").read_text())
-            self.assertIn("/usr/share/zelvan/zelvan-env.sh", (root / "etc/profile.d/zelvan.sh").read_text())
-            self.assertNotIn(holder, (share / "zelvan-env.sh").read_text())
-            environment = {"PATH": f"{root}/usr/bin:/usr/bin:/bin", "ZELVANDIR": str(share / "config")}
-            status, out, errors = run("bash", "-c", f"{SEARCH} -matrix_dir {share}/matrices | zelvan2tsv | head -n 1",
-                                      env=environment)  # fmt: skip
+            defaults = (root / "usr/share/zelvan/config/zelvan_defaults.dat").read_text()
+            self.assertIn("/usr/share/zelvan/matrices", defaults.split())
+            status, out, errors = run("sh", "-c", f"{SEARCH} | zelvan2tsv | head -n 1",
+                                      env={"PATH": f"{root}/usr/bin:/usr/bin:/bin"})  # fmt: skip
             self.assertEqual((status, errors), (0, ""))
             self.assertEqual(out.split("\t")[1], "sp|A5IMB8|ENGB_THEP1")
             fields = run("dpkg", "-f", str(package))[1]
