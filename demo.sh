@@ -8,17 +8,17 @@ cd "$(dirname "$0")"
 need_tools "g++ g++" "cmake cmake" "ninja ninja-build" "python3 python3" "${easy_packages[@]}"
 
 echo "== Building"
-cmake --preset release -DZELVAN_TESTS=OFF >/dev/null
-cmake --build --preset release --target zelvan
-export ZELVANDIR=$PWD/build/release/config
-zelvan=$PWD/build/release/zelvan
+cmake --preset install >/dev/null
+cmake --build --preset install --target zelvan
+export ZELVANDIR=$PWD/build/install/config
+zelvan=$PWD/build/install/zelvan
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 echo
 echo "== Three queries, one of them DNA, against 4,000 sequences; the same command again would go on where this one stopped"
 cat examples/engb.fasta examples/mvk.fasta examples/engb_dna.fasta >"$work/queries.fasta"
-build/release/zelvan-easy search "$work/queries.fasta" examples/uniprot_sample.fasta --cache "$work/cache" --out "$work/results"
+build/install/zelvan-easy search "$work/queries.fasta" examples/uniprot_sample.fasta --cache "$work/cache" --out "$work/results"
 echo "The best hits of the DNA, in $work/results/hits.tsv:"
 grep '^engb_dna' "$work/results/hits.tsv" | head -3
 

@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 . scripts/setup.sh
 need_tools "g++ g++" "cmake cmake" "ninja ninja-build" "python3 python3" \
-  "/usr/include/gtest/gtest.h libgtest-dev" "pytest-3 python3-pytest" "${easy_packages[@]}" \
+  "/usr/include/gtest/gtest.h libgtest-dev" "pytest-3 python3-pytest" "pandoc pandoc" "${easy_packages[@]}" \
   "/usr/lib/python3/dist-packages/jsonschema python3-jsonschema"
 # The programs that read what ZELVAN writes, a browser, and an engine for many queries.
 want_tools "snakemake snakemake" "hmmbuild hmmer" "psiblast ncbi-blast+" "hhmake hhsuite" "mmseqs mmseqs2" \

@@ -20,25 +20,6 @@ install(FILES doc/zelvan_report.schema.json DESTINATION ${ZELVAN_SHARE})
 install(PROGRAMS easy/zelvan-easy DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES packaging/zelvan-easy.bash DESTINATION ${ZELVAN_COMPLETIONS} RENAME zelvan-easy)
 
-# The manual is made by a script; without Python its sources, which are plain text, are installed instead.
-find_package(Python3 QUIET COMPONENTS Interpreter)
-file(GLOB manual_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/doc/manual/*.md)
-if(Python3_Interpreter_FOUND)
-  set(pages ${PROJECT_BINARY_DIR}/manual)
-  add_custom_command(
-    OUTPUT ${pages}/zelvan_manual.7 ${pages}/zelvan.1 ${pages}/zelvan-easy.1 ${pages}/zelvan_manual.html
-    COMMAND ${Python3_EXECUTABLE} -B ${PROJECT_SOURCE_DIR}/doc/make_manual.py ${pages}
-    DEPENDS doc/make_manual.py doc/zelvan.1.md doc/zelvan-easy.1.md ${manual_sources} src/driver/key_table.cpp
-            data/config/zelvan_alias.dat data/config/zelvan_defaults.dat.in
-    COMMENT "Making the manual")
-  add_custom_target(manual ALL DEPENDS ${pages}/zelvan_manual.7)
-  install(FILES ${pages}/zelvan.1 ${pages}/zelvan-easy.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  install(FILES ${pages}/zelvan_manual.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
-  install(FILES ${pages}/zelvan_manual.html DESTINATION ${CMAKE_INSTALL_DOCDIR})
-else()
-  message(STATUS "Without Python 3 there are no man pages: the manual will be installed as Markdown text")
-  install(FILES ${manual_sources} doc/zelvan.1.md doc/zelvan-easy.1.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-endif()
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 # The prefix is known only now when "cmake --install --prefix" sets it.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Looks over the sources without running them: clang-format, clang-tidy and cppcheck must have nothing to say.
-#   scripts/lint.sh              all sources of src/ (some minutes)
+#   scripts/lint.sh              all sources of src/ and doc/ (some minutes)
 #   scripts/lint.sh FILE...      these only
 # What is left out, and why: .clang-tidy, src/align/.clang-tidy, scripts/cppcheck_suppressions.txt.
 set -euo pipefail
@@ -12,10 +12,10 @@ need_tools "clang++ clang" "clang-format clang-format" "clang-tidy clang-tidy" "
 if [ $# -gt 0 ]; then
   files=("$@")
 else
-  mapfile -t files < <(find src -name '*.cpp' | sort)
+  mapfile -t files < <(find src doc -name '*.cpp' | sort)
 fi
 echo "== clang-format"
-find src tests bench -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror
+find src tests bench doc -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror
 echo "== clang-tidy"
 cmake -S . -B build/lint -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DZELVAN_TESTS=OFF \
   -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs the demo's searches, and every other kind of run, under valgrind: no error may be found, nothing uninitialised read.
-#   scripts/memcheck.sh          needs the release build (./demo.sh or ./test.sh quick makes it)
+#   scripts/memcheck.sh          needs the release build (./test.sh quick makes it)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/setup.sh

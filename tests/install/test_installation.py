@@ -72,12 +72,12 @@ class InstallationTest(unittest.TestCase):
         self.assertRegex(run("bin/zelvan", cwd=moved)[2], "^-+\nZELVAN Version: 2")
         self.assertIn("You have supplied 1 commands", run("bin/zelvan", "-s", cwd=moved)[2])
 
+    @unittest.skipUnless((pathlib.Path(BUILD) / "manual/zelvan_manual.7").exists(), "built without pandoc")
     def test_manual_is_there(self):
         share = self.prefix / "share"
-        self.assertIn(".TH ZELVAN_MANUAL 7", (share / "man/man7/zelvan_manual.7").read_text())
-        self.assertIn(".TH ZELVAN 1", (share / "man/man1/zelvan.1").read_text())
+        commands = {path.name for path in (self.prefix / "bin").iterdir()}
+        self.assertEqual(commands, {path.stem for path in (share / "man/man1").iterdir()})
         self.assertIn("</html>", (share / "doc/zelvan/zelvan_manual.html").read_text())
-        self.assertIn("zelvan\\-easy", (share / "man/man1/zelvan-easy.1").read_text())
         if shutil.which("man"):
             self.assertEqual(self.user("man -w zelvan_manual")[1], f"{share}/man/man7/zelvan_manual.7\n")
 
