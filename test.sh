@@ -11,7 +11,8 @@ need_tools "g++ g++" "cmake cmake" "ninja ninja-build" "python3 python3" \
   "/usr/lib/python3/dist-packages/jsonschema python3-jsonschema"
 # The programs that read what ZELVAN writes, a browser, and an engine for many queries.
 want_tools "snakemake snakemake" "hmmbuild hmmer" "psiblast ncbi-blast+" "hhmake hhsuite" "mmseqs mmseqs2" \
-  "chromium chromium" "/usr/lib/python3/dist-packages/Bio python3-biopython" "segmasker ncbi-blast+"
+  "chromium chromium" "/usr/lib/python3/dist-packages/Bio python3-biopython" "segmasker ncbi-blast+" "lintian lintian" \
+  "dpkg-shlibdeps dpkg-dev" "file file"
 # Pages are checked for accessibility by axe-core; without it that test is skipped.
 if have npm && [ ! -d build/npm/node_modules/axe-core ]; then
   npm install --silent --no-save --no-audit --no-fund --prefix build/npm axe-core@4.10 >/dev/null 2>&1 || true

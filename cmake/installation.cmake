@@ -45,12 +45,21 @@ set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
-    "python3 (>= 3.9), python3-typer, python3-rich, python3-dnaio, python3-jinja2, python3-zstandard, tantan")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "snakemake")
-find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
-mark_as_advanced(DPKG_SHLIBDEPS)
-if(DPKG_SHLIBDEPS)
-  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-endif()
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+"Every database sequence is compared with the query by Smith-Waterman, without
+heuristics, and every hit has an E-value from extreme-value statistics that are
+fitted to the scores of the very search. Significant hits become a profile, and
+the search goes on with it. DNA is searched through its reading frames, with
+frame shifts.
+.
+The command zelvan-easy takes any number of queries and runs the search program
+for each; others turn reports into tables, alignments, profiles and web pages.")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)  # needs dpkg-dev and file
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+    "python3 (>= 3.9), python3-click, python3-dnaio, python3-jinja2, python3-markupsafe, python3-rich, python3-typer, python3-zstandard")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "less, man-db, tantan")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "ncbi-blast+, snakemake, www-browser")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/packaging/debian.cmake)
+set(CPACK_ZELVAN_SOURCE ${PROJECT_SOURCE_DIR})  # for that script
 include(CPack)

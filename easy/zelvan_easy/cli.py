@@ -10,6 +10,7 @@ from typing import List, Optional
 import click
 import typer
 
+from zelvan_easy import VERSION
 from zelvan_easy.failure import INTERRUPTED, WRONG_USAGE, Failure, cause, refused
 
 app = typer.Typer(
@@ -23,13 +24,7 @@ app = typer.Typer(
 
 def _version(wanted):
     if wanted:
-        from importlib import metadata
-
-        try:
-            version = metadata.version("zelvan-easy")
-        except metadata.PackageNotFoundError:
-            from zelvan_easy import VERSION as version
-        typer.echo(f"zelvan-easy {version}")
+        typer.echo(f"zelvan-easy {VERSION}")
         raise typer.Exit()
 
 

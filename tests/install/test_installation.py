@@ -122,24 +122,48 @@ class InstallationTest(unittest.TestCase):
         return out.split()
 
 
-@unittest.skipUnless(shutil.which("dpkg-deb"), "dpkg is not installed")
+@unittest.skipUnless(shutil.which("dpkg-shlibdeps"), "dpkg-dev is not installed")
 class PackageTest(unittest.TestCase):
-    def test_package_searches_from_a_scratch_root(self):
-        with tempfile.TemporaryDirectory(prefix="zelvan_package_") as holder:
-            made = run("cpack", "-G", "DEB", "-B", holder, "--config", f"{BUILD}/CPackConfig.cmake", cwd=BUILD)
-            self.assertEqual(made[0], 0, made)
-            (package,) = pathlib.Path(holder).glob("*.deb")
-            root = pathlib.Path(holder) / "root"
-            self.assertEqual(run("dpkg", "-x", str(package), str(root))[0], 0)
-            defaults = (root / "usr/share/zelvan/config/zelvan_defaults.dat").read_text()
-            self.assertIn("/usr/share/zelvan/matrices", defaults.split())
-            status, out, errors = run("sh", "-c", f"{SEARCH} | zelvan2tsv | head -n 1",
-                                      env={"PATH": f"{root}/usr/bin:/usr/bin:/bin"})  # fmt: skip
-            self.assertEqual((status, errors), (0, ""))
-            self.assertEqual(out.split("\t")[1], "sp|A5IMB8|ENGB_THEP1")
-            fields = run("dpkg", "-f", str(package))[1]
-            self.assertIn("Package: zelvan\n", fields)
-            self.assertRegex(fields, "Recommends: .*python3-typer")
+    @classmethod
+    def setUpClass(cls):
+        holder = tempfile.TemporaryDirectory(prefix="zelvan_package_")
+        cls.addClassCleanup(holder.cleanup)
+        cls.root = pathlib.Path(holder.name) / "root"
+        made = run("cpack", "-G", "DEB", "-B", holder.name, "--config", f"{BUILD}/CPackConfig.cmake", cwd=BUILD)
+        assert made[0] == 0, made
+        (cls.package,) = pathlib.Path(holder.name).glob("*.deb")
+        assert run("dpkg", "-x", str(cls.package), str(cls.root))[0] == 0
+
+    def test_commands_work_in_a_shell_that_knows_nothing(self):
+        """Neither a login shell nor ZELVANDIR: a search, a build, the filters, many queries."""
+        self.assertIn("/usr/share/zelvan/matrices",
+                      (self.root / "usr/share/zelvan/config/zelvan_defaults.dat").read_text().split())  # fmt: skip
+        data = f"-d {SOURCE}/examples/uniprot_sample.fasta"
+        commands = [
+            (f"{SEARCH} > report && zelvan2tsv report | head -n 1 | cut -f 2", "sp|A5IMB8|ENGB_THEP1\n"),
+            (f"zelvan -mode 99 {data} -bdb sample -apply_index 1 2>&1 | tail -n 1 | cut -d : -f 2",
+             " 4000 sequences, 1752443 residues\n"),
+            (f"zelvan -s {SOURCE}/examples/engb.fasta -bdb sample -niter 1 | zelvan2json | head -c 9", '{"format"'),
+            ("for filter in zelvan2msa zelvan2a3m zelvan2html; do $filter report | head -c 9; done", "# STOCKHO>sp|Q600K<!DOCTYPE"),
+        ]
+        if pathlib.Path("/usr/lib/python3/dist-packages/typer").exists():
+            commands.append((f"zelvan-easy search {SOURCE}/examples/engb.fasta sample --no-mask -n 1 -q -o out >told && "
+                             "head -n 1 out/hits.tsv | cut -f 2", "sp|A5IMB8|ENGB_THEP1\n"))  # fmt: skip
+            commands.append(("zelvan-easy --version", f"zelvan-easy {self.version()}\n"))
+        for command, expected in commands:
+            done = run("sh", "-c", command, cwd=self.root, env={"PATH": f"{self.root}/usr/bin:/usr/bin:/bin"})
+            self.assertEqual(done, (0, expected, ""), command)
+
+    def version(self):
+        """That of the newest release that the changes tell of."""
+        return next(line.split()[1] for line in (SOURCE / "CHANGELOG.md").read_text().splitlines() if line.startswith("## "))
+
+    def test_package_declares_what_it_is_and_needs(self):
+        fields = run("dpkg", "-f", str(self.package))[1]
+        for expected in (f"Version: {self.version()}\n", "Depends: .*python3-typer.*libstdc", "Recommends: .*tantan"):
+            self.assertRegex(fields, expected)
+        if shutil.which("lintian") and (pathlib.Path(BUILD) / "manual/zelvan_manual.7").exists():
+            self.assertEqual(run("lintian", "--fail-on", "warning", str(self.package))[:2], (0, ""))
 
 
 if __name__ == "__main__":
