@@ -28,7 +28,7 @@ install(CODE "
   set(staged \"\$ENV{DESTDIR}\${prefix}\")
   set(ZELVAN_DATA_DIR \"\${prefix}/${ZELVAN_SHARE}\")
   configure_file(\"${PROJECT_SOURCE_DIR}/data/config/zelvan_defaults.dat.in\"
-                 \"\${staged}/${ZELVAN_SHARE}/config/zelvan_defaults.dat\" @ONLY)
+                 \"\${staged}/${ZELVAN_SHARE}/config/zelvan_defaults.dat\" @ONLY NO_SOURCE_PERMISSIONS)
   configure_file(\"${PROJECT_SOURCE_DIR}/packaging/zelvan.in\" \"\${staged}/${CMAKE_INSTALL_BINDIR}/zelvan\" @ONLY
     FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
   if(NOT DEFINED ENV{DESTDIR})
@@ -43,6 +43,8 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "rigorous search of protein and DNA databa
 set(CPACK_SET_DESTDIR ON)  # so that the configuration names the paths of the installed package
 set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION

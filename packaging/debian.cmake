@@ -3,8 +3,8 @@ set(share ${CPACK_TEMPORARY_INSTALL_DIRECTORY}${CPACK_INSTALL_PREFIX}/share)
 set(doc ${share}/doc/zelvan)
 
 file(REMOVE ${doc}/LICENSE)
-configure_file(${CPACK_ZELVAN_SOURCE}/packaging/copyright ${doc}/copyright COPYONLY)
-configure_file(${CPACK_ZELVAN_SOURCE}/CHANGELOG.md ${doc}/NEWS COPYONLY)
+configure_file(${CPACK_ZELVAN_SOURCE}/packaging/copyright ${doc}/copyright COPYONLY NO_SOURCE_PERMISSIONS)
+configure_file(${CPACK_ZELVAN_SOURCE}/CHANGELOG.md ${doc}/NEWS COPYONLY NO_SOURCE_PERMISSIONS)
 
 # The changelog of the package has the date of the release from that of the program.
 file(STRINGS ${CPACK_ZELVAN_SOURCE}/CHANGELOG.md heading REGEX "^## ${CPACK_PACKAGE_VERSION} ")
@@ -18,6 +18,8 @@ file(WRITE ${doc}/changelog
 
  -- ${CPACK_PACKAGE_CONTACT}  ${date}
 ")
+
+file(CHMOD ${doc}/changelog FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
 file(GLOB compressed ${share}/man/man*/* ${doc}/changelog ${doc}/NEWS)
 execute_process(COMMAND gzip -9n ${compressed} COMMAND_ERROR_IS_FATAL ANY)

@@ -129,7 +129,8 @@ class PackageTest(unittest.TestCase):
         holder = tempfile.TemporaryDirectory(prefix="zelvan_package_")
         cls.addClassCleanup(holder.cleanup)
         cls.root = pathlib.Path(holder.name) / "root"
-        made = run("cpack", "-G", "DEB", "-B", holder.name, "--config", f"{BUILD}/CPackConfig.cmake", cwd=BUILD)
+        made = run("cpack", "-G", "DEB", "-B", holder.name, "--config", f"{BUILD}/CPackConfig.cmake", cwd=BUILD,
+                   umask=0o002)  # as many users have it: no permission may come of it
         assert made[0] == 0, made
         (cls.package,) = pathlib.Path(holder.name).glob("*.deb")
         assert run("dpkg", "-x", str(cls.package), str(cls.root))[0] == 0
