@@ -1,5 +1,5 @@
 # Sourced by the other scripts: makes sure that the tools they need are on this machine. A tool is a command or a
-# path, and the package that brings it.
+# path, and the package that brings it. Paths are Debian's: elsewhere, the build tells what is missing.
 
 # What zelvan-easy needs; the program that masks low complexity among it.
 easy_packages=()
@@ -10,7 +10,7 @@ easy_packages+=("tantan tantan")
 
 have() {
   case "$1" in
-    /*) [ -e "$1" ] ;;
+    /*) [ -e "$1" ] || ! command -v apt-get >/dev/null 2>&1 ;;
     *) command -v "$1" >/dev/null 2>&1 ;;
   esac
 }

@@ -8,6 +8,7 @@ import resource
 import shutil
 import signal
 import stat
+import sys
 import unittest
 
 import zelvan_cli
@@ -193,6 +194,7 @@ class Streams(Faults):
 
 
 class Memory(Faults):
+    @unittest.skipUnless(sys.platform == "linux", "other systems do not limit the address space")
     @unittest.skipIf(SANITIZED, "sanitizers reserve more address space than there is memory")
     def test_every_limit_ends_in_a_report_or_a_sentence(self):
         whole = self.succeed(*self.search).stdout
@@ -315,8 +317,9 @@ class Builds(Faults):
         self.assertTrue(index.is_symlink() and sequences.is_symlink())
         self.assertEqual((self.parts("target"), len(list(far.iterdir()))), (wanted, 2))
         (far / "sequences").unlink()
-        (far / "sequences").symlink_to("/dev/full")
-        self.refuse(".*No space left on device\nFile: .*target.bsq was not written.*", *build, status=1)
+        if os.path.exists("/dev/full"):
+            (far / "sequences").symlink_to("/dev/full")
+            self.refuse(".*No space left on device\nFile: .*target.bsq was not written.*", *build, status=1)
 
     def test_a_protected_target_stays(self):
         def unprivileged():

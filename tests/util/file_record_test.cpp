@@ -1,6 +1,7 @@
 #include "util/file_record.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "support/capture.h"
 
@@ -15,6 +16,7 @@ TEST(FileRecordDeathTest, FailuresAreLeftToTheCallerUnlessTheyMustNotHappen) {
   FileRec absent = UTfilemake(work.at("missing").c_str(), "r", 0);
   EXPECT_EQ(reported([&] { EXPECT_EQ(UTfileopen(absent, "r", 0).stream, nullptr); }), "");
   EXPECT_EQ(UTfopen(work.path.c_str(), "r", 0), nullptr) << "a directory is no readable file";
+  if (access("/dev/full", F_OK) != 0) GTEST_SKIP() << "no disk is always full here";
   const auto full = [] {
     FileRec file = UTfilemake("/dev/full", "w", 1);
     std::fputs("lost", file.stream);
