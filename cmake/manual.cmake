@@ -29,10 +29,11 @@ if(PANDOC)
     string(TOUPPER ${title} title)
     add_custom_command(
       OUTPUT ${pages}/${file}
-      COMMAND ${PANDOC} -s -f markdown-smart -t man -L ${PROJECT_SOURCE_DIR}/doc/man.lua --preserve-tabs -V title=${title} -V section=${section}
-              "-Vheader=${header}" "-Vfooter=ZELVAN ${PROJECT_VERSION}" -V adjusting=l -M hyphenate=false
+      COMMAND ${PANDOC} -s -f markdown-smart -t man --template ${PROJECT_SOURCE_DIR}/doc/man.template
+              -L ${PROJECT_SOURCE_DIR}/doc/man.lua --preserve-tabs -V title=${title} -V section=${section}
+              "-Vheader=${header}" "-Vfooter=ZELVAN ${PROJECT_VERSION}"
               -o ${pages}/${file} ${ARGN}
-      DEPENDS ${ARGN} doc/man.lua
+      DEPENDS ${ARGN} doc/man.lua doc/man.template
       VERBATIM)
     set(made ${made} ${pages}/${file} PARENT_SCOPE)
   endfunction()
