@@ -1,15 +1,18 @@
 #!/usr/bin/env bash
 # Tries every way to install on a system that has nothing: what README.md says of the source, the package that comes
 # of it, and the commands of Containerfile and of the conda recipe.
-#   scripts/bare_system.sh                                             Debian 12
-#   scripts/bare_system.sh SUITE MIRROR [SCRIPT]                       another suite; SCRIPT of debootstrap where it has
-#                                                                      none of that name, e.g. gutsy for Ubuntu's
+#   scripts/bare_system.sh           Debian 12
+#   scripts/bare_system.sh SUITE     another release of Debian or Ubuntu, such as noble
 # Needs root, debootstrap, a network and 3 GB in build/bare. Of conda only the recipe's own commands are run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/setup.sh
 need_tools "debootstrap debootstrap"
 suite=${1:-bookworm}
+case $suite in
+  bookworm | trixie | forky | sid) place=(http://deb.debian.org/debian) parts=main ;;
+  *) place=(http://archive.ubuntu.com/ubuntu gutsy) parts=main,universe ;; # gutsy: how to unpack any of Ubuntu's
+esac
 base=$PWD/build/bare/$suite.tar
 root=$PWD/build/bare/$suite
 trap 'rm -rf --one-file-system "$root"' EXIT
@@ -20,7 +23,7 @@ fresh() {
   rm -rf --one-file-system "$root"
   mkdir -p "$root"
   if [ ! -f "$base" ]; then
-    debootstrap --variant=minbase "$suite" "$root" "${mirror:-http://deb.debian.org/debian}" ${script:+"$script"} >"$base.log"
+    debootstrap --variant=minbase --components=$parts "$suite" "$root" "${place[@]}" >"$base.log"
     tar -C "$root" -cf "$base.part" .
     mv "$base.part" "$base"
   else
@@ -41,8 +44,6 @@ inside() {
       cp /etc/resolv.conf "$1/etc/resolv.conf"
       exec chroot "$1" bash -ec "sudo() { \"\$@\"; }; cd $2; $3"' - "$root" "$1" "$2"
 }
-
-mirror=${2:-} script=${3:-}
 found="head -n 1 engb.results/hits.tsv | grep ENGB_THEP1"
 
 fresh "from source, as README.md says"
