@@ -12,7 +12,7 @@ import sys
 import unittest
 
 import zelvan_cli
-from zelvan_cli import EXAMPLES, QUERY, SAMPLE, SANITIZED
+from zelvan_cli import EMULATED, EXAMPLES, QUERY, SAMPLE, SANITIZED
 
 FAILS_TO_READ = "/proc/self/mem"  # opens like a file; reading it is an error
 SIDE_FILES = ("-print_block_file", 1, "-print_frag_file", 1, "-block_file_out", "block", "-frag_file_out", "frag",
@@ -195,7 +195,7 @@ class Streams(Faults):
 
 class Memory(Faults):
     @unittest.skipUnless(sys.platform == "linux", "other systems do not limit the address space")
-    @unittest.skipIf(SANITIZED, "sanitizers reserve more address space than there is memory")
+    @unittest.skipIf(SANITIZED or EMULATED, "sanitizers and emulators reserve more address space than there is memory")
     def test_every_limit_ends_in_a_report_or_a_sentence(self):
         whole = self.succeed(*self.search).stdout
         build = ("-mode", 99, "-d", self.database, "-bdb", "old")

@@ -22,6 +22,7 @@ from typing import NamedTuple
 PROGRAM = os.environ["ZELVAN"]
 SOURCE = pathlib.Path(os.environ["ZELVAN_SOURCE"])
 SANITIZED = os.environ.get("ZELVAN_SANITIZED") == "1"  # slow: small inputs will do
+EMULATED = os.environ.get("ZELVAN_EMULATED") == "1"  # the emulator is a process of its own around the program
 CONFIGURATION = SOURCE / "data" / "config"
 MATRICES = SOURCE / "data" / "matrices"
 CODONS = SOURCE / "data" / "codons"
