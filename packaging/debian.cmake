@@ -1,4 +1,7 @@
 # Run by CPack once the files are staged: what Debian's policy wants of a package besides.
+if(NOT CPACK_GENERATOR STREQUAL DEB)
+  return()
+endif()
 set(share ${CPACK_TEMPORARY_INSTALL_DIRECTORY}${CPACK_INSTALL_PREFIX}/share)
 set(doc ${share}/doc/zelvan)
 
