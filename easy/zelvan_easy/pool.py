@@ -19,6 +19,9 @@ from multiprocessing.connection import wait
 from zelvan_easy.worker import end_child
 
 
+SIGNALS = (signal.SIGINT, signal.SIGHUP, signal.SIGTERM)
+
+
 class ProcessLost(Exception):
     pass
 
@@ -47,7 +50,12 @@ class Pool:
     def _start(self):
         here, there = self._context.Pipe()
         process = self._context.Process(target=_serve, args=(there, self._function, [here, *self._processes]), daemon=True)
-        process.start()
+        # A signal waits until the new process knows what to do with it.
+        before = signal.pthread_sigmask(signal.SIG_BLOCK, SIGNALS)
+        try:
+            process.start()
+        finally:
+            signal.pthread_sigmask(signal.SIG_SETMASK, before)
         there.close()
         self._processes[here] = process
         self._idle.append(here)
@@ -91,6 +99,7 @@ def _serve(connection, function, others):
     for signal_ in (signal.SIGINT, signal.SIGHUP):  # an interruption is for the process that started this one
         signal.signal(signal_, signal.SIG_IGN)
     signal.signal(signal.SIGTERM, lambda *_: _leave())
+    signal.pthread_sigmask(signal.SIG_UNBLOCK, SIGNALS)
     threading.Thread(target=_watch, daemon=True).start()
     while True:
         try:

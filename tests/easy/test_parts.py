@@ -1,4 +1,6 @@
-"""What can be proven without a search: recognition, genetic codes, stretches, merging, masking."""
+"""What can be proven without a search: recognition, genetic codes, stretches, merging, masking, processes."""
+
+import signal
 
 import pytest
 from conftest import SOURCE
@@ -10,6 +12,7 @@ from zelvan_easy.inputs import DNA, PROTEIN, file_name, kind_of, make_query
 from zelvan_easy.masking import dna_filling, masked
 from zelvan_easy.merge import _without_repetitions
 from zelvan_easy.plan import LONGEST, OVERLAP, Options, make_plan, parse_sets, stretches, with_sets
+from zelvan_easy.pool import Pool
 from zelvan_easy.report import Alignment
 
 
@@ -134,3 +137,14 @@ def test_what_cannot_be_is_refused(engine, what):
     with pytest.raises(Failure) as refusal:
         plan(engine, **what)
     assert refusal.value.status == 2
+
+
+def test_processes_that_are_ended_at_once_say_nothing(capfd):
+    before = signal.signal(signal.SIGTERM, signal.default_int_handler)  # as a search has it
+    try:
+        for _ in range(20):
+            with Pool(4, len):
+                pass
+    finally:
+        signal.signal(signal.SIGTERM, before)
+    assert capfd.readouterr().err == ""
