@@ -125,7 +125,10 @@ bool sweep_lanes(int32_t qlen, const int8_t* target, int32_t dlen, const LookupT
 
 MoveFlags uchararr(int32_t dlen, int32_t qlen) {
   MoveFlags flags;
-  fit_flags(flags, dlen, qlen);
+  flags.rows = dlen;
+  flags.cols = qlen;
+  flags.steps = qlen - 1;
+  flags.cells.resize(static_cast<std::size_t>(dlen - 1) * static_cast<std::size_t>(qlen - 1));
   return flags;
 }
 
@@ -134,18 +137,18 @@ void ucharfree(MoveFlags& flags) {
 }
 
 void fit_flags(MoveFlags& flags, int32_t dlen, int32_t qlen, int32_t group, int32_t steps) {
-  flags.first = group == 1 ? 0 : 1;
-  flags.group = group;
-  flags.steps = group == 1 ? qlen - 1 : steps;
-  const int32_t groups = (dlen - 1 - flags.first + group - 1) / group;
-  const std::size_t cells = static_cast<std::size_t>(groups) * static_cast<std::size_t>(group) *
-                            static_cast<std::size_t>(flags.steps);
-  if (flags.cells.size() < cells) {
-    flags.cells = UTvector<uint8_t>();  // first, so that two of them never exist together
-    flags.cells.resize(cells);
+  const int32_t first = group == 1 ? 0 : 1;
+  if (group == 1) steps = qlen - 1;
+  const int32_t lanes = (dlen - 1 - first + group - 1) / group * group;
+  if (flags.cells.size() < static_cast<std::size_t>(lanes) * static_cast<std::size_t>(steps)) {
+    ucharfree(flags);  // first, so that two of them never exist together
+    flags = uchararr(lanes + 1, steps + 1);
   }
   flags.rows = dlen;
   flags.cols = qlen;
+  flags.first = first;
+  flags.group = group;
+  flags.steps = steps;
 }
 
 FlagSweep fill_flags(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
