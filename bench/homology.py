@@ -129,6 +129,18 @@ def run_zelvan(program, arguments, output):
     part.rename(output)
 
 
+def make_binary(program, work, name, records, *arguments):
+    """Writes WORK/NAME.* unless it is there from the same records and arguments; returns their digest."""
+    fasta, built = work / f"{name}.fa", work / f"{name}.built"
+    write_fasta(fasta, records)
+    digest = hashlib.sha256(fasta.read_bytes() + repr(arguments).encode()).hexdigest()
+    if not built.exists() or built.read_text() != digest:
+        command = ["-mode", "99", "-d", fasta.name, "-db_format", "1", "-db_dir", ".", "-bdb", name, *arguments]
+        run_zelvan(program, command, work / f"{name}.log")
+        built.write_text(digest)
+    return digest
+
+
 def build_database(program, work, domains, background, with_decoys):
     """Writes WORK/real.* or WORK/decoys.*; returns (name, Size of the whole database, digest of its sequences)."""
     name = "decoys" if with_decoys else "real"
@@ -139,14 +151,7 @@ def build_database(program, work, domains, background, with_decoys):
             sys.exit(f"{background}: {identifier} is also a domain; take it out of one of the files")
         records.append((identifier, sequence.upper()))
     records += decoys(domains) if with_decoys else []
-    fasta, built = work / f"{name}.fa", work / f"{name}.built"
-    write_fasta(fasta, records)
-    digest = hashlib.sha256(fasta.read_bytes()).hexdigest()
-    if not built.exists() or built.read_text() != digest:
-        arguments = ["-mode", "99", "-d", fasta.name, "-db_format", "1", "-db_dir", ".", "-bdb", name]
-        run_zelvan(program, arguments, work / f"{name}.log")
-        built.write_text(digest)
-    return name, size(sequence for _, sequence in records), digest
+    return name, size(sequence for _, sequence in records), make_binary(program, work, name, records)
 
 
 def configuration(program):
