@@ -184,7 +184,7 @@ class SimpleScan(TranslatedSearch):
         gene = self.gene(SIGNAL)
         shifted = {"A": gene[:30] + "C" + gene[30:]}
         whole = int(self.search(10, SIGNAL, {"A": gene}).stdout.split()[0])
-        for mode, settings, penalty in ((10, ("-fs_pen", 8), 8), (10, ("-fs_pen", 3), 3), (12, ("-fs_pen", 3), 15),
+        for mode, settings, penalty in ((10, ("-fs_pen", 8), 8), (10, ("-fs_pen", 3), 3), (12, ("-fs_pen", 3), 8),
                                         (12, ("-fs_pen", 3, "-use_gapdefs", 0), 3)):  # fmt: skip
             run = self.search(mode, SIGNAL, shifted, "-do_stats", 0, "-show_titles", 0, *settings)
             self.assertIn(f"\n{whole - penalty} A", "\n" + run.stdout)

@@ -113,8 +113,8 @@ def test_penalties_reach_zelvan(engine):
     assert "USE_GAPDEFS" not in plan(engine)[1]
     _, keys = plan(engine, matrix="BLOSUM62", gap_open=11, gap_extend=1)
     assert (keys["USE_GAPDEFS"], keys["LI_PEN"], keys["LD_PEN"]) == ("0", "12", "1")
-    _, keys = plan(engine, kind=DNA, gap_extend=3)  # opening and frame shifts as they are by default: 16 - 2, 24
-    assert (keys["LI_PEN"], keys["LD_PEN"], keys["FS_PEN"]) == ("17", "3", "24")
+    _, keys = plan(engine, kind=DNA, gap_extend=3)  # opening and frame shifts as they are by default: 14 - 2, 12
+    assert (keys["LI_PEN"], keys["LD_PEN"], keys["FS_PEN"]) == ("15", "3", "12")
     _, keys = plan(engine, sets=["ld=1.5"])
     assert (keys["USE_GAPDEFS"], keys["LI_PEN"], keys["LD_PEN"]) == ("0", "12.5", "1.5")
 
