@@ -102,8 +102,8 @@ void scan_rate(benchmark::State& state, int32_t mode, InstructionSet set, LaneWi
   for (auto _ : state) {
     tally = mode < 200
                 ? scan_frames_by(set, first, length + 2, {targets.data(), n}, table, scores.data(), &s.params)
-                : scan_database_by(set, first, length + 2, {targets.data(), n}, table, *s.matrix, scores.data(),
-                                   &s.params);
+                : scan_database_by(set, first, length + 2, {targets.data(), n}, table, *s.matrix,
+                                   scores.data(), &s.params);
     benchmark::DoNotOptimize(scores.data());
   }
   state.counters["cells"] =
