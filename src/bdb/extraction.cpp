@@ -21,11 +21,14 @@ void close_extract_file(Params* p) {
 }
 
 // One sequence of a sample, letters as they were read.
+// In     matrix_opt: of a binary database
 void print_letters(const Database& database, const SeqRec& s, const ScoreMatrix* matrix_opt,
                    const Params* p) {
-  if (!database.volumes.volumes.empty()) check_volume_sequence(database.volumes, s, *matrix_opt);
   UTvector<int8_t> letters = CopySeq(s.seq, s.len);
-  if (matrix_opt != nullptr && stored_as_codes(p)) itoseq(letters.data(), s.len, *matrix_opt);
+  if (matrix_opt != nullptr) {
+    if (!database.volumes.volumes.empty()) check_volume_sequence(database.volumes, s, *matrix_opt);
+    if (stored_as_codes(p)) itoseq(letters.data(), s.len, *matrix_opt);
+  }
   std::fprintf(std_out, ">%s %s\n", s.id, s.title);
   std::fwrite(letters.data() + 1, 1, letters.size() - 2, std_out);
   std::fputc('\n', std_out);

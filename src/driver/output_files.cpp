@@ -75,16 +75,16 @@ FileUses files_of_run(const Params* p) {
   const bool listed = mode == 12 || mode == 20 || mode == 22;  // translated, with a list of hits
   const bool translated = listed || mode == 10;
   const bool search = iterated || translated;
+  const bool binary =
+      p->BDB_GIVEN != 0 && (iterated || listed || mode == EXTRACT || (mode == SUBSET && !p->DB_FILE.given));
 
   FileUses uses;
   if (search) read_by(uses, "QSEQ_FILE", p->QSEQ_FILE.name);
   if (translated) read_by(uses, "CODON_FILE", UTcat({p->GENERAL_DIR, "/", p->CODON_FILE.name}));
-  if (search || mode == BUILD || mode == EXTRACT) {
+  if (search || mode == BUILD || mode == EXTRACT || (mode == SUBSET && binary)) {
     read_by(uses, "MATRIX_FILE", UTcat({p->MATRIX_DIR, "/", p->MATRIX_FILE.name}));
   }
-  if (p->BDB_GIVEN != 0 && (iterated || listed || mode == EXTRACT)) {
-    add_database(uses, read_by, p);
-  } else if (mode == SUBSET && p->BDB_GIVEN != 0 && !p->DB_FILE.given) {
+  if (binary) {
     add_database(uses, read_by, p);
   } else if (search || mode == BUILD || mode == EXTRACT || mode == SUBSET) {
     read_by(uses, "DB_FILE", p->DB_FILE.name);
