@@ -2,8 +2,6 @@
 // everything is local to them.
 #pragma once
 
-#include <cstring>
-
 #include "align/cell_flags.h"
 #include "align/trace/slanted_scores.h"
 #include "dna/frame_flag_kernel.h"
@@ -35,7 +33,6 @@ void fill_frame_flag_block(const FrameFlagBlock& block) {
     best_step[v] = all_lanes<V>(0);
     for (int f = 0; f < FRAMES; ++f) gap_left[v][f] = corner[v][f] = zero;
   }
-  alignas(64) uint8_t last_row[2][VECTOR_BYTES];
   uint8_t* flags = block.flags;
   for (int32_t first = 1; first <= block.steps; first += STRIDE<V>) {
     V scores[VECTORS][STRIDE<V>];
@@ -45,10 +42,8 @@ void fill_frame_flag_block(const FrameFlagBlock& block) {
       const V step = all_lanes<V>(s);
       V up[VECTORS], above[VECTORS];
       for (int v = 0; v < VECTORS; ++v) {
-        // The last lane is that of nucleotide s.
-        up[v] = shift_in(v > 0 ? gap_down[v - 1] : load_entries<V>(block.gaps_down, s - LANES<V> + 1),
-                         gap_down[v]);
-        above[v] = shift_in(v > 0 ? h[v - 1] : load_entries<V>(block.values, s - LANES<V> + 1), h[v]);
+        up[v] = from_above(gap_down, v, block.gaps_down, s);
+        above[v] = from_above(h, v, block.values, s);
       }
       for (int v = 0; v < VECTORS; ++v) {
         const V left = gap_left[v][0];
@@ -75,10 +70,8 @@ void fill_frame_flag_block(const FrameFlagBlock& block) {
         best[v] = max(best[v], h[v]);
       }
       flags += ROWS;
-      store(last_row[0], h[VECTORS - 1]);
-      store(last_row[1], gap_down[VECTORS - 1]);
-      std::memcpy(block.values + (s - ROWS + 1) * BYTES, last_row[0] + VECTOR_BYTES - BYTES, BYTES);
-      std::memcpy(block.gaps_down + (s - ROWS + 1) * BYTES, last_row[1] + VECTOR_BYTES - BYTES, BYTES);
+      keep_last_lane(h[VECTORS - 1], block.values, s);
+      keep_last_lane(gap_down[VECTORS - 1], block.gaps_down, s);
     }
   }
   for (int v = 0; v < VECTORS; ++v) {

@@ -1,8 +1,6 @@
 // The recurrence of move flags. Included by kernel objects after their lanes; everything is local to them.
 #pragma once
 
-#include <cstring>
-
 #include "align/cell_flags.h"
 #include "align/trace/flag_kernel.h"
 #include "align/trace/slanted_scores.h"
@@ -32,7 +30,6 @@ void fill_flag_block(const FlagBlock& block) {
     extend[v] = load_entries<V>(block.extend, v * LANES<V> - 1);
     open[v] = load_entries<V>(block.open, v * LANES<V> - 1);
   }
-  alignas(64) uint8_t last_row[2][VECTOR_BYTES];
   uint8_t* flags = block.flags;
   for (int32_t first = 1; first <= block.steps; first += STRIDE<V>) {
     V scores[VECTORS][STRIDE<V>];
@@ -41,10 +38,8 @@ void fill_flag_block(const FlagBlock& block) {
       const int32_t s = first + t;
       V up[VECTORS], above[VECTORS];
       for (int v = 0; v < VECTORS; ++v) {
-        // The last lane is that of query position s.
-        up[v] = shift_in(v > 0 ? gap_down[v - 1] : load_entries<V>(block.gaps_down, s - LANES<V> + 1),
-                         gap_down[v]);
-        above[v] = shift_in(v > 0 ? h[v - 1] : load_entries<V>(block.values, s - LANES<V> + 1), h[v]);
+        up[v] = from_above(gap_down, v, block.gaps_down, s);
+        above[v] = from_above(h, v, block.values, s);
       }
       for (int v = 0; v < VECTORS; ++v) {
         const V left = gap_left[v];
@@ -67,10 +62,8 @@ void fill_flag_block(const FlagBlock& block) {
         best[v] = max(best[v], h[v]);
       }
       flags += ROWS;
-      store(last_row[0], h[VECTORS - 1]);
-      store(last_row[1], gap_down[VECTORS - 1]);
-      std::memcpy(block.values + (s - ROWS + 1) * BYTES, last_row[0] + VECTOR_BYTES - BYTES, BYTES);
-      std::memcpy(block.gaps_down + (s - ROWS + 1) * BYTES, last_row[1] + VECTOR_BYTES - BYTES, BYTES);
+      keep_last_lane(h[VECTORS - 1], block.values, s);
+      keep_last_lane(gap_down[VECTORS - 1], block.gaps_down, s);
     }
   }
   for (int v = 0; v < VECTORS; ++v) store(block.best + v * VECTOR_BYTES, best[v]);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "align/simd/lanes.h"
 
@@ -65,6 +66,22 @@ void load_slant(const uint8_t* const* rows, int32_t s, V* out) {
     out[k] = load_pieces<V>(rows + k, STRIDE<V>, int64_t{s} * lane_bytes(V::WIDTH));
   }
   transpose(out);
+}
+
+// What reaches each lane of `of[v]` from the target position before: the lane below of the step before, and the
+// entry of step s from the row above the first one.
+template <class V>
+V from_above(const V* of, int v, const uint8_t* row_above, int32_t s) {
+  return shift_in(v > 0 ? of[v - 1] : load_entries<V>(row_above, s - LANES<V> + 1), of[v]);
+}
+
+// Keeps the last lane of step s for the target positions of the next call.
+template <class V>
+void keep_last_lane(V last, uint8_t* row_above, int32_t s) {
+  constexpr int BYTES = lane_bytes(V::WIDTH);
+  alignas(64) uint8_t lanes[VECTOR_BYTES];
+  store(lanes, last);
+  std::memcpy(row_above + (s - VECTORS * LANES<V> + 1) * BYTES, lanes + VECTOR_BYTES - BYTES, BYTES);
 }
 
 }  // namespace
