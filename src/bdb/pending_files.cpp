@@ -142,11 +142,8 @@ void remove_temporary(const PendingFile& file) {
   if (file.exists) std::remove(file.temporary.c_str());
 }
 
-// Returns whether there were any.
-bool remove_volumes(const UTstring& name, int32_t first) {
-  const UTvector<UTstring> files = volume_files(name, first);
-  for (const UTstring& file : files) std::remove(file.c_str());
-  return !files.empty();
+void remove_volumes(const UTstring& name, int32_t first) {
+  for (const UTstring& file : volume_files(name, first)) std::remove(file.c_str());
 }
 
 void take_name(const PendingVolumes& pending, PendingFile& file) {
@@ -236,10 +233,13 @@ void publish(PendingDatabase& pending) {
   close_pending(pending, pending.sequences);
   const Folders folders = lock_folders(pending.index, pending.sequences);
   rename_files(pending);
-  // A kill in between leaves two databases of one name, which are refused.
-  if (pending.index.exists && remove_volumes(pending.index.name, 0)) {
+  // Volumes without a list may be databases of their own, which merely have such names. A kill in between
+  // leaves two databases of one name, which are refused.
+  const UTstring list = volumes_name(pending.index.name);
+  if (pending.index.exists && access(list.c_str(), F_OK) == 0) {
+    remove_volumes(pending.index.name, 0);
     remove_volumes(pending.sequences.name, 0);
-    std::remove(volumes_name(pending.index.name).c_str());
+    std::remove(list.c_str());
   }
   unlock_folders(folders);
   for (const PendingFile* file : {&pending.index, &pending.sequences}) {
@@ -250,10 +250,13 @@ void publish(PendingDatabase& pending) {
 void publish(PendingVolumes& pending) {
   const PendingFile& first = pending.files.front();
   const Folders folders = lock_folders(first, pending.files[1]);
-  if (std::remove(pending.list.target.c_str()) != 0 && errno != ENOENT) end_unreplaced(pending, pending.list);
+  const bool replaces_set = std::remove(pending.list.target.c_str()) == 0;
+  if (!replaces_set && errno != ENOENT) end_unreplaced(pending, pending.list);
   for (PendingFile& file : pending.files) take_name(pending, file);
-  remove_volumes(pending.index_name, pending.count);
-  remove_volumes(pending.sequences_name, pending.count);
+  if (replaces_set) {
+    remove_volumes(pending.index_name, pending.count);
+    remove_volumes(pending.sequences_name, pending.count);
+  }
   for (const int folder : folders) flush_folder(folder);
   take_name(pending, pending.list);
   std::remove(pending.index_name.c_str());

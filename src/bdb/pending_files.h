@@ -68,7 +68,7 @@ void discard(const PendingVolumes& pending);
 void publish(PendingDatabase& pending);
 
 // publish - the same for the files of a set, which were written: the list of the former set goes first, the
-// new one comes last, and then a single database of that name is removed, as are volumes beyond the last.
+// new one comes last, and then a single database of that name is removed, as are volumes of the old set beyond the last.
 void publish(PendingVolumes& pending);
 
 }  // namespace zelvan

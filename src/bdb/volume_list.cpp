@@ -103,10 +103,11 @@ bool is_volume_set(const UTstring& index_name) {
   const UTstring volume = volume_name(index_name, 0);
   if (!exists(index_name)) return exists(volume) || exists(list);
   if (!exists(volume)) return false;
-  UTend_input(std_err,
-              "There are two databases of one name: %s, and the volumes %s and on. Remove the files of one "
-              "of them, %s included with the volumes, or build the database again with MODE 99\n",
-              index_name.c_str(), volume.c_str(), list.c_str());
+  UTend_input(
+      std_err,
+      "There are two databases of one name: %s, and the volumes %s and on. Remove or rename the files of "
+      "one of them, %s included with the volumes\n",
+      index_name.c_str(), volume.c_str(), list.c_str());
 }
 
 uint64_t fingerprint(const char* bytes, std::size_t size) {

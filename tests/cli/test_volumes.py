@@ -112,6 +112,11 @@ class BuildTest(VolumesTest):
             left = [f"db.{volume:02}.{end}" for volume in range(volumes) for end in ("bix", "bsq")]
             self.assertEqual(self.names(), left + ["db.volumes"] if volumes else ["db.bix", "db.bsq"])
 
+    def test_databases_that_merely_have_the_name_of_a_volume_stay(self):
+        for characters, root in ((None, "db.00"), (None, "db.07"), (None, "db"), (700, "db")):
+            self.build(root, self.text, characters)
+            self.assertLessEqual({"db.07.bix", "db.07.bsq"} if root != "db.00" else {"db.00.bix"}, set(self.names()))
+
     def test_a_failed_build_leaves_what_was_there(self):
         self.build("db", self.text, 700)
         before = {name: (self.work / name).read_bytes() for name in self.names()}
