@@ -61,14 +61,15 @@ void write_pending(const PendingVolumes& pending, PendingFile& file, const void*
 void discard(const PendingDatabase& pending);
 void discard(const PendingVolumes& pending);
 
-// publish - closes both files and gives them their names. Volumes of that name are removed.
+// publish - closes both files and gives them their names. A listed set of volumes of that name is removed.
 // Does   of two builds into one name the later one to end prevails, never a mixture; a build that has to wait
 //        for another one says so on std_err
 // Ends   when a file cannot be written or replaced (status 1)
 void publish(PendingDatabase& pending);
 
 // publish - the same for the files of a set, which were written: the list of the former set goes first, the
-// new one comes last, and then a single database of that name is removed, as are volumes of the old set beyond the last.
+// new one comes last, and then a single database of that name is removed, as are volumes of the former set
+// beyond the last.
 void publish(PendingVolumes& pending);
 
 }  // namespace zelvan
