@@ -134,8 +134,8 @@ def build(
     ),
 ):
     """Build a database, where one is wanted outside of the cache that "search" keeps."""
-    from zelvan_easy.database import build as run
-    from zelvan_easy.database import default_root
+    from zelvan_easy.building import build as run
+    from zelvan_easy.building import default_root
     from zelvan_easy.engine import find_engine
 
     if text != "-" and not os.path.isfile(text):
@@ -154,8 +154,8 @@ def extract(
     cache: Optional[str] = typer.Option(None, "--cache", metavar="DIR", help="Folder for built databases."),
 ):
     """Write sequences of a database as FASTA."""
+    from zelvan_easy.cache import open_database
     from zelvan_easy.database import extract as run
-    from zelvan_easy.database import open_database
     from zelvan_easy.engine import find_engine
 
     wanted = []
@@ -221,7 +221,7 @@ def info(
     cache: Optional[str] = typer.Option(None, "--cache", metavar="DIR", help="Folder for built databases."),
 ):
     """Tell what a database holds."""
-    from zelvan_easy.database import open_database
+    from zelvan_easy.cache import open_database
     from zelvan_easy.engine import find_engine
 
     with open_database(database, find_engine(), cache, lambda text: typer.echo(text, err=True)) as found:

@@ -1,40 +1,19 @@
-"""Databases: reads what a binary one holds, and builds one from a text file, once, into a cache.
-
-    with open_database("proteins.fasta.gz", engine) as database:
-        database.folder, database.root             # what DB_DIR and BDB_ROOT are to be
-        database.kind, database.sequences
-
-A cache is a folder NAME.zelvan beside the text file, or in --cache, with one binary database for each state of the file
-(its size and time). What is written appears under its name when it is complete, one run builds while others wait, and a
-database that a run searches is not removed.
-"""
+"""Binary databases: reads what they hold."""
 
 from __future__ import annotations
 
-import contextlib
-import fcntl
 import hashlib
-import json
 import os
-import re
-import shutil
 import struct
-import subprocess
-import tempfile
-import time
 from array import array
-from dataclasses import asdict, dataclass
+from dataclasses import dataclass
 from itertools import islice
 from pathlib import Path
 
-from zelvan_easy.engine import reason
-from zelvan_easy.failure import Failure, cause, refused
-from zelvan_easy.inputs import DNA, kind_of, open_bytes, read_errors
+from zelvan_easy.failure import cause, refused
+from zelvan_easy.inputs import kind_of
 
-_HEAD = 1 << 20  # bytes of a text file that are looked at to tell DNA from protein
 _RECORD = struct.Struct("=6i")
-_DNA_LETTERS = bytes.maketrans(b"UXux", b"TNtn")  # the searches know no U, and N for what is not known
-_TEXT_ENDINGS = re.compile(r"\.(fa|fasta|faa|fna|fas|ffn|frn|seq|txt|gz|bz2|xz|zst)$", re.I)
 LEAST_SEQUENCES = 50  # fewer do not tell what scores chance reaches
 
 
@@ -173,212 +152,7 @@ def built_name(path):
     return None
 
 
-# ---- Building
-
-
-def _describe(path, head):
-    """Kind of the sequences at the beginning of a text file."""
-    start = head.lstrip()
-    if not start:
-        raise refused(f"{path} is empty")
-    if not start.startswith(b">"):
-        raise refused(f"{path} is not FASTA: it does not begin with >")
-    if re.match(rb">[PFDRNX][1-3LC];", start):
-        raise refused(f"{path} is a PIR file: build it with zelvan -mode 99 -db_format 0, and search what that makes")
-    lines = head.split(b"\n")
-    lines = lines[:-1] if len(head) >= _HEAD and len(lines) > 1 else lines  # the last one may be half a header
-    residues = b"".join(line for line in lines if not line.startswith(b">")).decode("latin-1")
-    return kind_of("".join(filter(str.isalpha, residues)).upper())
-
-
-def _copy_sequences(head, source, sink, kind):
-    """Copies FASTA to zelvan, with names for sequences that have none (it would stop there), and DNA in its letters.
-    Returns the digest of what was copied."""
-    unnamed, digest = 0, hashlib.sha256()
-    rest = head.lstrip()
-    while rest:
-        more = source.read(_HEAD)
-        # whole lines are handled at once; only headers, which are few, are looked at one by one
-        end = rest.rfind(b"\n") + 1 if more else len(rest)
-        if end == 0 and not rest.startswith(b">"):
-            end = len(rest)  # a sequence of one very long line
-        block, rest = rest[:end], rest[end:] + more
-        parts = []
-        for record in re.split(rb"(?m)^(?=>)", block):
-            header, newline, residues = record.partition(b"\n") if record.startswith(b">") else (b"", b"", record)
-            if newline and header[1:2] in b" \t\r\n":
-                unnamed += 1
-                header = b">unnamed_%d %s" % (unnamed, header[1:].strip())
-            if kind == DNA:
-                residues = residues.translate(_DNA_LETTERS)
-            parts.append(header.replace(b"\r", b"") + newline + residues)
-        block = b"".join(parts)
-        digest.update(block)
-        sink.write(block)
-    return digest.hexdigest()
-
-
-def build(path, folder, root, engine, kind=None):
-    """Builds folder/root.bix and .bsq, or a set of volumes, from a text file; they appear when they are complete."""
-    source = None
-    try:
-        source = open_bytes(str(path))
-        head = source.read(_HEAD)
-        kind = kind or _describe(path, head)
-        os.makedirs(folder, exist_ok=True)
-        with tempfile.TemporaryDirectory(prefix=".building-", dir=folder) as work:
-            # zelvan reads a pipe under the name that reports are to show
-            name = os.path.basename(str(path)) or "database"
-            os.symlink("/dev/stdin", os.path.join(work, name))
-            command = [engine.program, "-mode", "99", "-d", name, "-db_format", "1", "-dd", ".", "-bdb", "built",
-                       "-ai", "0", "-md", engine.matrices, "-max_nseq", "1000000000", "-max_seq_len", "2147483647",
-                       "-v", "0", "-time", "0"]  # fmt: skip
-            with tempfile.TemporaryFile() as errors:
-                process = subprocess.Popen(command, cwd=work, env=engine.environment, stdin=subprocess.PIPE,
-                                           stdout=subprocess.DEVNULL, stderr=errors)  # fmt: skip
-                digest = ""
-                try:
-                    with contextlib.suppress(BrokenPipeError), process.stdin as sink:
-                        digest = _copy_sequences(head, source, sink, kind)
-                    status = process.wait()
-                except BaseException:
-                    process.kill()
-                    process.wait()
-                    raise
-                errors.seek(0)
-                if status != 0 or not all(path.exists() for path in files_of(work, "built")):
-                    raise Failure(f"the database {path} could not be built: {reason(errors.read(), status)}")
-            database = read_built(work, "built")
-            if database.residues == 0:
-                raise refused(f"{path} has no residues: it is not a FASTA file of sequences")
-            _move(work, "built", folder, root)
-    except read_errors() as problem:
-        text = cause(problem) if isinstance(problem, OSError) else f"{path}: {problem}"
-        raise Failure(f"the database could not be built: {text}") from problem
-    finally:
-        if source is not None and str(path) != "-":
-            source.close()
-    database.folder, database.root, database.kind, database.digest = str(folder), root, kind, digest
-    return database
-
-
-def _move(folder, root, to_folder, to_root):
-    """Puts a new database in the place of another one: what belongs together ends with what is read first, and files of
-    the other one go before or after, so that files of two builds are never taken for a database."""
-    new = {to_root + path.name[len(root) :]: path for path in files_of(folder, root)}
-    stale = [path for path in _files_like(Path(to_folder), to_root) if path.name not in new]
-    Path(to_folder, to_root + ".volumes").unlink(missing_ok=True)
-    for name, path in reversed(new.items()):
-        os.replace(path, Path(to_folder, name))
-    for path in stale:
-        path.unlink(missing_ok=True)
-
-
-def _files_like(folder, root):
-    pattern = re.compile(re.escape(root) + r"(\.\d\d+)?\.(bix|bsq)|" + re.escape(root) + r"\.volumes")
-    return [path for path in folder.iterdir() if pattern.fullmatch(path.name)]
-
-
-# ---- The cache
-
-
-def _state(path):
-    """What changes when the file does."""
-    status = os.stat(path)
-    return hashlib.sha256(repr((status.st_size, status.st_mtime_ns, status.st_ino)).encode()).hexdigest()[:16]
-
-
-def _cache_folder(path, chosen):
-    """The cache of a text file, beside it unless that folder cannot be written."""
-    name = os.path.basename(path) + ".zelvan"
-    if chosen:
-        # two files of the same name may have the same cache
-        return Path(chosen) / f"{hashlib.sha256(os.path.abspath(path).encode()).hexdigest()[:8]}-{name}"
-    beside = Path(os.path.abspath(path)).parent
-    if os.access(beside, os.W_OK) or (beside / name).is_dir() and os.access(beside / name, os.W_OK):
-        return beside / name
-    home = os.environ.get("XDG_CACHE_HOME") or os.path.join(os.path.expanduser("~"), ".cache")
-    return _cache_folder(path, os.path.join(home, "zelvan"))
-
-
-def _lock(path, how):
-    file = open(path, "a", encoding="ascii")
-    try:
-        fcntl.flock(file, how)
-    except OSError:
-        file.close()
-        raise
-    return file
-
-
-def _cached(folder, key):
-    try:
-        with open(folder / f"{key}.json", encoding="utf-8") as file:
-            fields = json.load(file)
-        database = Database(**{**fields, "folder": str(folder), "root": key})
-        if all(path.is_file() for path in files_of(folder, key)):
-            return database
-    except (OSError, ValueError, TypeError):
-        pass
-    return None
-
-
-def _remove_others(folder, key):
-    """Removes databases of earlier states of the text that no run is using."""
-    for path in folder.glob("*.json"):
-        if path.stem == key:
-            continue
-        with contextlib.suppress(OSError), _lock(folder / f"{path.stem}.lock", fcntl.LOCK_EX | fcntl.LOCK_NB):
-            for file in (path, *_files_like(folder, path.stem), path.with_suffix(".lock")):
-                file.unlink(missing_ok=True)
-    for path in folder.glob(".building-*"):  # left by a run that was killed
-        with contextlib.suppress(OSError):
-            if time.time() - path.stat().st_mtime > 86400:
-                shutil.rmtree(path)
-
-
-@contextlib.contextmanager
-def open_database(path, engine, cache=None, tell=lambda text: None):
-    """The database of that name, built first where it is a text that was not built or has changed since."""
-    named = built_name(path)
-    if named:
-        yield read_built(*named)
-        return
-    if path == "-":
-        raise refused("a database cannot come from the standard input: give a file")
-    if not os.path.exists(path):
-        raise refused(f"there is no database {path}, and no {path}.bix")
-    if not os.path.isfile(path):
-        raise refused(f"{path} is not a file")
-    with contextlib.ExitStack() as stack:
-        try:
-            folder = _cache_folder(path, cache and os.path.abspath(cache))
-            folder.mkdir(parents=True, exist_ok=True)
-            key = _state(path)
-            building = _lock(folder / "building.lock", fcntl.LOCK_EX)
-            with building:  # the others wait here until the database is there
-                stack.enter_context(_lock(folder / f"{key}.lock", fcntl.LOCK_SH))
-                database = _cached(folder, key)
-                if database is None:
-                    beside = f"{path}.zelvan" if str(folder) == os.path.abspath(path) + ".zelvan" else folder
-                    tell(f"Building a database from {path}, once; it is kept in {beside}")
-                    database = build(path, folder, key, engine)
-                    part = folder / f".{key}.json"
-                    part.write_text(json.dumps(asdict(database)), encoding="utf-8")
-                    os.replace(part, folder / f"{key}.json")
-                    _remove_others(folder, key)
-        except OSError as problem:
-            hint = "" if cache else "; --cache names another folder for built databases"
-            raise refused(f"the database cannot be kept: {cause(problem)}{hint}") from problem
-        yield database
-
-
-def default_root(path):
-    """Name of the binary database made from a text file when none is given."""
-    name = os.path.basename(path)
-    while _TEXT_ENDINGS.search(name):
-        name = _TEXT_ENDINGS.sub("", name)
-    return name or "database"
+# ---- What is asked of them
 
 
 def extract(database, wanted, out):

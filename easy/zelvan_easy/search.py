@@ -19,7 +19,8 @@ from functools import partial
 from typing import Optional
 
 from zelvan_easy import inputs, snakemake
-from zelvan_easy.database import open_database, refuse_small
+from zelvan_easy.cache import open_database
+from zelvan_easy.database import refuse_small
 from zelvan_easy.engine import find_engine
 from zelvan_easy.failure import FAILED, INTERRUPTED, Failure, cause, refused
 from zelvan_easy.forms import FORMS
