@@ -11,6 +11,7 @@ import tempfile
 from pathlib import Path
 
 from zelvan_easy.database import files_of, read_built
+from zelvan_easy.dealing import build_command, deal
 from zelvan_easy.engine import reason
 from zelvan_easy.failure import Failure, cause, refused
 from zelvan_easy.inputs import DNA, kind_of, open_bytes, read_errors
@@ -43,10 +44,10 @@ def _describe(path, head):
     return kind_of("".join(filter(str.isalpha, residues)).upper())
 
 
-def _copy_sequences(head, source, sink, kind):
-    """Copies FASTA to zelvan, with names for sequences that have none (it would stop there), and DNA in its letters.
-    Returns the digest of what was copied."""
-    unnamed, digest = 0, hashlib.sha256()
+def _blocks(head, source, kind):
+    """Lists of pieces of FASTA, as zelvan is to read it, each with a ">" where a sequence begins: with names for sequences
+    that have none (it would stop there), and DNA in its letters."""
+    unnamed = 0
     rest = head.lstrip()
     while rest:
         more = source.read(_HEAD)
@@ -55,7 +56,7 @@ def _copy_sequences(head, source, sink, kind):
         if end == 0 and not rest.startswith(b">"):
             end = len(rest)  # a sequence of one very long line
         block, rest = rest[:end], rest[end:] + more
-        parts = []
+        pieces = []
         for record in re.split(rb"(?m)^(?=>)", block):
             header, newline, residues = record.partition(b"\n") if record.startswith(b">") else (b"", b"", record)
             if newline and header[1:2] in b" \t\r\n":
@@ -63,43 +64,36 @@ def _copy_sequences(head, source, sink, kind):
                 header = b">unnamed_%d %s" % (unnamed, header[1:].strip())
             if kind == DNA:
                 residues = residues.translate(_DNA_LETTERS)
-            parts.append(header.replace(b"\r", b"") + newline + residues)
-        block = b"".join(parts)
-        digest.update(block)
-        sink.write(block)
-    return digest.hexdigest()
+            pieces.append(header.replace(b"\r", b"") + newline + residues)
+        yield pieces
 
 
-def build(path, folder, root, engine, kind=None):
-    """Builds folder/root.bix and .bsq, or a set of volumes, from a text file; they appear when they are complete."""
+def _digested(blocks, digest):
+    for pieces in blocks:
+        digest.update(b"".join(pieces))
+        yield pieces
+
+
+def build(path, folder, root, engine, kind=None, count=1):
+    """Builds folder/root.bix and .bsq from a text file, or a set of volumes: so many, or what its size takes; they appear
+    when they are complete."""
     source = None
     try:
         source = open_bytes(str(path))
         head = source.read(_HEAD)
         kind = kind or _describe(path, head)
+        digest = hashlib.sha256()
+        blocks = _digested(_blocks(head, source, kind), digest)
+        name = os.path.basename(str(path)) or "database"
         os.makedirs(folder, exist_ok=True)
         with tempfile.TemporaryDirectory(prefix=".building-", dir=folder) as work:
-            # zelvan reads a pipe under the name that reports are to show
-            name = os.path.basename(str(path)) or "database"
-            os.symlink("/dev/stdin", os.path.join(work, name))
-            command = [engine.program, "-mode", "99", "-d", name, "-db_format", "1", "-dd", ".", "-bdb", "built",
-                       "-ai", "0", "-md", engine.matrices, "-max_nseq", "1000000000", "-max_seq_len", "2147483647",
-                       "-v", "0", "-time", "0"]  # fmt: skip
-            with tempfile.TemporaryFile() as errors:
-                process = subprocess.Popen(command, cwd=work, env=engine.environment, stdin=subprocess.PIPE,
-                                           stdout=subprocess.DEVNULL, stderr=errors)  # fmt: skip
-                digest = ""
-                try:
-                    with contextlib.suppress(BrokenPipeError), process.stdin as sink:
-                        digest = _copy_sequences(head, source, sink, kind)
-                    status = process.wait()
-                except BaseException:
-                    process.kill()
-                    process.wait()
-                    raise
-                errors.seek(0)
-                if status != 0 or not all(path.exists() for path in files_of(work, "built")):
-                    raise Failure(f"the database {path} could not be built: {reason(errors.read(), status)}")
+            try:
+                if count == 1:
+                    _build_one(blocks, work, name, engine)
+                else:
+                    deal(blocks, count, work, name, engine)
+            except Failure as problem:
+                raise Failure(f"the database {path} could not be built: {problem}", problem.status) from problem
             database = read_built(work, "built")
             if database.residues == 0:
                 raise refused(f"{path} has no residues: it is not a FASTA file of sequences")
@@ -110,8 +104,29 @@ def build(path, folder, root, engine, kind=None):
     finally:
         if source is not None and str(path) != "-":
             source.close()
-    database.folder, database.root, database.kind, database.digest = str(folder), root, kind, digest
+    database.folder, database.root, database.kind, database.digest = str(folder), root, kind, digest.hexdigest()
     return database
+
+
+def _build_one(blocks, work, name, engine):
+    """Builds work/built, a single database if that is possible."""
+    # zelvan reads a pipe under the name that reports are to show
+    os.symlink("/dev/stdin", os.path.join(work, name))
+    with tempfile.TemporaryFile() as errors:
+        process = subprocess.Popen(build_command(engine, name), cwd=work, env=engine.environment, stdin=subprocess.PIPE,
+                                   stdout=subprocess.DEVNULL, stderr=errors)  # fmt: skip
+        try:
+            with contextlib.suppress(BrokenPipeError), process.stdin as sink:
+                for pieces in blocks:
+                    sink.write(b"".join(pieces))
+            status = process.wait()
+        except BaseException:
+            process.kill()
+            process.wait()
+            raise
+        errors.seek(0)
+        if status != 0 or not all(path.exists() for path in files_of(work, "built")):
+            raise Failure(reason(errors.read(), status))
 
 
 def _move(folder, root, to_folder, to_root):

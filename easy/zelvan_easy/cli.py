@@ -11,7 +11,7 @@ import click
 import typer
 
 from zelvan_easy import VERSION
-from zelvan_easy.failure import INTERRUPTED, WRONG_USAGE, Failure, cause, refused
+from zelvan_easy.failure import INTERRUPTED, WRONG_USAGE, Failure, cause, refused, take_signals
 
 app = typer.Typer(
     no_args_is_help=True,
@@ -132,16 +132,26 @@ def build(
     name: Optional[str] = typer.Argument(
         None, help="Path of the database, without ending. [default: that of the text]",
     ),
+    count: int = typer.Option(
+        1, "--volumes", min=1, max=500, metavar="N",
+        help="Deal the sequences to N volumes, which N processes can search with one query.", show_default=False,
+    ),
 ):
     """Build a database, where one is wanted outside of the cache that "search" keeps."""
     from zelvan_easy.building import build as run
     from zelvan_easy.building import default_root
+    from zelvan_easy.database import LEAST_IN_SHARE
     from zelvan_easy.engine import find_engine
 
     if text != "-" and not os.path.isfile(text):
         raise refused(f"there is no file {text}")
+    take_signals()
     path = Path(name or Path(text).with_name(default_root(text)))
-    _describe(run(text, path.parent, path.name, find_engine()))
+    database = run(text, path.parent, path.name, find_engine(), count=count)
+    _describe(database)
+    if count > 1 and not database.shares:
+        typer.echo(f"zelvan-easy: the volumes will be searched together, not one by one: they have fewer than {LEAST_IN_SHARE:,} "
+                   "sequences each, or sequences of different lengths", err=True)  # fmt: skip
 
 
 @app.command()

@@ -3,10 +3,11 @@
 from __future__ import annotations
 
 import hashlib
+import math
 import os
 import struct
 from array import array
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 from itertools import islice
 from pathlib import Path
 
@@ -15,6 +16,8 @@ from zelvan_easy.inputs import kind_of
 
 _RECORD = struct.Struct("=6i")
 LEAST_SEQUENCES = 50  # fewer do not tell what scores chance reaches
+LEAST_IN_SHARE = 5000  # the shipped fit needs some thousand; fewer are searched in less time than runs take to start
+_UNLIKE = 0.1  # parts of the spread of lengths; samples of 5,000 differ by 0.014 from the whole, sorted volumes by 0.5 and more
 
 
 @dataclass
@@ -32,6 +35,7 @@ class Database:
     longest_name: int
     longest_title: int
     digest: str  # of its content
+    shares: list = field(default_factory=list)  # [sequences, residues] of each volume, if each is a sample of the whole
 
 
 # ---- Binary databases
@@ -45,7 +49,7 @@ def _numbers(file, count=1):
     return values[0] if count == 1 else values
 
 
-def _header(file):
+def read_header(file):
     indexed, length = _numbers(file, 2)
     alphabet = file.read(length).decode("latin-1")
     sequences, residues, size = _numbers(file, 3)
@@ -54,7 +58,7 @@ def _header(file):
     return bool(indexed), alphabet, sequences, residues, size, built, source
 
 
-def _index_blocks(file):
+def index_blocks(file):
     """Whole records of the index, some thousand at a time."""
     while True:
         block = file.read(_RECORD.size * 4096)
@@ -65,7 +69,7 @@ def _index_blocks(file):
 
 def _index(file):
     """The (identifier position, length, title position, length, residue position, length) of each sequence."""
-    for block in _index_blocks(file):
+    for block in index_blocks(file):
         yield from _RECORD.iter_unpack(block)
 
 
@@ -90,17 +94,23 @@ def files_of(folder, root):
 def read_built(folder, root):
     """The binary database of that name."""
     names = volumes(folder, root)
-    longest, sequences, residues, digest = [0, 0, 0], 0, 0, hashlib.sha256()
+    longest, sequences, residues, digest, samples = [0, 0, 0], 0, 0, hashlib.sha256(), []
+    volume = root
     try:
+        if not names:
+            raise ValueError("the list names no volumes")
         for volume in names:
             with open(Path(folder, volume + ".bix"), "rb") as file:
-                indexed, alphabet, count, number, size, built, source = _header(file)
-                records = 0
-                for block in _index_blocks(file):
+                indexed, alphabet, count, number, size, built, source = read_header(file)
+                records, logs = 0, array("d")
+                step = 6 * (1 + count // 100_000)  # a part of the lengths tells how those of many are distributed
+                for block in index_blocks(file):
                     numbers = array("i", block)  # there may be millions
                     records += len(numbers) // 6
                     of_block = (max(numbers[5::6], default=2) - 2, max(numbers[1::6], default=0), max(numbers[3::6], default=0))
                     longest = [max(pair) for pair in zip(longest, of_block)]
+                    if len(names) > 1:
+                        logs.extend(math.log(max(1, length - 2)) for length in numbers[5::step])
                 letters = Path(folder, volume + ".bsq").stat().st_size
                 if (records, letters) != (count, size):
                     raise ValueError("the files do not fit the header")
@@ -109,6 +119,7 @@ def read_built(folder, root):
                     digest.update(block)
             digest.update(str(letters).encode())
             sequences, residues = sequences + count, residues + number
+            samples.append((count, number, logs))
         sample = "".join(letters for _, _, letters in islice(read_sequences(folder, root), 200))
     except OSError as problem:
         raise refused(f"the database cannot be read: {cause(problem)}") from problem
@@ -116,7 +127,27 @@ def read_built(folder, root):
         raise refused(
             f"the database {Path(folder, volume)}.bix, .bsq is damaged, or is none: build it again") from problem
     return Database(str(folder), root, source, built, kind_of(sample), indexed, alphabet, sequences, residues, *longest,
-                    digest.hexdigest())  # fmt: skip
+                    digest.hexdigest(), _shares(samples))  # fmt: skip
+
+
+def _shares(samples):
+    """[sequences, residues] of each volume if each is a sample of the whole, so that it can be searched with statistics of
+    its own; else nothing. Scores depend on lengths, so these tell it: the mean of their logarithms, and its spread.
+    samples: sequences, residues and logarithms of lengths of each volume."""
+    if len(samples) == 1 or min(count for count, *_ in samples) < LEAST_IN_SHARE:
+        return []
+    means = [math.fsum(logs) / len(logs) for _, _, logs in samples]
+    squares = [math.fsum(value * value for value in logs) / len(logs) for _, _, logs in samples]
+    total = sum(count for count, *_ in samples)
+    mean, square = (sum(one[0] * value for one, value in zip(samples, values)) / total for values in (means, squares))
+
+    def spread(mean, square):
+        return math.sqrt(max(0.0, square - mean * mean))
+
+    unlike = _UNLIKE * spread(mean, square)
+    alike = all(abs(own - mean) <= unlike and abs(spread(own, own_square) - spread(mean, square)) <= unlike
+                for own, own_square in zip(means, squares))  # fmt: skip
+    return [[count, residues] for count, residues, _ in samples] if alike else []
 
 
 def read_sequences(folder, root):
@@ -127,7 +158,7 @@ def read_sequences(folder, root):
 
 def _read_volume(folder, root):
     with open(Path(folder, root + ".bix"), "rb") as index, open(Path(folder, root + ".bsq"), "rb") as file:
-        indexed, alphabet, *_ = _header(index)
+        indexed, alphabet, *_ = read_header(index)
         for at, name, title_at, title, residues_at, length in _index(index):
             file.seek(at)
             data = file.read(residues_at - at + length)

@@ -2,6 +2,8 @@
 
 from __future__ import annotations
 
+import signal
+
 FAILED = 1  # some query could not be searched, or something could not be written
 WRONG_USAGE = 2  # what was asked for cannot be done; nothing was run
 INTERRUPTED = 130
@@ -18,6 +20,12 @@ class Failure(Exception):
 def refused(text):
     """The failure of something that is not begun."""
     return Failure(text, WRONG_USAGE)
+
+
+def take_signals():
+    """Has the signals that end a program end it as an interruption does: in words, with nothing half-done left behind."""
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, signal.default_int_handler)
 
 
 def cause(problem):

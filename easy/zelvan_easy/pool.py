@@ -16,7 +16,7 @@ import threading
 import traceback
 from multiprocessing.connection import wait
 
-from zelvan_easy.worker import end_child
+from zelvan_easy import child
 
 
 SIGNALS = (signal.SIGINT, signal.SIGHUP, signal.SIGTERM)
@@ -119,7 +119,7 @@ def _serve(connection, function, others):
 
 
 def _leave():
-    end_child()
+    child.end()
     os._exit(143)
 
 

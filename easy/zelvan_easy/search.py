@@ -13,7 +13,6 @@ import importlib.util
 import itertools
 import os
 import shutil
-import signal
 from dataclasses import asdict, dataclass, field
 from functools import partial
 from typing import Optional
@@ -22,7 +21,7 @@ from zelvan_easy import inputs, snakemake
 from zelvan_easy.cache import open_database
 from zelvan_easy.database import refuse_small
 from zelvan_easy.engine import find_engine
-from zelvan_easy.failure import FAILED, INTERRUPTED, Failure, cause, refused
+from zelvan_easy.failure import FAILED, INTERRUPTED, Failure, cause, refused, take_signals
 from zelvan_easy.forms import FORMS
 from zelvan_easy.formats.table import parse_columns
 from zelvan_easy.inputs import DNA, PROTEIN, default_output, read_queries
@@ -92,8 +91,7 @@ def search(request):
     if "html" in request.forms and importlib.util.find_spec("jinja2") is None:
         raise refused("--html needs Jinja2: install the package python3-jinja2")
     columns, header = parse_outfmt(request.outfmt)
-    for signal_ in (signal.SIGTERM, signal.SIGHUP):
-        signal.signal(signal_, signal.default_int_handler)
+    take_signals()
 
     total, work, queries, first = _look_at(request)
     with contextlib.ExitStack() as stack:

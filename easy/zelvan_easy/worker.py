@@ -10,12 +10,10 @@ import contextlib
 import hashlib
 import io
 import os
-import signal
-import subprocess
 from dataclasses import dataclass
 from typing import NamedTuple, Optional
 
-from zelvan_easy import inputs
+from zelvan_easy import child, inputs
 from zelvan_easy.database import Database
 from zelvan_easy.engine import ENDED, Engine, reason
 from zelvan_easy.failure import Failure, cause
@@ -128,13 +126,6 @@ def _ends(job):
 
 # ---- Running zelvan
 
-_child = None  # the run of this process, to be ended with it
-
-
-def end_child():
-    if _child is not None and _child.poll() is None:
-        _child.send_signal(signal.SIGTERM)
-
 
 def _unfinished(task, subject, number):
     """Where the report of a run waits for the others."""
@@ -166,14 +157,10 @@ def _search(task, job):
 
 
 def _run_zelvan(task, arguments, text, report):
-    global _child
-    command = [str(task.engine.program), "-s", task.query_file, "-qf", "1", "-dd", task.database.folder, "-bdb",
-               task.database.root, "-ai", str(int(task.database.indexed)), *arguments]  # fmt: skip
+    command = [task.engine.program, "-s", task.query_file, "-qf", "1", "-dd", task.database.folder, "-bdb",
+               task.database.root, "-ai", int(task.database.indexed), *arguments]  # fmt: skip
     with open(report, "wb") as out:
-        _child = subprocess.Popen(command, cwd=task.work, env=task.engine.environment, stdin=subprocess.PIPE, stdout=out,
-                                  stderr=subprocess.PIPE)  # fmt: skip
-        _, errors = _child.communicate(text.encode("ascii", "replace"))
-    return errors, _child.returncode
+        return child.run(command, text.encode("ascii", "replace"), cwd=task.work, env=task.engine.environment, stdout=out)
 
 
 def _tail(path):
