@@ -1,11 +1,13 @@
-"""Brings the searches of one query together again: both strands, and the stretches of a long sequence.
+"""Brings the searches of one query together again: both strands, the stretches of a long sequence, the volumes of a database.
 
 Each search has statistics of its own, and its E-value counts what chance brings in that search. In k searches chance
-brings k times as much, so E-values are multiplied by k. What lies in the overlap of two stretches is told once.
+brings k times as much, and in the whole database as many times as in a volume as it is larger: E-values are multiplied
+by both. What lies in the overlap of two stretches is told once.
 """
 
 from __future__ import annotations
 
+from collections import Counter
 from typing import NamedTuple
 
 from zelvan_easy.plan import NAME_WIDTH
@@ -15,36 +17,48 @@ from zelvan_easy.report import AlignedHit, Iteration, Report
 class Part(NamedTuple):
     report: Report
     offset: int  # residues of the query before this stretch
+    factor: float  # of its E-values
+    volume: int  # of the database that it searched
 
 
 class MergedIteration(Iteration):
     """The last iteration of several searches as one: hits and alignments are held, the rest is the first search's."""
 
-    def __init__(self, parts, length, limit=None):
+    profile = counts = None  # they would be of a part of the hits
+
+    def __init__(self, parts, length, database, plan):
         first = parts[0].report.iteration()
-        count = len(parts)
         header = dict(first.header)
-        header["Query Length"] = str(length)
-        for name in ("Eval Cutoff", "Pval Cutoff", "PROBCUT", "Eval Cutoff for profile", "Pval Cutoff for profile"):
-            if name in header:
-                header[name] = f"{float(header[name]) * count:g}"
+        told = {"Query Length": length, "Number of sequences": database.sequences,
+                "Number of residues/bases in database": database.residues}  # fmt: skip
+        told.update(dict.fromkeys(("Eval Cutoff", "Pval Cutoff", "PROBCUT"), f"{plan.evalue:g}"))
+        if plan.inclusion is not None:
+            told.update(dict.fromkeys(("Eval Cutoff for profile", "Pval Cutoff for profile"), f"{plan.inclusion:g}"))
+        header.update((name, str(value)) for name, value in told.items() if name in header)
         super().__init__(first.file, first.number, header, first.prelude, first.list_span, first.body)
-        hits = _best_hits(parts, count, limit)
-        ranks = {hit.target: hit.rank for hit in hits}
-        self.__dict__["hits"] = hits  # takes the place of the cached property
-        self._aligned = _aligned(parts, count, length, ranks)
+        self._parts = parts
+        hits = _best_hits(parts, plan.limit)
+        self.__dict__["hits"] = list(hits.values())  # takes the place of the cached property
+        self._aligned = _aligned(parts, length, {key: hit.rank for key, hit in hits.items()})
 
     def aligned(self):
         return iter(self._aligned)
 
+    @property
+    def query_letters(self):
+        letters = {}
+        for part in self._parts:
+            letters.update(part.report.iteration().query_letters)
+        return letters
 
-def merged_report(parts, length, limit=None):
+
+def merged_report(parts, length, database, plan):
     """One Report of the parts; its only iteration holds the hits of their last ones."""
-    return Report([MergedIteration(parts, length, limit)], parts[0].report.times)
+    return Report([MergedIteration(parts, length, database, plan)], parts[0].report.times)
 
 
-def _times(value, count):
-    return None if value is None else value * count
+def _times(value, factor):
+    return None if value is None else value * factor
 
 
 def _order(hit):
@@ -53,36 +67,50 @@ def _order(hit):
     return significance, -(hit.standardised or 0), -hit.score, hit.target
 
 
-def _best_hits(parts, count, limit):
-    best = {}
+def _keys(parts):
+    """A function of part and hit that tells which hits are of one sequence. In a volume that was searched once each hit is of
+    its own, and may have the name of another; several searches of it can only be compared by names."""
+    searches = Counter(part.volume for part in parts)
+
+    def key(part, hit):
+        return part.volume, hit.rank if searches[part.volume] == 1 else hit.target[:NAME_WIDTH]
+
+    return key
+
+
+def _best_hits(parts, limit):
+    """{key: hit}, the best first."""
+    best, key_of = {}, _keys(parts)
     for part in parts:
         for hit in part.report.iteration().hits:
-            hit = hit._replace(significance=_times(hit.significance, count))
-            if hit.target not in best or _order(hit) < _order(best[hit.target]):
-                best[hit.target] = hit
-    ordered = sorted(best.values(), key=_order)[:limit]
-    return [hit._replace(rank=rank) for rank, hit in enumerate(ordered, 1)]
+            key = key_of(part, hit)
+            hit = hit._replace(significance=_times(hit.significance, part.factor))
+            if key not in best or _order(hit) < _order(best[key]):
+                best[key] = hit
+    ordered = sorted(best, key=lambda key: (*_order(best[key]), key))[:limit]
+    return {key: best[key]._replace(rank=rank) for rank, key in enumerate(ordered, 1)}
 
 
-def _aligned(parts, count, length, ranks):
+def _aligned(parts, length, ranks):
     """The alignments of each hit, in the coordinates of the whole query."""
-    found = {}  # by target: heading, [(number of the part, alignment)]
+    found, key_of = {}, _keys(parts)  # by key: heading, [(number of the part, alignment)]
     for number, part in enumerate(parts):
         for hit in part.report.iteration().aligned():
-            if hit.target[:NAME_WIDTH] not in ranks:
+            key = key_of(part, hit)
+            if key not in ranks:
                 continue
-            _, alignments = found.setdefault(hit.target, (hit, []))
+            _, alignments = found.setdefault(key, (hit, []))
             if hit.alignments:
-                found[hit.target] = hit, alignments
+                found[key] = hit, alignments
             for alignment in hit.alignments:
                 alignments.append((number, alignment._replace(
                     query_start=alignment.query_start + part.offset, query_end=alignment.query_end + part.offset,
-                    significance=_times(alignment.significance, count))))  # fmt: skip
+                    significance=_times(alignment.significance, part.factor))))  # fmt: skip
     result = []
-    for target, (heading, alignments) in found.items():
+    for key, (heading, alignments) in found.items():
         kept = _without_repetitions(alignments)
         numbered = [alignment._replace(number=k) for k, alignment in enumerate(kept, 1)]
-        result.append(AlignedHit(ranks[target[:NAME_WIDTH]], heading.query, target, heading.title, length, heading.target_length,
+        result.append(AlignedHit(ranks[key], heading.query, heading.target, heading.title, length, heading.target_length,
                                  heading.translated, numbered))  # fmt: skip
     return sorted(result, key=lambda hit: hit.rank)
 

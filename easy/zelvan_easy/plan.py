@@ -6,9 +6,10 @@ from __future__ import annotations
 import os
 import re
 from dataclasses import dataclass, field
-from typing import Optional
+from typing import NamedTuple, Optional
 
 from zelvan_easy.codes import code_file, read_code
+from zelvan_easy.database import volumes
 from zelvan_easy.engine import PENALTIES
 from zelvan_easy.failure import refused
 from zelvan_easy.inputs import DNA, PROTEIN
@@ -39,6 +40,12 @@ _OWN = {
 }  # fmt: skip
 # Keys that an option sets.
 _OPTION_OF = {"PROBCUT": "evalue", "PROBCUT2": "inclusion_evalue", "NITER": "iterations", "MATRIX_FILE": "matrix"}
+# Keys that leave volumes free to be searched one by one: they are about single comparisons. What others have written may
+# be of all hits together.
+_OF_ONE_HIT = {
+    *PENALTIES, "MODE", "PRECISION", "STOP_WEIGHT", "PROB_TYPE", "MIN_SCORE", "MIN_ASCORE", "MIN_LEN", "TOP_ONLY",
+    "SHOW_TITLES_WIDTH", "OUTPUT_LENGTH", "LPFIT_MINBUCK", "LPFIT_MINRANGE",
+}  # fmt: skip
 _REAL = {*PENALTIES, "MM_LD_PEN"}  # numbers with decimals although their defaults have none
 _FAMILY = {200: "0", 210: "0", 202: "2", 212: "2"}
 _MODES = {(PROTEIN, PROTEIN): (202, 200), (DNA, PROTEIN): (22, 20), (PROTEIN, DNA): (12, None)}
@@ -62,6 +69,13 @@ class Options:
     sets: dict = field(default_factory=dict)
 
 
+class Volume(NamedTuple):
+    """What a run searches: the database, or a volume that is a sample of it."""
+
+    root: str
+    parts: float  # that the whole has of it: so much more comes by chance in the whole
+
+
 @dataclass
 class Plan:
     """How queries of one kind are searched."""
@@ -70,17 +84,18 @@ class Plan:
     arguments: list  # of zelvan, without query, strand and E-values
     evalue: float
     inclusion: Optional[float]  # None where there are no iterations
-    complements: list  # values of COMPLEMENT_QUERY, one for each run
+    volumes: list  # that are searched, each with
+    complements: list  # all these values of COMPLEMENT_QUERY
     filling: str  # what stands for masked residues
     limit: Optional[int]  # most targets
     fits: list  # arguments of the fit of the statistics, tried in turn until it succeeds
     notes: list
 
-    def values(self, runs):
-        """Arguments that split the E-values among so many runs, whose hits come together again."""
+    def values(self, factor):
+        """Arguments for the E-values up to which a run lists hits, when they are to be multiplied with a factor."""
         # as decimals without an exponent's rounding: what is listed is compared with it
-        cuts = ["-e", repr(self.evalue / runs)]
-        return cuts if self.inclusion is None else [*cuts, "-e2", repr(self.inclusion / runs)]
+        cuts = ["-e", repr(self.evalue / factor)]
+        return cuts if self.inclusion is None else [*cuts, "-e2", repr(self.inclusion / factor)]
 
 
 def parse_sets(texts, engine):
@@ -232,8 +247,24 @@ def make_plan(kind, database, options, engine):
     if kind == DNA:
         letters = read_code(engine.codons / code_file(options.genetic_code or 1))
         filling = dna_filling([codon for codon, letter in letters.items() if letter == "!"])
-    fits = _fits(database.sequences) if protein and "LPFIT_MINBUCK" not in options.sets else [[]]
-    return Plan(mode, arguments, evalue, inclusion, complements, filling, options.max_target_seqs, fits, notes)
+    searched = _volumes(protein, database, options, engine)
+    smallest = min((sequences for sequences, _ in database.shares), default=0) if len(searched) > 1 else database.sequences
+    fits = _fits(smallest) if protein and "LPFIT_MINBUCK" not in options.sets else [[]]
+    return Plan(mode, arguments, evalue, inclusion, searched, complements, filling, options.max_target_seqs, fits, notes)
+
+
+def _volumes(protein, database, options, engine):
+    """What is searched one by one: the volumes, where each is a sample of the whole and no profile is made of all hits;
+    else the database."""
+    iterations = options.iterations or int(engine.settings.get("NITER", 3))
+    counted = str(options.sets.get("PROB_TYPE", engine.settings.get("PROB_TYPE", 2))) if protein else "3"
+    if (not database.shares or set(options.sets) - _OF_ONE_HIT or protein and iterations > 1
+            or counted not in ("1", "2", "3")):  # fmt: skip
+        return [Volume(database.root, 1)]
+    # E-values count sequences, or residues
+    of, whole = (0, database.sequences) if counted == "3" else (1, database.residues)
+    names = volumes(database.folder, database.root)
+    return [Volume(name, whole / share[of]) for name, share in zip(names, database.shares)]
 
 
 def _fits(sequences):

@@ -114,7 +114,7 @@ def search(request):
                     request.forms, request.keep_reports)  # fmt: skip
         _make_work_folder(task)
         teller.note(f"Searching with {'the queries' if total is None else _count(total, 'query', 'queries')} in "
-                    f"{database.source}, {database.sequences:,} sequences"
+                    f"{database.source}, {database.sequences:,} sequences{_volumes(plans[first.kind])}"
                     + (f"; {done} done before" if done else ""))  # fmt: skip
         source = _Source(queries, maskers, plans, store)
         try:
@@ -136,6 +136,10 @@ def search(request):
 
 def _count(number, one, many):
     return f"{number:,} {one if number == 1 else many}"
+
+
+def _volumes(plan):
+    return "" if len(plan.volumes) == 1 else f" in {len(plan.volumes)} volumes, searched one by one"
 
 
 def _look_at(request):
@@ -299,8 +303,8 @@ def _run_local(task, source, store, teller, threads):
     def refill():
         for subject in source.next_subjects():
             runs_left[subject.query.number] = len(subject.runs)
-            for number, (start, end, _) in enumerate(subject.runs):
-                put(Run(subject, number), end - start)
+            for number, span in enumerate(subject.runs):
+                put(Run(subject, number), span.end - span.start)
         source.advance(teller)
 
     def handle(job, answer):

@@ -1,7 +1,8 @@
 """Hands the jobs of a search to Snakemake, which runs them on this machine or on a cluster.
 
 Queries go into files, so many together, and each file is a job: "zelvan-easy work FILE DONE" searches with its queries
-one after the other. What the jobs leave is collected when Snakemake has ended.
+one after the other. Where a query has a run for each volume of the database, these are what goes into the files. What
+the jobs leave is collected when Snakemake has ended.
 """
 
 from __future__ import annotations
@@ -17,7 +18,8 @@ from pathlib import Path
 from zelvan_easy.failure import Failure, cause, refused
 from zelvan_easy.worker import Finish, Run, digest, do, failed
 
-_TOGETHER = 100  # queries of a job, at most
+_TOGETHER = 100  # queries, or runs, of a job, at most
+_LOST = "its job on Snakemake did not end"
 _SNAKEFILE = Path(__file__).with_name("Snakefile")
 
 
@@ -32,21 +34,28 @@ def run(task, source, store, teller, threads, profile):
     folder.mkdir(parents=True)
     with open(folder / "task", "wb") as file:
         pickle.dump(task, file)
-    batches, subjects = [], []
+    batches, items = 0, []
+
+    def write_batch(size):
+        nonlocal batches, items
+        with open(folder / f"{batches}.queries", "wb") as file:
+            pickle.dump(items[:size], file)
+        batches, items = batches + 1, items[size:]
+
     while not source.finished:
-        subjects += source.next_subjects()
+        for subject in source.next_subjects():
+            items += _items(task, subject)
         source.advance(teller)
-        while len(subjects) >= _TOGETHER:
-            batches.append(_write_batch(folder, len(batches), subjects[:_TOGETHER]))
-            subjects = subjects[_TOGETHER:]
+        while len(items) >= _TOGETHER:
+            write_batch(_TOGETHER)
     # the rest in batches small enough that all processors have work
-    size = max(1, len(subjects) // (4 * threads))
-    for at in range(0, len(subjects), size):
-        batches.append(_write_batch(folder, len(batches), subjects[at : at + size]))
+    size = max(1, len(items) // (4 * threads))
+    while items:
+        write_batch(size)
     if not batches:
         return
     command = ["snakemake", "--snakefile", str(_SNAKEFILE), "--directory", str(folder), "--keep-going", "--nolock",
-               "--config", f"batches={len(batches)}", f"python={sys.executable}", f"command={_command()}"]  # fmt: skip
+               "--config", f"batches={batches}", f"python={sys.executable}", f"command={_command()}"]  # fmt: skip
     command += ["--profile", profile] if profile else ["--cores", str(threads)]
     teller.end()  # Snakemake tells of its own progress
     with open(folder / "log", "wb") as log:
@@ -56,9 +65,9 @@ def run(task, source, store, teller, threads, profile):
         except KeyboardInterrupt:
             process.send_signal(signal.SIGTERM)
             process.wait()
-            _collect(folder, batches, store, teller, complete=False)
+            _collect(task, folder, batches, store, teller, complete=False)
             raise
-    missing = _collect(folder, batches, store, teller, complete=True)
+    missing = _collect(task, folder, batches, store, teller, complete=True)
     if status != 0 and missing:
         text = (folder / "log").read_text(encoding="utf-8", errors="replace").strip().splitlines()
         teller.warn(f"Snakemake ended with status {status}: " + " ".join(text[-3:])[-500:])
@@ -68,26 +77,35 @@ def _command():
     return os.path.abspath(sys.argv[0])
 
 
-def _write_batch(folder, number, subjects):
-    with open(folder / f"{number}.queries", "wb") as file:
-        pickle.dump(subjects, file)
-    return [subject.query.number for subject in subjects]
+def _items(task, subject):
+    """The parts of a query's work that are done one after the other, in one job."""
+    several = len(task.plans[subject.query.kind].volumes) > 1
+    return [Run(subject, number) for number in range(len(subject.runs))] if several else [subject]
 
 
-def _collect(folder, batches, store, teller, complete):
+def _collect(task, folder, batches, store, teller, complete):
     """Takes what the jobs have left into the store; returns how many have left nothing."""
-    missing = 0
-    for number in range(len(batches)):
+    missing, answers = 0, []  # of the runs of a query
+    for number in range(batches):
         with open(folder / f"{number}.queries", "rb") as file:
-            subjects = pickle.load(file)
+            items = pickle.load(file)
         try:
             with open(folder / f"{number}.done", "rb") as file:
-                answers = pickle.load(file)
+                done = pickle.load(file)
         except OSError:
             missing += 1
-            note = "its job on Snakemake did not end"
-            answers = [failed(subject, note) for subject in subjects] if complete else []
-        for subject, (result, rows) in zip(subjects, answers):
+            done = [_LOST] * len(items)
+        for item, answer in zip(items, done):
+            subject = item
+            if isinstance(item, Run):
+                subject, answers = item.subject, [*(answers if item.number else []), answer]
+                if len(answers) < len(subject.runs):
+                    continue
+                answer = next(filter(None, answers), None)
+                answer = do(task, Finish(subject)) if answer is None else answer
+            if answer == _LOST and not complete:
+                continue
+            result, rows = failed(subject, answer) if isinstance(answer, str) else answer
             store.add(result, digest(subject.query), rows)
             if result.status == "failed":
                 teller.warn(f"{result.name}: {result.note}")
@@ -101,8 +119,8 @@ def work(batch, done):
         with open(Path(batch).with_name("task"), "rb") as file:
             task = pickle.load(file)
         with open(batch, "rb") as file:
-            subjects = pickle.load(file)
-        answers = [_search(task, subject) for subject in subjects]
+            items = pickle.load(file)
+        answers = [_answer(task, item) for item in items]
         with open(done + ".part", "wb") as file:
             pickle.dump(answers, file)
         os.replace(done + ".part", done)
@@ -110,10 +128,13 @@ def work(batch, done):
         raise Failure(cause(problem)) from problem
 
 
-def _search(task, subject):
+def _answer(task, item):
+    """Of a query, its result; of a run, nothing or the sentence of its failure."""
+    if isinstance(item, Run):
+        return do(task, item)
     answer = None
-    for number in range(len(subject.runs)):
-        answer = do(task, Run(subject, number))
+    for number in range(len(item.runs)):
+        answer = do(task, Run(item, number))
         if answer is not None:
-            return failed(subject, answer) if isinstance(answer, str) else answer
-    return do(task, Finish(subject))
+            return failed(item, answer) if isinstance(answer, str) else answer
+    return do(task, Finish(item))

@@ -1,4 +1,4 @@
-"""What is done for one query: runs of zelvan, one for each strand and stretch, and their results put together.
+"""What is done for one query: runs of zelvan, one for each strand, stretch and volume, and their results put together.
 
 A job is one run, or the end of a query whose runs are done; a query of a single run is one job. Jobs run in processes
 of their own (see pool.py), or on other machines, and share nothing but the Task, which is fixed for the whole search.
@@ -26,6 +26,7 @@ from zelvan_easy.plan import stretches
 from zelvan_easy.report import ReportError, open_report
 
 _NO_FIT = b"Failure in fitting routines"
+_COARSE = ".coarse"  # ending of an empty file beside the report of a run that took a coarser fit
 
 
 @dataclass
@@ -50,7 +51,17 @@ class Subject(NamedTuple):
     query: Query
     ranges: list  # what is masked
     masked: str  # its residues, masked
-    runs: list  # (start, end, complement) of each run
+    runs: list  # a Span for each run
+
+
+class Span(NamedTuple):
+    """What a run compares: the masked residues from start up to, but excluding, end with a volume."""
+
+    start: int
+    end: int
+    complement: int
+    volume: int  # of the plan's
+    factor: float  # that its E-values are multiplied with: what chance brings in all runs is so many times as much
 
 
 class Run(NamedTuple):
@@ -84,7 +95,8 @@ def make_subject(query, ranges, plan):
     if isinstance(plan, str):
         return Subject(query, [], query.residues, [])
     text = masked(query.residues, ranges, plan.filling) if ranges else query.residues
-    runs = [(start, end, flag) for flag in plan.complements for start, end in stretches(len(text))]
+    spans = [(start, end, flag) for flag in plan.complements for start, end in stretches(len(text))]
+    runs = [Span(*span, number, len(spans) * volume.parts) for number, volume in enumerate(plan.volumes) for span in spans]
     return Subject(query, ranges, text, runs)
 
 
@@ -107,11 +119,10 @@ def do(task, job):
     return (Result, lines of the table)."""
     try:
         if isinstance(job, Run):
-            note = _search(task, job)
+            _search(task, job)
             if len(job.subject.runs) > 1:
                 return None
-            return _finish(task, job.subject, [note])
-        return _finish(task, job.subject, [])
+        return _finish(task, job.subject)
     except Failure as problem:
         return failed(job.subject, str(problem)) if _ends(job) else str(problem)
     except ReportError as problem:
@@ -133,32 +144,35 @@ def _unfinished(task, subject, number):
 
 
 def _search(task, job):
-    """Runs zelvan; returns a note on the result, or "". What an interrupted search has left is taken as it is."""
+    """Runs zelvan. What an interrupted search has left is taken as it is."""
     subject, query = job.subject, job.subject.query
     target = _unfinished(task, subject, job.number)
     if os.path.exists(target):
-        return ""
+        return
     plan = task.plans[query.kind]
-    start, end, complement = subject.runs[job.number]
-    arguments = [*plan.arguments, *plan.values(len(subject.runs)), *_side_files(task, job)]
-    if task.plans[query.kind].mode < 200:
-        arguments += ["-comp", str(complement)]
-    text = f">{query.name} {query.title}".rstrip() + "\n" + subject.masked[start:end] + "\n"
+    span = subject.runs[job.number]
+    arguments = ["-bdb", plan.volumes[span.volume].root, *plan.arguments, *plan.values(span.factor), *_side_files(task, job)]
+    if plan.mode < 200:
+        arguments += ["-comp", str(span.complement)]
+    text = f">{query.name} {query.title}".rstrip() + "\n" + subject.masked[span.start : span.end] + "\n"
     for fit in plan.fits:
         errors, status = _run_zelvan(task, [*arguments, *fit], text, target + ".part")
         if status == 0 or _NO_FIT not in errors:
             break
     if status == 0 and _is_whole(target + ".part"):
+        if fit:
+            with open(target + _COARSE, "wb"):
+                pass
         os.replace(target + ".part", target)
-        return "few sequences: E-values are coarse" if fit else ""
+        return
     with contextlib.suppress(OSError):
         os.unlink(target + ".part")
     raise Failure(reason(errors, status))
 
 
 def _run_zelvan(task, arguments, text, report):
-    command = [task.engine.program, "-s", task.query_file, "-qf", "1", "-dd", task.database.folder, "-bdb",
-               task.database.root, "-ai", int(task.database.indexed), *arguments]  # fmt: skip
+    command = [task.engine.program, "-s", task.query_file, "-qf", "1", "-dd", task.database.folder, "-ai",
+               int(task.database.indexed), *arguments]  # fmt: skip
     with open(report, "wb") as out:
         return child.run(command, text.encode("ascii", "replace"), cwd=task.work, env=task.engine.environment, stdout=out)
 
@@ -194,23 +208,25 @@ def _suffix(task, subject, number):
     """What tells the runs of a query apart."""
     if len(subject.runs) == 1:
         return ""
-    start, end, complement = subject.runs[number]
-    parts = [] if len(task.plans[subject.query.kind].complements) == 1 else [("plus", "minus")[complement]]
-    parts += [] if end - start == len(subject.masked) else [f"{start + 1}-{end}"]
+    span, plan = subject.runs[number], task.plans[subject.query.kind]
+    parts = [] if len(plan.complements) == 1 else [("plus", "minus")[span.complement]]
+    parts += [] if span.end - span.start == len(subject.masked) else [f"{span.start + 1}-{span.end}"]
+    parts += [] if len(plan.volumes) == 1 else [f"{span.volume:02}"]
     return "." + ".".join(parts)
 
 
-def _finish(task, subject, notes):
+def _finish(task, subject):
     stem = stem_of(task, subject)
     os.makedirs(os.path.dirname(stem), exist_ok=True)
     plan = task.plans[subject.query.kind]
     paths = [_unfinished(task, subject, number) for number in range(len(subject.runs))]
+    notes = ["few sequences: E-values are coarse"] if any(os.path.exists(path + _COARSE) for path in paths) else []
     with contextlib.ExitStack() as stack:
         reports = [stack.enter_context(open_report(path)) for path in paths]
         report = reports[0]
         if len(reports) > 1:
-            parts = [Part(one, start) for one, (start, _, _) in zip(reports, subject.runs)]
-            report = merged_report(parts, len(subject.masked), plan.limit)
+            parts = [Part(one, span.start, span.factor, span.volume) for one, span in zip(reports, subject.runs)]
+            report = merged_report(parts, len(subject.masked), task.database, plan)
         report.entitle(subject.query.title)
         lines = io.StringIO()
         write_table(report, lines, task.columns, task.header, unaligned=True)
@@ -220,13 +236,13 @@ def _finish(task, subject, notes):
                 told = _write_form(report, subject, stem, FORMS[name])
                 page = list(told) if name == "html" else page
             else:
-                notes = [*notes, f"no {name} of a translated search"]
+                notes.append(f"no {name} of a translated search")
         hits = report.iteration().hits
         best = hits[0] if hits else None
         result = _result(
             subject, "ok", hits=len(hits), best=best.target if best else "",
             evalue="" if best is None or best.significance is None else f"{best.significance:.3g}",
-            rounds=max(len(one.iterations) for one in reports), note="; ".join(filter(None, notes)),
+            rounds=max(len(one.iterations) for one in reports), note="; ".join(notes),
             converged=_converged(paths) if plan.mode >= 200 else "", page=page,
         )  # fmt: skip
     for number, path in enumerate(paths):
@@ -234,6 +250,8 @@ def _finish(task, subject, notes):
             os.replace(path, stem + _suffix(task, subject, number) + ".report")
         else:
             os.unlink(path)
+        with contextlib.suppress(FileNotFoundError):
+            os.unlink(path + _COARSE)
     return result, lines.getvalue()
 
 
