@@ -4,6 +4,7 @@
   easy.py frames  PROTEINS ZELVAN_EASY WORK    40 proteins as DNA, mutated, a base inserted, on either strand
   easy.py chance  PROTEINS ZELVAN_EASY WORK    shuffled reads and contigs: hits up to E, divided by E
   easy.py speed   PROTEINS ZELVAN_EASY WORK    200 queries by 2 processes, and by zelvan one after another
+  easy.py volumes PROTEINS ZELVAN_EASY WORK    one query by 2 processes, each with a volume; E-values beside those of the whole
   easy.py short   PROTEINS ZELVAN_EASY WORK    2,000 short queries against 100 sequences: cost of each, memory
 
 PROTEINS is a FASTA file, the database; queries are made of its sequences, the same in every run.
@@ -14,6 +15,7 @@ import pathlib
 import random
 import resource
 import shutil
+import statistics
 import subprocess
 import sys
 import time
@@ -155,6 +157,51 @@ def speed(options):
               f"{alone / easy:.2f} times")  # fmt: skip
 
 
+def best_values(options, queries, database):
+    """{(query, target): E-value of the best alignment}"""
+    best = {}
+    _, lines, _ = run_easy(options, queries, "--iterations", "1", database=options.work / database)
+    for line in lines:
+        best[line[0], line[1]] = min(float(line[10]), best.get((line[0], line[1]), 11))
+    return best
+
+
+def volumes(options):
+    rng = random.Random(15)
+    for name, more in (("whole", ()), ("dealt", ("--volumes", "2"))):
+        began = time.monotonic()
+        subprocess.run([options.easy, "build", *more, options.proteins, options.work / name], check=True, capture_output=True)
+        print(f"built {name} in {time.monotonic() - began:.1f} s")
+    path = options.work / "volumes.fa"
+    write_fasta(path, proteins_of(options.proteins, 1, 950, 1050, rng))
+    runs = [("whole", "1"), ("dealt", "1"), ("dealt", "2")]
+    seconds = {run: [] for run in runs}
+    for name, threads in runs * 3:
+        taken, _, _ = run_easy(options, path, "--iterations", "1", "--threads", threads, database=options.work / name)
+        seconds[name, threads].append(taken)
+    for (name, threads), taken in seconds.items():
+        print(f"one query, {name}, --threads {threads}: {statistics.median(taken):.2f} s")
+
+    write_fasta(path, proteins_of(options.proteins, 50, 200, 800, rng))
+    whole, dealt = (best_values(options, path, name) for name in ("whole", "dealt"))
+    print(f"{len(whole)} hits of the whole, {len(dealt)} of volumes; the best that the other lacks: "
+          f"{min((whole[hit] for hit in whole.keys() - dealt.keys()), default=None)}, "
+          f"{min((dealt[hit] for hit in dealt.keys() - whole.keys()), default=None)}")  # fmt: skip
+    for low, high in ((1, 11), (1e-3, 1), (1e-10, 1e-3), (1e-50, 1e-10), (1e-100, 1e-50)):
+        ratios = sorted(dealt[hit] / whole[hit] for hit in whole.keys() & dealt.keys() if low <= whole[hit] < high)
+        if len(ratios) > 20:
+            near = sum(1 / 1.5 <= ratio <= 1.5 for ratio in ratios) / len(ratios)
+            print(f"E {low:g} to {min(high, 10):g}: E-values in volumes divided by those of the whole: {statistics.median(ratios):.2f}, "
+                  f"5-95 % {ratios[len(ratios) // 20]:.2f}-{ratios[-len(ratios) // 20]:.2f}, {100 * near:.0f} % within a factor of 1.5")
+
+    shuffled = ["".join(rng.sample(residues, len(residues))) for _, residues in proteins_of(options.proteins, 200, 150, 1000, rng)]
+    write_fasta(path, [(f"shuffled{number}", residues) for number, residues in enumerate(shuffled)])
+    for name in ("whole", "dealt"):
+        values = best_values(options, path, name).values()
+        counts = [sum(value <= limit for value in values) / len(shuffled) for limit in (1, 10)]
+        print(f"200 shuffled proteins, {name}: {counts[0]:.2f} hits each up to E 1, {counts[1]:.2f} up to E 10")
+
+
 def short(options):
     rng = random.Random(14)
     small = options.work / "small.fa"
@@ -173,7 +220,7 @@ def short(options):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("what", choices=("frames", "chance", "speed", "short"))
+    parser.add_argument("what", choices=("frames", "chance", "speed", "volumes", "short"))
     parser.add_argument("proteins", type=pathlib.Path)
     parser.add_argument("easy", type=pathlib.Path)
     parser.add_argument("work", type=pathlib.Path)
