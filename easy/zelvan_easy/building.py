@@ -111,9 +111,11 @@ def build(path, folder, root, engine, kind=None, count=1):
 def _build_one(blocks, work, name, engine):
     """Builds work/built, a single database if that is possible."""
     # zelvan reads a pipe under the name that reports are to show
-    os.symlink("/dev/stdin", os.path.join(work, name))
+    folder = os.path.join(work, "text")
+    os.mkdir(folder)
+    os.symlink("/dev/stdin", os.path.join(folder, name))
     with tempfile.TemporaryFile() as errors:
-        process = subprocess.Popen(build_command(engine, name), cwd=work, env=engine.environment, stdin=subprocess.PIPE,
+        process = subprocess.Popen(build_command(engine, name), cwd=folder, env=engine.environment, stdin=subprocess.PIPE,
                                    stdout=subprocess.DEVNULL, stderr=errors)  # fmt: skip
         try:
             with contextlib.suppress(BrokenPipeError), process.stdin as sink:

@@ -44,9 +44,9 @@ def deal(blocks, count, work, name, engine):
     """Builds work/built.volumes and so many volumes from lists of pieces of FASTA, each with a ">" where a sequence
     begins. name: of the text, for reports. A failure tells the rest of "could not be built: ..."."""
     folders = [Path(work, f"{volume:02}") for volume in range(count)]
-    for folder in folders:
-        folder.mkdir()
-    texts = [folder / name for folder in folders]
+    texts = [folder / "text" / name for folder in folders]
+    for text in texts:
+        text.parent.mkdir(parents=True)
     dealt = _deal(blocks, texts)
     if dealt < count:
         raise refused(f"it has {dealt} sequences, which do not make {count} volumes")
@@ -94,15 +94,16 @@ def _entries(pool, texts):
 
 
 def build_command(engine, name):
-    """The arguments of zelvan for building "built" from a text, both in the folder that it runs in."""
-    return [engine.program, "-mode", "99", "-d", name, "-db_format", "1", "-dd", ".", "-bdb", "built", "-ai", "0",
+    """The arguments of zelvan for building "built" from a text in the folder below it, which zelvan runs in: a text may
+    have any name."""
+    return [engine.program, "-mode", "99", "-d", name, "-db_format", "1", "-dd", "..", "-bdb", "built", "-ai", "0",
             "-md", engine.matrices, "-max_nseq", "1000000000", "-max_seq_len", "2147483647", "-v", "0", "-time", "0"]  # fmt: skip
 
 
 def _build_volume(engine, text):
     """The Entry of the volume, or the number of volumes that zelvan made because one does not hold the text."""
-    folder = text.parent
-    errors, status = child.run(build_command(engine, text.name), cwd=folder, env=engine.environment,
+    folder = text.parent.parent
+    errors, status = child.run(build_command(engine, text.name), cwd=text.parent, env=engine.environment,
                                stdout=subprocess.DEVNULL)  # fmt: skip
     if status != 0:
         raise Failure(reason(errors, status))

@@ -175,6 +175,9 @@ def test_builds_that_end_early_leave_what_was_there(folder):
     folder.file("text.fa", random_proteins(400))
     assert folder.easy("build", "--volumes", "2", "text.fa", "set") == 0, folder.errors
     assert "together" in folder.errors  # so few sequences are not searched volume by volume
+    shutil.copy(folder.path / "text.fa", folder.path / "built.bix")  # an odd name, which is one of the files made on the way
+    for options in ((), ("--volumes", "2")):
+        assert folder.easy("build", *options, "built.bix", "odd") == 0, folder.errors
     before = {path.name: path.read_bytes() for path in folder.path.glob("set.*")}
     assert len(before) == 5
     for arguments, environment, status, words in (
