@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "driver/progress.h"
 #include "driver/search_mode.h"
@@ -118,12 +119,21 @@ void correct_composition(const ResidueModel& model, Ratios& ratios) {
   }
 }
 
-void write_column(const double* ratio, const ResidueModel& model, int32_t i, LookupTable& table,
+// Entries are whole multiples of this.
+int32_t entry_unit(const SearchMode& mode, const ScoreMatrix& matrix, const Params* p) {
+  if (mode.gaps_by_position) return 1;  // their penalties have no common divisor
+  int64_t unit = std::max(1, p->PRECISION / 2);
+  unit = std::gcd(unit, std::gcd(int64_t{p->LD_PEN}, mode.affine ? int64_t{p->LI_PEN} : 0));
+  for (const int32_t score : matrix.pairscore.cells) unit = std::gcd(unit, int64_t{score});
+  return static_cast<int32_t>(unit);
+}
+
+void write_column(const double* ratio, const ResidueModel& model, int32_t unit, int32_t i, LookupTable& table,
                   const Params* p) {
   const auto write = [&](int32_t c, double x) {
     if (x <= 0) return;  // a score so low that its odds vanish: the matrix says it better
     const double value = p->PRECISION * std::log(x) / model.lambda * p->POSWGTFAC;
-    table[c][i] = profile_entry(std::round(value), i, SCORE_KEYS, p);
+    table[c][i] = profile_entry(unit * std::round(value / unit), i, SCORE_KEYS, p);
   };
   for (const int32_t c : model.residues) write(c, ratio[c]);
   for (const AmbiguousCode& ambiguous : model.ambiguous) {
@@ -204,7 +214,8 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
     if (mix(column, model, alpha, p, ratios.ratio[i])) ratios.positions.push_back(i);
   }
   correct_composition(model, ratios);
-  for (const int32_t i : ratios.positions) write_column(ratios.ratio[i], model, i, table, p);
+  const int32_t unit = entry_unit(mode, matrix, p);
+  for (const int32_t i : ratios.positions) write_column(ratios.ratio[i], model, unit, i, table, p);
   progress("About to call FreeDLookup\n", p);
   if (mode.gaps_by_position) set_variable_penalties(mode, matrix, npositions, table, p);
   if (p->VERBOSE != 0) {

@@ -17,7 +17,10 @@
 //    usual composition: p' = (p + mean Q) / 2. Unrelated sequences of a like composition, such as membrane
 //    proteins and coiled coils, would otherwise come into the profile and bring in their families.
 // 5. The entry is ln(x) x PRECISION x POSWGTFAC with x = (Q / p')^(1 / lambda): log-odds in the units of the
-//    score matrix, so that gap penalties keep their meaning from iteration to iteration. Rounded to nearest.
+//    score matrix, so that gap penalties keep their meaning from iteration to iteration. Rounded to the
+//    nearest multiple of the largest number that divides half of PRECISION, all scores of the matrix and the
+//    penalties: narrow lanes, which hold scores by their common divisor, then take profiles as they take the
+//    matrix, and finer entries find no more. With penalties by position (210 and 212) to whole numbers.
 //    Odds of 0, of scores far below any sensible one, have no logarithm: the matrix score stays.
 //
 // Positions without a row, and without any observed residue, keep the matrix scores of the query's residue.

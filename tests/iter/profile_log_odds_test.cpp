@@ -62,6 +62,8 @@ TEST(CalcProfile2, LeansTheBackgroundTowardsTheProfile) {
   const Family family(MATRIX, "W", {"W"});
   Params p = profile_params();
   p.POSWGTFAC = 2000;
+  p.LD_PEN = 200;
+  p.LI_PEN = 1250;
   const Built built = build(family, p), matrix = plain(family, p);
   const ResidueModel model = make_residue_model(MATRIX, p.PRECISION);
   const auto odds = [&](int32_t c) { return std::exp(model.lambda * matrix.table[c][1] / 100.0); };
@@ -69,7 +71,8 @@ TEST(CalcProfile2, LeansTheBackgroundTowardsTheProfile) {
   for (const int32_t c : model.residues) total += model.background[static_cast<std::size_t>(c)] * odds(c);
   for (const int32_t c : model.residues) {
     const double mean = (50 + odds(c)) / total;
-    EXPECT_NEAR(built.table[c][1], 2e5 * std::log(odds(c) / ((1 + mean) / 2)) / model.lambda, 1);
+    EXPECT_NEAR(built.table[c][1], 2e5 * std::log(odds(c) / ((1 + mean) / 2)) / model.lambda, 25.001);
+    EXPECT_EQ(built.table[c][1] % 50, 0) << "scores, penalties and half of PRECISION are multiples of 50";
   }
   for (const char letter : {'X', '!', ' ', ':'}) EXPECT_EQ(built.at(letter, 1), matrix.at(letter, 1));
 }
