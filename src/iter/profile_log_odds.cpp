@@ -18,6 +18,8 @@ constexpr double BETA = 10.0;            // weight of the matrix's expectation, 
 constexpr double FIXED_ALPHA = 2.0;      // weight of what was observed in method 1
 constexpr double OWN_COMPOSITION = 0.5;  // part of the profile's own composition in its background
 constexpr double USUAL_COLUMNS = 50.0;   // columns of the usual composition that count as the profile's own
+constexpr double SURE = 0.1;             // part of PROBCUT2 below which a row always counts
+constexpr double SURE_ENOUGH = 20.0;     // sure sequences that halve the PROBCUT2 of the others
 constexpr double GAP_BACKGROUND = 0.03;  // frequency of a gap at an average position
 constexpr double GAP_BETA = 10.0;        // weight of that average, in observations
 constexpr double GAP_MOST = 0.7;         // a penalty is lowered or raised by at most this part of it
@@ -49,13 +51,30 @@ void add_observation(Column& column, const ResidueModel& model, int32_t code, do
   column.frequency[static_cast<std::size_t>(code)] += weight;
 }
 
-Column observe(const RowWeights& weights, int32_t i, const AlignData& aldat, const ResidueModel& model,
-               int32_t ncodes, int8_t gap) {
+// [row] whether its residues are observations. Rows of one sequence stand side by side.
+UTvector<char> rows_that_count(const UTvector<AlignRow>& rows, double probcut2) {
+  const double sure = SURE * probcut2;
+  int32_t nsure = 0;
+  const SeqRec* last = nullptr;
+  for (const AlignRow& row : rows) {
+    if (row.significance > sure || row.seq == last) continue;
+    ++nsure;
+    last = row.seq;
+  }
+  const double most = std::max(sure, probcut2 / (1.0 + nsure / SURE_ENOUGH));
+  UTvector<char> counts(rows.size());
+  std::transform(rows.begin(), rows.end(), counts.begin(),
+                 [&](const AlignRow& row) { return static_cast<char>(row.significance <= most); });
+  return counts;
+}
+
+Column observe(const RowWeights& weights, const UTvector<char>& counts, int32_t i, const AlignData& aldat,
+               const ResidueModel& model, int32_t ncodes, int8_t gap) {
   Column column;
   column.frequency.assign(static_cast<std::size_t>(ncodes), 0.0);
   add_observation(column, model, aldat.query->seq[i], weights.query);
   for (std::size_t r = 0; r < aldat.rows.size(); ++r) {
-    if (weights.active[r] == 0) continue;
+    if (weights.active[r] == 0 || counts[r] == 0) continue;
     add_observation(column, model, aldat.rows[r].aligned[static_cast<std::size_t>(i)], weights.row[r]);
   }
   column.gaps = column.frequency[static_cast<std::size_t>(gap)];
@@ -195,13 +214,14 @@ void calc_profile2(const ScoreMatrix& matrix, LookupTable& table, const AlignDat
   table = mlookgap(query.seq, query.len, matrix, p->LD_PEN, p->LI_PEN, p);
   if (mode.gaps_by_position) std::fill_n(table[gap], npositions, 0);
 
+  const UTvector<char> counts = rows_that_count(aldat.rows, p->PROBCUT2);
   RowWeights weights = start_row_weights(aldat, matrix);
   Ratios ratios = {make_table<double>(npositions, matrix.inlen, 0.0), {}};
   for (int32_t i = 1; i < npositions; ++i) {
     move_row_weights(weights, i, aldat, matrix, p);
     if (weights.nactive == 0) continue;
     if (p->VERBOSE == TRACE_WEIGHTS) trace_weights(weights, i);
-    const Column column = observe(weights, i, aldat, model, matrix.inlen, gap);
+    const Column column = observe(weights, counts, i, aldat, model, matrix.inlen, gap);
     if (mode.gaps_by_position) {
       // The kernels read the penalties of query position i from entry i - 1.
       const double log_odds = gap_log_odds(column.gaps, weights.mean_distinct, model.lambda, penalty, p);

@@ -4,6 +4,10 @@
 // 1. Position-based weights of the query and of the rows that cover the position (row_weights.h) give the
 //    observed frequencies f. Ambiguous letters count as the residues that they stand for, by background; X
 //    and the like are no observation, nor is a gap: both only take weight away from what was observed.
+//    So do rows that are too doubtful. A sequence with a row at or below a tenth of PROBCUT2 is sure; beside n
+//    sure sequences a row counts whose significance is at most PROBCUT2 / (1 + n / 20), or a tenth of it.
+//    The more relatives are sure, the less another one tells, while the risk that it is none stays the same,
+//    and a stranger in the profile brings its family.
 // 2. The score matrix turns f into the frequencies that it expects among relatives of what was observed,
 //    g(c) = p(c) sum over b of f(b) exp(lambda s(b, c)), p being the background in the database and lambda
 //    the scale of the matrix (residue_model.h).

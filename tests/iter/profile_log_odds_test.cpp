@@ -104,6 +104,35 @@ TEST(CalcProfile2, FollowsWhatWasObserved) {
   }
 }
 
+// By hand: beside n sure sequences a row counts up to .02 / (1 + n / 20), and always up to .002. A sequence
+// with two rows is one.
+TEST(CalcProfile2, ADoubtfulRowCountsTheLessTheMoreAreSure) {
+  struct Case {
+    int32_t sure;
+    double counts, does_not;
+  };
+  Params p = profile_params();
+  set_keys(p, "PROBCUT2 0.02");
+  for (const auto& [sure, counts, does_not] :
+       {Case{0, .0199, .0201}, {1, .019, .0191}, {20, .0099, .0101}, {400, .0019, .0021}}) {
+    const auto score_of_doubtful = [&, sure = sure](double significance) {
+      Family family(MATRIX, "ARNDCQEGHI");
+      const UTvector<SeqRec> sequences(static_cast<std::size_t>(sure), family.query);
+      for (const SeqRec& sequence : sequences) {
+        for (const char* row : {"ARN", "DCQEGHI"}) {
+          family.add_row(row, row[0] == 'A' ? 1 : 4);
+          family.aldat.rows.back().seq = &sequence;
+          family.aldat.rows.back().significance = .0019;
+        }
+      }
+      family.add_row("ARNDCQWGHI");
+      family.aldat.rows.back().significance = significance;
+      return build(family, p).at('W', 7);
+    };
+    EXPECT_GT(score_of_doubtful(counts), score_of_doubtful(does_not) + 50) << sure;
+  }
+}
+
 // A score so low that its odds vanish stays what it is.
 TEST(CalcProfile2, HoldsWhatFits32BitsAndRefusesTheRest) {
   constexpr int32_t VERY_LOW = -100'000'000;
