@@ -138,8 +138,9 @@ struct Width {
 };
 constexpr Width WIDTHS[] = {
     {"8bit", LaneWidth::BITS8}, {"16bit", LaneWidth::BITS16}, {"32bit", LaneWidth::BITS32}};
-constexpr InstructionSet SETS[] = {InstructionSet::PORTABLE, InstructionSet::SSE41, InstructionSet::AVX2,
-                                   InstructionSet::AVX512, InstructionSet::NEON};
+constexpr InstructionSet SETS[] = {InstructionSet::PORTABLE,   InstructionSet::SSE41,
+                                   InstructionSet::AVX2,       InstructionSet::AVX512,
+                                   InstructionSet::AVX512VBMI, InstructionSet::NEON};
 
 const bool registered = [] {
   for (const InstructionSet set : {InstructionSet::REFERENCE, InstructionSet::PORTABLE, InstructionSet::SSE41,

@@ -54,6 +54,7 @@ void run_frame_flag_kernel(InstructionSet set, const FrameFlagBlock& block) {
   switch (set) {
 #if defined(__x86_64__)
     case InstructionSet::AVX512:
+    case InstructionSet::AVX512VBMI:
       return run_frame_flag_kernel_avx512(block);
     case InstructionSet::AVX2:
       return run_frame_flag_kernel_avx2(block);

@@ -18,6 +18,7 @@ InstructionSet run_frame_kernel(InstructionSet set, const KernelCall& call) {
     case InstructionSet::AVX2:
       return run_frame_kernel_avx2(SIDE, call);
     case InstructionSet::AVX512:
+    case InstructionSet::AVX512VBMI:
       return run_frame_kernel_avx512(SIDE, call);
 #elif defined(__aarch64__)
     case InstructionSet::NEON:

@@ -10,7 +10,7 @@ import unittest
 import zelvan_cli
 from zelvan_cli import EXAMPLES, QUERY, SAMPLE, SANITIZED
 
-SETS = ("reference", "portable", "SSE41", "AVX2", "AVX512", "NEON")
+SETS = ("reference", "portable", "SSE41", "AVX2", "AVX512", "AVX512VBMI", "NEON")
 UNKNOWN_SET = 77  # status when this machine cannot run a set
 # What may differ: the time of day and the times taken.
 MASKED = re.compile(

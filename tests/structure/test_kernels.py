@@ -12,6 +12,7 @@ ENTRIES = {
     "frame_flag": "(zelvan::FrameFlagBlock const&)",
 }
 SETS = os.environ["ZELVAN_KERNEL_SETS"].split(",")
+OF_LOCAL_ONLY = {"avx512vbmi"}
 
 
 def symbols_by_object():
@@ -31,7 +32,8 @@ class KernelObjects(unittest.TestCase):
     def test_they_share_their_entry_and_call_the_memory_routines_of_c(self):
         objects = symbols_by_object()
         for family, arguments in ENTRIES.items():
-            for name in (f"{family}_kernel_{kernel_set}" for kernel_set in SETS):
+            sets = [one for one in SETS if family == "local" or one not in OF_LOCAL_ONLY]
+            for name in (f"{family}_kernel_{one}" for one in sets):
                 shared = [text for kind, text in objects[name] if kind.isupper() and kind != "U" or kind in "vwu"]
                 self.assertEqual(shared, [f"zelvan::run_{name}{arguments}"])
                 called = {text for kind, text in objects[name] if kind == "U"} - {"_GLOBAL_OFFSET_TABLE_"}

@@ -8,9 +8,9 @@
 namespace zelvan {
 namespace {
 
-constexpr InstructionSet ALL_SETS[] = {InstructionSet::REFERENCE, InstructionSet::PORTABLE,
-                                       InstructionSet::SSE41,     InstructionSet::AVX2,
-                                       InstructionSet::AVX512,    InstructionSet::NEON};
+constexpr InstructionSet ALL_SETS[] = {
+    InstructionSet::REFERENCE, InstructionSet::PORTABLE,   InstructionSet::SSE41, InstructionSet::AVX2,
+    InstructionSet::AVX512,    InstructionSet::AVX512VBMI, InstructionSet::NEON};
 
 InstructionSet asked_for() {
   const char* name = std::getenv("ZELVAN_TEST_SET");

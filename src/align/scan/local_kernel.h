@@ -15,6 +15,7 @@ InstructionSet run_local_kernel_portable(const KernelCall& call);
 InstructionSet run_local_kernel_sse41(const KernelCall& call);
 InstructionSet run_local_kernel_avx2(const KernelCall& call);
 InstructionSet run_local_kernel_avx512(const KernelCall& call);
+InstructionSet run_local_kernel_avx512vbmi(const KernelCall& call);
 InstructionSet run_local_kernel_neon(const KernelCall& call);
 
 }  // namespace zelvan

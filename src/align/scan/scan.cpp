@@ -20,6 +20,8 @@ InstructionSet run_local_kernel(InstructionSet set, const KernelCall& call) {
       return run_local_kernel_avx2(call);
     case InstructionSet::AVX512:
       return run_local_kernel_avx512(call);
+    case InstructionSet::AVX512VBMI:
+      return run_local_kernel_avx512vbmi(call);
 #elif defined(__aarch64__)
     case InstructionSet::NEON:
       return run_local_kernel_neon(call);

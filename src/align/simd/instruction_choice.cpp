@@ -6,8 +6,8 @@
 namespace zelvan {
 
 InstructionSet best_instruction_set() {
-  for (const InstructionSet set :
-       {InstructionSet::NEON, InstructionSet::AVX512, InstructionSet::AVX2, InstructionSet::SSE41}) {
+  for (const InstructionSet set : {InstructionSet::NEON, InstructionSet::AVX512VBMI, InstructionSet::AVX512,
+                                   InstructionSet::AVX2, InstructionSet::SSE41}) {
     if (is_usable(set)) return set;
   }
   return InstructionSet::PORTABLE;

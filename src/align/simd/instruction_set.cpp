@@ -16,6 +16,8 @@ bool is_usable(InstructionSet set) {
     case InstructionSet::AVX512:
       return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
              __builtin_cpu_supports("avx512vl") != 0;
+    case InstructionSet::AVX512VBMI:
+      return is_usable(InstructionSet::AVX512) && __builtin_cpu_supports("avx512vbmi") != 0;
 #elif defined(__aarch64__)
     case InstructionSet::NEON:  // part of the architecture
       return true;
@@ -37,6 +39,8 @@ const char* instruction_set_name(InstructionSet set) {
       return "AVX2";
     case InstructionSet::AVX512:
       return "AVX512";
+    case InstructionSet::AVX512VBMI:
+      return "AVX512VBMI";
     case InstructionSet::NEON:
       return "NEON";
   }

@@ -7,14 +7,17 @@
 namespace zelvan {
 
 // In order of preference: a later one is faster wherever it runs. REFERENCE is the scalar kernels themselves.
-enum class InstructionSet { REFERENCE, PORTABLE, SSE41, AVX2, AVX512, NEON };
+// AVX512VBMI, with its permutes of bytes, has a kernel of its own for the scan of proteins; elsewhere it is
+// AVX512.
+enum class InstructionSet { REFERENCE, PORTABLE, SSE41, AVX2, AVX512, AVX512VBMI, NEON };
 
 // How many bits of a register one lane takes.
 enum class LaneWidth { BITS8, BITS16, BITS32 };
 
 // vector_bytes - the size of a register; not for REFERENCE, which has none.
 constexpr int32_t vector_bytes(InstructionSet set) {
-  return set == InstructionSet::AVX512 ? 64 : set == InstructionSet::AVX2 ? 32 : 16;
+  if (set == InstructionSet::AVX512 || set == InstructionSet::AVX512VBMI) return 64;
+  return set == InstructionSet::AVX2 ? 32 : 16;
 }
 
 constexpr int32_t lane_bytes(LaneWidth width) {

@@ -9,7 +9,11 @@
 namespace zelvan {
 namespace {
 
+#if defined(__AVX512VBMI__)
+constexpr InstructionSet COMPILED_SET = InstructionSet::AVX512VBMI;
+#else
 constexpr InstructionSet COMPILED_SET = InstructionSet::AVX512;
+#endif
 
 template <LaneWidth W, class MASK>
 struct Vec {
@@ -176,6 +180,21 @@ V interleave_high(V a, V b) {
 template <class V, int COLUMNS>
 struct Codes;
 
+#if defined(__AVX512VBMI__)
+template <int COLUMNS>
+struct Codes<Vec8, COLUMNS> {
+  static constexpr int ROW_BYTES = ROW_CODES;
+  __m512i index[COLUMNS];
+  explicit Codes(const uint8_t* residues) {
+    for (int k = 0; k < COLUMNS; ++k) index[k] = _mm512_load_si512(residues + 64 * k);
+  }
+  void look_up(const uint8_t* row, Vec8* out) const {
+    const __m256i scores = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(row));
+    const __m512i table = _mm512_broadcast_i64x4(scores);
+    for (int k = 0; k < COLUMNS; ++k) out[k].v = _mm512_permutexvar_epi8(index[k], table);
+  }
+};
+#else
 // A byte shuffle reads tables of 16 entries and gives 0 where an index has its top bit set. A row of 32 takes
 // two shuffles whose indices are set up so that exactly one of them answers: code + 0x70 has its top bit set
 // from 16 on, code - 16 below 16.
@@ -201,6 +220,7 @@ struct Codes<Vec8, COLUMNS> {
     }
   }
 };
+#endif
 
 // A row of 32 words is one register.
 template <int COLUMNS>

@@ -74,6 +74,9 @@ TEST_P(EverySet, HandsOnWhatSaturates) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Scan, EverySet, ::testing::ValuesIn(VECTOR_SETS), set_name);
+#if defined(__x86_64__)
+INSTANTIATE_TEST_SUITE_P(ScanOnly, EverySet, ::testing::Values(InstructionSet::AVX512VBMI), set_name);
+#endif
 
 TEST(ScanDatabase, LeavesWhatLanesCannotHoldToTheScalarKernels) {
   Random random(9);
