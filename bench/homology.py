@@ -16,10 +16,12 @@ not count: other superfamilies of the fold, pairs among Rossmann-like folds or a
   TPR1FP       mean over queries of the share of relatives found before the first false hit
   TP@r         mean over queries of the share of relatives found, in one list of all hits by E-value, before there
                are more than r false hits per query
+  strangers    queries with a false hit below an E-value of 0.002: most came into the profile themselves
   false E<=c   false hits per query up to E-value c, divided by their ideal number c. E-values count the whole
                database; they are scaled to the part of it that can be a known false hit
 --decoys appends the domains reversed and shuffled (rev_..., shf_...) to the database and counts them as false hits
-of their own. This lowers sensitivity a little, so measure that without them.
+of their own; the column "most E<=0.001" is the largest number of one query. This lowers sensitivity a little, so
+measure that without them.
 """
 import argparse
 import concurrent.futures
@@ -36,7 +38,9 @@ from typing import NamedTuple
 from fasta_records import records as read_fasta
 
 UNCERTAIN = ({"c.2", "c.3", "c.4", "c.5", "c.27", "c.28", "c.30", "c.31"}, {"b.66", "b.67", "b.68", "b.69", "b.70"})
-RATES = (0.1, 1, 10)  # false hits per query, and the E-values at which false hits are counted
+RATES = (0.01, 0.1, 1, 10)  # false hits per query
+LIMITS = (0.1, 1, 10)  # E-values up to which false hits are counted
+STRANGER, DECOY = 0.002, 0.001  # E-values below which a false hit of one query is too much
 DECOYS = {"reversed": "rev_", "shuffled": "shf_"}
 
 
@@ -279,13 +283,15 @@ class Measure:
         ]
 
     def lowest_probcut(self):
-        """The lists must reach this E-value for the largest of RATES to be counted."""
-        return RATES[-1] / min(self.false_shares)
+        """The lists must reach this E-value for the largest of LIMITS to be counted."""
+        return LIMITS[-1] / min(self.false_shares)
 
     def columns(self):
-        kinds = ["different fold", *(DECOYS if self.with_decoys else ())]
-        return ["ROC5", "TPR1FP", *(f"TP@{rate:g}" for rate in RATES),
-                *(f"{kind} E<={limit:g}" for kind in kinds for limit in RATES)]  # fmt: skip
+        names = ["ROC5", "TPR1FP", *(f"TP@{rate:g}" for rate in RATES), "strangers",
+                 *(f"different fold E<={limit:g}" for limit in LIMITS)]  # fmt: skip
+        for kind in DECOYS if self.with_decoys else ():
+            names += [*(f"{kind} E<={limit:g}" for limit in LIMITS), f"{kind}, most E<={DECOY:g}"]
+        return names
 
     def figures(self, results):
         """results: {identifier: E-value} of each query, in the order of the queries. One number for each column."""
@@ -295,11 +301,21 @@ class Measure:
         ]
         line += [found_at(judged, self.totals, rate) for rate in RATES]
         false = [[value for value, is_true in hits if not is_true] for hits in judged]
-        line += [false_ratio(false, self.false_shares, limit) for limit in RATES]
+        line.append(sum(any(value < STRANGER for value in values) for values in false))
+        line += [false_ratio(false, self.false_shares, limit) for limit in LIMITS]
         for prefix in DECOYS.values() if self.with_decoys else ():
             false = [[value for name, value in hits.items() if name.startswith(prefix)] for hits in results]
-            line += [false_ratio(false, [self.decoy_share] * len(false), limit) for limit in RATES]
+            line += [false_ratio(false, [self.decoy_share] * len(false), limit) for limit in LIMITS]
+            line.append(max(sum(value < DECOY for value in values) for values in false))
         return line
+
+
+def cells(figures):
+    """The figures of a Measure as text: shares, then ratios, and numbers of queries or hits among them."""
+    shares = 2 + len(RATES)
+    return [f"{x:.3f}" for x in figures[:shares]] + [
+        str(x) if isinstance(x, int) else f"{x:.2f}" for x in figures[shares:]
+    ]
 
 
 def read_report(path):
@@ -353,8 +369,7 @@ def main():
     for count in options.iterations:
         # A search that converged earlier keeps its last list.
         figures = table.figures([iterations[min(count, len(iterations)) - 1] for iterations in lists])
-        cells = [f"{x:.3f}" for x in figures[: 2 + len(RATES)]] + [f"{x:.2f}" for x in figures[2 + len(RATES) :]]
-        print(f"| {count} | " + " | ".join(cells) + " |")
+        print(f"| {count} | " + " | ".join(cells(figures)) + " |")
 
 
 if __name__ == "__main__":

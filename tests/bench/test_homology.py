@@ -41,6 +41,15 @@ class FiguresTest(unittest.TestCase):
     def test_false_hits_are_scaled_to_the_false_part(self):
         self.assertAlmostEqual(homology.false_ratio([[0.1, 0.5], [0.2, 0.3]], [1, 0.5], 0.1), 2 / 2 / 0.1)
 
+    def test_strangers_are_counted_once_a_query(self):
+        table = homology.Measure(DOMAINS, ["q", "kin", "kin2"], homology.Size(100, 1000), 3, True)
+        lists = [{"other": 1e-9, "other2": 0.0019, "rev_q": 1e-4, "rev_kin": 9e-4, "shf_q": 0.0011},
+                 {"other": 0.0021, "kin2": 1e-9, "rev_q": 1e-9}, {"fold": 1e-9, "shf_q": 1e-9}]  # fmt: skip
+        figures = dict(zip(table.columns(), table.figures(lists)))
+        self.assertEqual(figures["strangers"], 1)
+        self.assertEqual(figures["reversed, most E<=0.001"], 2)
+        self.assertEqual(figures["shuffled, most E<=0.001"], 1)
+
 
 class MeasurementTest(zelvan_cli.TestCase):
     def test_planted_families_are_found(self):
