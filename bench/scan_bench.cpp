@@ -67,8 +67,11 @@ UTvector<SeqRec> targets_of(int64_t residues) {
   return targets;
 }
 
-// A query of `length` residues; `profile` moves every score off the matrix, as profiles have them.
-LookupTable query_table(int32_t length, bool profile) {
+// The scores of a query: those of the matrix, moved off it to half units as in profiles, or to any number as
+// in profiles with penalties by position.
+enum class Scores { MATRIX, HALF_UNITS, FINE };
+
+LookupTable query_table(int32_t length, Scores scores) {
   Setting& s = setting();
   UTvector<int8_t> query = {0};
   for (std::size_t k = 7; static_cast<int32_t>(query.size()) <= length; ++k) {
@@ -80,18 +83,19 @@ LookupTable query_table(int32_t length, bool profile) {
   LookupTable table =
       mlookgap(query.data(), length + 2, *s.matrix, s.params.LD_PEN, s.params.LI_PEN, &s.params);
   std::mt19937 random(3);
-  if (profile) {
-    for (int32_t& cell : table.cells) cell += static_cast<int32_t>(random() % 99);
+  const int32_t step = scores == Scores::FINE ? 1 : 50;
+  if (scores != Scores::MATRIX) {
+    for (int32_t& cell : table.cells) cell += step * static_cast<int32_t>(random() % (100 / step));
   }
   return table;
 }
 
 void scan_rate(benchmark::State& state, int32_t mode, InstructionSet set, LaneWidth first, int32_t length,
-               bool profile) {
+               Scores kind) {
   Setting& s = setting();
   s.params.MODE = mode;
   s.params.LD_PEN = mode == 200 || mode == 210 || mode == 20 ? 800 : 100;
-  const LookupTable table = query_table(length, profile);
+  const LookupTable table = query_table(length, kind);
   const int64_t cells = set == InstructionSet::REFERENCE ? 100'000'000 : 1'500'000'000;
   const UTvector<SeqRec> targets = targets_of(cells / length);
   UTvector<int32_t> scores(targets.size());
@@ -113,7 +117,7 @@ void scan_rate(benchmark::State& state, int32_t mode, InstructionSet set, LaneWi
 
 void flag_rate(benchmark::State& state, InstructionSet set, int32_t length) {
   Setting& s = setting();
-  const LookupTable table = query_table(length, false);
+  const LookupTable table = query_table(length, Scores::MATRIX);
   const SeqRec target = targets_of(1).front();
   const GapRows gaps = {table[residue_code(*s.matrix, s.params.GAP_CHARACTER)],
                         table[residue_code(*s.matrix, s.params.IGAP_CHARACTER)]};
@@ -127,14 +131,19 @@ void flag_rate(benchmark::State& state, InstructionSet set, int32_t length) {
 }
 
 void add(const std::string& name, int32_t mode, InstructionSet set, LaneWidth first, int32_t length,
-         bool profile) {
-  benchmark::RegisterBenchmark(name.c_str(), scan_rate, mode, set, first, length, profile)
+         Scores kind) {
+  benchmark::RegisterBenchmark(name.c_str(), scan_rate, mode, set, first, length, kind)
       ->Unit(benchmark::kMillisecond);
 }
 
 struct Width {
   const char* name;
   LaneWidth width;
+};
+struct Pass {
+  const char* name;
+  int32_t mode;
+  Scores scores;
 };
 constexpr Width WIDTHS[] = {
     {"8bit", LaneWidth::BITS8}, {"16bit", LaneWidth::BITS16}, {"32bit", LaneWidth::BITS32}};
@@ -151,22 +160,22 @@ const bool registered = [] {
   }
   for (const int32_t mode : {200, 202, 10, 20, 22}) {
     const std::string name = "mode" + std::to_string(mode) + "/query361/";
-    add(name + "scalar", mode, InstructionSet::REFERENCE, LaneWidth::BITS8, 361, false);
+    add(name + "scalar", mode, InstructionSet::REFERENCE, LaneWidth::BITS8, 361, Scores::MATRIX);
     for (const InstructionSet set : SETS) {
       if (!is_usable(set)) continue;
       for (const Width& width : WIDTHS) {
-        add(name + instruction_set_name(set) + "/" + width.name, mode, set, width.width, 361, false);
+        add(name + instruction_set_name(set) + "/" + width.name, mode, set, width.width, 361, Scores::MATRIX);
       }
     }
   }
   for (const int32_t length : {60, 150, 361, 1000, 5000}) {
-    for (const bool profile : {false, true}) {
-      const std::string name =
-          std::string(profile ? "profile212" : "first202") + "/query" + std::to_string(length);
+    for (const auto& [kind, mode, scores] : {Pass{"first202", 202, Scores::MATRIX},
+                                             {"profile202", 202, Scores::HALF_UNITS},
+                                             {"profile212", 212, Scores::FINE}}) {
+      const std::string name = std::string(kind) + "/query" + std::to_string(length);
       for (const InstructionSet set : SETS) {
         if (!is_usable(set)) continue;
-        add(name + "/" + instruction_set_name(set), profile ? 212 : 202, set, LaneWidth::BITS8, length,
-            profile);
+        add(name + "/" + instruction_set_name(set), mode, set, LaneWidth::BITS8, length, scores);
       }
     }
   }
