@@ -68,6 +68,12 @@ bool begin_sequence(LaneFeed& feed, int32_t lane_number, int32_t block) {
   return true;
 }
 
+// So many lanes read side by side that the processor does not see what they will read next.
+void fetch_ahead(const int8_t* at, int32_t bytes) {
+  constexpr int32_t CACHE_LINE = 64;
+  for (int32_t k = 0; k <= bytes; k += CACHE_LINE) __builtin_prefetch(at + k);
+}
+
 // Returns the column behind the lane's last residue of this chunk, rounded up to a block.
 int32_t fill_lane(LaneFeed& feed, int32_t number) {
   const int32_t columns = feed.shape.columns;
@@ -91,6 +97,7 @@ int32_t fill_lane(LaneFeed& feed, int32_t number) {
     }
   }
   std::fill(row + column, row + end, PAD_CODE);
+  fetch_ahead(lane.at, end);
   return column;
 }
 
