@@ -71,7 +71,8 @@ bool begin_sequence(LaneFeed& feed, int32_t lane_number, int32_t block) {
 // So many lanes read side by side that the processor does not see what they will read next.
 void fetch_ahead(const int8_t* at, int32_t bytes) {
   constexpr int32_t CACHE_LINE = 64;
-  for (int32_t k = 0; k <= bytes; k += CACHE_LINE) __builtin_prefetch(at + k);
+  for (int32_t k = 0; k < bytes; k += CACHE_LINE) __builtin_prefetch(at + k);
+  if (bytes > 0) __builtin_prefetch(at + bytes - 1);
 }
 
 // Returns the column behind the lane's last residue of this chunk, rounded up to a block.
@@ -97,7 +98,7 @@ int32_t fill_lane(LaneFeed& feed, int32_t number) {
     }
   }
   std::fill(row + column, row + end, PAD_CODE);
-  fetch_ahead(lane.at, end);
+  fetch_ahead(lane.at, std::min(lane.left, end));
   return column;
 }
 
