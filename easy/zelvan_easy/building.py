@@ -133,9 +133,14 @@ def _build_one(blocks, work, name, engine):
 
 def _move(folder, root, to_folder, to_root):
     """Puts a new database in the place of another one: what belongs together ends with what is read first, and files of
-    the other one go before or after, so that files of two builds are never taken for a database."""
+    the other one go before or after, so that files of two builds are never taken for a database. What is named like a
+    volume is one only where there is a list; else it may be a database of its own, and nothing is stored."""
     new = {to_root + path.name[len(root) :]: path for path in files_of(folder, root)}
-    stale = [path for path in files_like(Path(to_folder), to_root) if path.name not in new]
+    there = files_like(Path(to_folder), to_root)
+    own = [] if Path(to_folder, to_root + ".volumes").exists() else [path for path in there if path.stem != to_root]
+    if own:
+        raise refused(f"{min(own)} is named like a volume of {to_root}, but no list names it: remove it, or choose another name")
+    stale = [path for path in there if path.name not in new]
     Path(to_folder, to_root + ".volumes").unlink(missing_ok=True)
     for name, path in reversed(new.items()):
         os.replace(path, Path(to_folder, name))

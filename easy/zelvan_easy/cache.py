@@ -106,6 +106,8 @@ def open_database(path, engine, cache=None, tell=lambda text: None):
                 if database is None:
                     beside = f"{path}.zelvan" if str(folder) == os.path.abspath(path) + ".zelvan" else folder
                     tell(f"Building a database from {path}, once; it is kept in {beside}")
+                    for file in files_like(folder, key):  # of a run that was killed as it stored them
+                        file.unlink()
                     database = build(path, folder, key, engine)
                     part = folder / f".{key}.json"
                     part.write_text(json.dumps(asdict(database)), encoding="utf-8")

@@ -171,6 +171,20 @@ def stays(folder, before):
     return {path.name: path.read_bytes() for path in folder.path.iterdir() if path.name.startswith(("set", "."))} == before
 
 
+def test_databases_named_like_volumes_stay(folder):
+    """Those that a list names go with their set; without a list they may be anybody's."""
+    folder.file("text.fa", random_proteins(60))
+    assert folder.easy("build", "text.fa", "db.00") == 0, folder.errors
+    stored = (folder.path / "db.00.bsq").read_bytes()
+    for more in ((), ("--volumes", "2")):
+        assert folder.easy("build", *more, "text.fa", "db") == 2 and "db.00.bix is named like" in folder.errors
+        assert sorted(path.name for path in folder.path.glob("db.*")) == ["db.00.bix", "db.00.bsq"]
+    assert (folder.path / "db.00.bsq").read_bytes() == stored
+    for more, count in ((("--volumes", "3"), 7), (("--volumes", "2"), 5), ((), 2)):
+        assert folder.easy("build", *more, "text.fa", "set") == 0, folder.errors
+        assert len(list(folder.path.glob("set.*"))) == count
+
+
 def test_builds_that_end_early_leave_what_was_there(folder):
     folder.file("text.fa", random_proteins(400))
     assert folder.easy("build", "--volumes", "2", "text.fa", "set") == 0, folder.errors
