@@ -1,6 +1,7 @@
 #include "align/trace/move_flags.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "align/simd/aligned_block.h"
@@ -166,6 +167,32 @@ FlagSweep fill_flags(int32_t qlen, const int8_t* target, int32_t dlen, const Loo
   }
   sweep_lanes<int32_t>(qlen, target, dlen, table, gaps, threshold, set, out_flags, sweep);
   return sweep;
+}
+
+void find_high_cells(const MoveFlags& flags, int32_t j, HighCells& out_cells) {
+  constexpr uint64_t HIGH = CELL_HIGH * uint64_t{0x0101010101010101};
+  const int32_t group = flags.group;
+  const int32_t first_row = flags.first + (j - flags.first) / group * group;
+  if (!out_cells.positions.empty() && out_cells.first_row == first_row) return;
+  out_cells.first_row = first_row;
+  out_cells.positions.resize(static_cast<std::size_t>(group));
+  for (UTvector<int32_t>& positions : out_cells.positions) positions.clear();
+  const int64_t size = int64_t{flags.steps} * group;
+  const uint8_t* const block = flags.cells.data() + (first_row - flags.first) * int64_t{flags.steps};
+  const auto note = [&](int64_t at) {
+    const auto lane = static_cast<int32_t>(at % group), step = static_cast<int32_t>(at / group);
+    const int32_t i = step - lane + flags.first;
+    if (i < 1 || i > flags.cols - 2) return;  // before or behind the query
+    out_cells.positions[static_cast<std::size_t>(lane)].push_back(i);
+  };
+  for (int64_t at = 0; at < size; at += 8) {
+    uint64_t word = HIGH;
+    if (size - at >= 8) std::memcpy(&word, block + at, 8);
+    if ((word & HIGH) == 0) continue;
+    for (int64_t one = at; one < std::min(at + 8, size); ++one) {
+      if ((block[one] & CELL_HIGH) != 0) note(one);
+    }
+  }
 }
 
 bool any_negative(const GapRows& gaps, int32_t qlen) {

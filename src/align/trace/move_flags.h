@@ -78,6 +78,20 @@ struct FlagSweep {
 FlagSweep fill_flags(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTable& table,
                      const GapRows& gaps, int32_t threshold, InstructionSet set, MoveFlags& out_flags);
 
+// The cells with CELL_HIGH of the rows that lie interleaved.
+struct HighCells {
+  int32_t first_row = 0;
+  UTvector<UTvector<int32_t>> positions;  // [row - first_row] query positions, ascending
+  const UTvector<int32_t>& of_row(int32_t j) const {
+    return positions[static_cast<std::size_t>(j - first_row)];
+  }
+};
+
+// find_high_cells - those of the rows that lie with row j: flags of a row lie far apart, and to read one row is
+// to read them all.
+// In     out_cells: empty, or of this pair's flags; stays as it is when it holds row j already
+void find_high_cells(const MoveFlags& flags, int32_t j, HighCells& out_cells);
+
 // any_negative - whether a penalty of any query position is negative.
 bool any_negative(const GapRows& gaps, int32_t qlen);
 

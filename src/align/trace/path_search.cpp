@@ -130,8 +130,8 @@ PathRec first_high_cell(const FlaggedPair& pair, int32_t i, int32_t j) {
   }
 }
 
-// Whether nothing can come of a path any more that has seen its last high cell: one from the same start that
-// is no worse has ended.
+// Whether a path from the same start that is no worse has ended already. Nothing comes of this one then, unless
+// it rises further.
 bool is_settled(const PathRec& path, const PathStore& store) {
   const UTvector<PathRec>& slot = store.slots[static_cast<std::size_t>(path.start_i)];
   return std::any_of(slot.begin(), slot.end(), [&](const PathRec& kept) {
@@ -139,19 +139,12 @@ bool is_settled(const PathRec& path, const PathStore& store) {
   });
 }
 
-// The query positions of a row's high cells, in order.
-void find_high_cells(const Row& row, UTvector<int32_t>& out_positions) {
-  out_positions.clear();
-  for (int32_t i = 1; i <= row.pair.qlen - 2; ++i) {
-    if ((row.flags[i] & CELL_HIGH) != 0) out_positions.push_back(i);
-  }
-}
-
 // Carries the live cells of the row above to a row, and keeps the paths that end there.
-// In     above: by query position; high: the row's high cells
-// Out    here: by query position
+// In     above: by query position; high: the row's high cells; drop_below: settled paths whose cells are lower
+//        are not followed any more. One that rises again is then taken up at its next high cell
+// Out    here: by query position; has room for all
 void advance_live(const Row& row, const UTvector<LiveCell>& above, const UTvector<int32_t>& high,
-                  bool is_last_high, UTvector<LiveCell>& here, PathStore& store) {
+                  int32_t drop_below, UTvector<LiveCell>& here, PathStore& store) {
   const int32_t last_i = row.pair.qlen - 2, j = row.j;
   here.clear();
   std::size_t a = 0;  // in `above`: the first at i - 1 or behind
@@ -184,7 +177,8 @@ void advance_live(const Row& row, const UTvector<LiveCell>& above, const UTvecto
       from = &here.back().path;
       h = from->score - row.left(i);
     }
-    LiveCell cell = {i, {}};
+    here.push_back({i, {}});  // made in its place: a record put together elsewhere is slow to copy
+    LiveCell& cell = here.back();
     if (from != nullptr) {
       join_path(cell.path, *from, i, j, h, move != MOVE_LEFT || row.pair.scheme.left_takes_ties);
     } else if (move != 0 && (row.flags[i] & CELL_HIGH) != 0) {
@@ -196,7 +190,7 @@ void advance_live(const Row& row, const UTvector<LiveCell>& above, const UTvecto
     } else if (move == 0 && diagonal != nullptr) {
       keep_path(*diagonal, row.pair.threshold, store);
     }
-    if (lives && !(is_last_high && is_settled(cell.path, store))) here.push_back(cell);
+    if (!lives || (cell.path.score < drop_below && is_settled(cell.path, store))) here.pop_back();
   }
 }
 
@@ -216,22 +210,27 @@ void find_all_paths(const FlaggedPair& pair, PathStore& store) {
   }
 }
 
-void find_high_paths(const FlaggedPair& pair, const UTvector<int32_t>& high_rows, PathStore& store) {
+void find_high_paths(const FlaggedPair& pair, const FlagSweep& sweep, PathStore& store) {
+  // What falls no deeper below the threshold than the best is above it may well rise again.
+  const int32_t low = pair.threshold - (sweep.best - pair.threshold);
   UTvector<LiveCell> above, here;
-  UTvector<int32_t> high;
-  auto next_high_row = high_rows.begin();
+  above.reserve(static_cast<std::size_t>(pair.qlen));
+  here.reserve(static_cast<std::size_t>(pair.qlen));  // records are not moved while others are made of them
+  HighCells high;
+  const UTvector<int32_t> none;
+  auto next_high_row = sweep.high_rows.begin();
   for (int32_t j = 1; j <= pair.dlen - 2; ++j) {
     if (above.empty()) {
-      if (next_high_row == high_rows.end()) return;
+      if (next_high_row == sweep.high_rows.end()) return;
       j = *next_high_row;
     }
-    const Row row(pair, j);
-    high.clear();
-    if (next_high_row != high_rows.end() && j == *next_high_row) {
-      find_high_cells(row, high);
+    const bool is_high = next_high_row != sweep.high_rows.end() && j == *next_high_row;
+    if (is_high) {
+      find_high_cells(pair.flags, j, high);
       ++next_high_row;
     }
-    advance_live(row, above, high, next_high_row == high_rows.end(), here, store);
+    const int32_t drop_below = next_high_row == sweep.high_rows.end() ? INT32_MAX : low;
+    advance_live(Row(pair, j), above, is_high ? high.of_row(j) : none, drop_below, here, store);
     std::swap(above, here);
   }
 }

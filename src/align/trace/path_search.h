@@ -30,7 +30,7 @@ void find_all_paths(const FlaggedPair& pair, PathStore& store);
 
 // find_high_paths - the same paths for no more than the work on those that reach the threshold: a path is
 // followed from its first cell of that value on. Faster where few cells are so high.
-// In     high_rows: of the sweep that filled the flags; no negative penalty
-void find_high_paths(const FlaggedPair& pair, const UTvector<int32_t>& high_rows, PathStore& store);
+// In     sweep: what filled the flags left; no negative penalty
+void find_high_paths(const FlaggedPair& pair, const FlagSweep& sweep, PathStore& store);
 
 }  // namespace zelvan

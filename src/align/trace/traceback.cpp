@@ -16,7 +16,7 @@ int32_t align(int32_t qlen, const int8_t* target, int32_t dlen, const LookupTabl
   const FlaggedPair pair = {qlen, dlen, target, table, gaps, scheme, flags, threshold};
   // Below half of the best, most of what a path leaves behind it is as high.
   if (threshold > sweep.best / 2 && !any_negative(gaps, qlen)) {
-    find_high_paths(pair, sweep.high_rows, store);
+    find_high_paths(pair, sweep, store);
   } else if (sweep.best >= 0) {
     find_all_paths(pair, store);
   }

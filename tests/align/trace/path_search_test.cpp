@@ -33,12 +33,14 @@ TEST_P(PathSearchOfEverySet, FindsHighPathsAsAmongAll) {
     const GapRows gaps = {problem.table[GAP_CODE], problem.table[round % 2 == 0 ? IGAP_CODE : GAP_CODE]};
     if (any_negative(gaps, problem.qlen)) continue;
     pairs += problem.n();
-    int32_t best = 0;
     for (const SeqRec& target : problem.targets) {
+      const auto fill = [&](int32_t threshold) {
+        return fill_flags(problem.qlen, target.seq, target.len, problem.table, gaps, threshold, GetParam(),
+                          flags);
+      };
+      const int32_t best = fill(1).best;
       const int32_t threshold = std::array{best - uniform(random, 0, 12), best / 2, 1, 5}[pairs % 4];
-      const FlagSweep sweep =
-          fill_flags(problem.qlen, target.seq, target.len, problem.table, gaps, threshold, GetParam(), flags);
-      best = sweep.best;
+      const FlagSweep sweep = fill(threshold);
       const FlaggedPair pair = {problem.qlen, target.len,
                                 target.seq,   problem.table,
                                 gaps,         round % 2 == 0 ? FLAGGED_PATHS : LINEAR_PATHS,
@@ -47,7 +49,7 @@ TEST_P(PathSearchOfEverySet, FindsHighPathsAsAmongAll) {
       empty_store(expected, problem.qlen);
       empty_store(found, problem.qlen);
       find_all_paths(pair, expected);
-      find_high_paths(pair, sweep.high_rows, found);
+      find_high_paths(pair, sweep, found);
       ASSERT_EQ(records_of(found), records_of(expected)) << "threshold " << threshold;
       kept += records_of(found).size();
     }
