@@ -133,7 +133,7 @@ void build_next_profile(const RankedScan& ranked, LookupTable& table, TracedHits
 }
 
 // One pass over the database and all that follows from it. Returns the number of changes of the hit list.
-int32_t iterate(Search& search, IterHistory& history, int32_t iteration, Params* p) {
+int32_t iterate(Search& search, IterHistory& history, TracedHits& traced, int32_t iteration, Params* p) {
   search.order = UTvector<int32_t>();
   scan(search, p);
   if (p->NPRINT_TO_THRESHOLD == 1) p->MAX_NOUT = search.database.n;
@@ -176,21 +176,22 @@ int32_t iterate(Search& search, IterHistory& history, int32_t iteration, Params*
     std::fprintf(std_err, "About to call print_alignments_pp\ntotn: %d\np->MAX_AOUT: %d\n", totn,
                  p->MAX_AOUT);
   }
-  TracedHits traced;
   traced.wanted = p->n_probcut2_hits;
   const RankedScan ranked = {search.query, *search.matrix, search.table, lpfit, results};
   lend_hits(search.database, search.order, std::max(p->MAX_AOUT, p->n_probcut2_hits));
   print_alignments_pp(ranked, traced, p);
   build_next_profile(ranked, search.table, traced, p);
+  forget_hits(traced);
   p->lpfit = nullptr;
   return changes;
 }
 
 void search_until_stable(Search& search, Params* p) {
   IterHistory history;
+  TracedHits traced;
   int32_t changes = -1;
   for (int32_t i = 0; i < p->NITER && changes != 0; ++i) {
-    changes = iterate(search, history, i, p);
+    changes = iterate(search, history, traced, i, p);
     if (changes == 0) {
       std::fputs("#\n# Have converged - skipping any remaining iterations.\n#\n", std_out);
     }

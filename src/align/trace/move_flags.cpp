@@ -142,9 +142,10 @@ void fit_flags(MoveFlags& flags, int32_t dlen, int32_t qlen, int32_t group, int3
   const int32_t first = group == 1 ? 0 : 1;
   if (group == 1) steps = qlen - 1;
   const int32_t lanes = (dlen - 1 - first + group - 1) / group * group;
-  if (flags.cells.size() < static_cast<std::size_t>(lanes) * static_cast<std::size_t>(steps)) {
-    ucharfree(flags);  // first, so that two of them never exist together
-    flags = uchararr(lanes + 1, steps + 1);
+  const std::size_t size = static_cast<std::size_t>(lanes) * static_cast<std::size_t>(steps);
+  if (flags.cells.size() < size) {
+    flags.cells = UTvector<uint8_t>();  // first, so that two of them never exist together
+    flags.cells.resize(std::max(size, flags.size));
   }
   flags.rows = dlen;
   flags.cols = qlen;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "align/cell_flags.h"
@@ -27,7 +28,8 @@ struct MoveFlags {
   int32_t cols = 0;   // qlen
   int32_t first = 0;  // target and query position of the first flag
   int32_t group = 1;
-  int32_t steps = 0;  // of a group
+  int32_t steps = 0;     // of a group
+  std::size_t size = 0;  // that the cells get at least when they are made: as large as they will have to be
   UTvector<uint8_t> cells;
 
   FlagRow operator[](int32_t j) {

@@ -211,6 +211,7 @@ void find_all_paths(const FlaggedPair& pair, PathStore& store) {
 }
 
 void find_high_paths(const FlaggedPair& pair, const FlagSweep& sweep, PathStore& store) {
+  if (sweep.high_rows.empty()) return;
   // What falls no deeper below the threshold than the best is above it may well rise again.
   const int32_t low = pair.threshold - (sweep.best - pair.threshold);
   UTvector<LiveCell> above, here;

@@ -80,4 +80,13 @@ const TracedHit& profile_hit(TracedHits& hits, const RankedScan& scan, int32_t r
   return hits.latest;
 }
 
+void forget_hits(TracedHits& hits) {
+  hits.kept = UTvector<TracedHit>();
+  hits.kept_bytes = 0;
+  hits.latest = {};
+  const std::size_t size = hits.flags.cells.size();
+  ucharfree(hits.flags);
+  hits.flags.size = size;
+}
+
 }  // namespace zelvan

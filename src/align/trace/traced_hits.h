@@ -87,4 +87,8 @@ void keep_hit(TracedHits& hits);
 const TracedHit& profile_hit(TracedHits& hits, const RankedScan& scan, int32_t rank, int32_t threshold,
                              Params* p);
 
+// forget_hits - makes ready for the hits of another iteration. Its flags will be as large as they were: taken
+// smaller at first, what they leave behind as they grow would stay with the process.
+void forget_hits(TracedHits& hits);
+
 }  // namespace zelvan
