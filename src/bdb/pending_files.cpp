@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 
 #include "bdb/volume_list.h"
 #include "util/failure.h"
@@ -49,7 +50,7 @@ PendingFile prepare(const UTstring& name, std::size_t buffer) {
   PendingFile file;
   file.name = name;
   file.target = UTfollow(name.c_str());
-  file.temporary = UTcat({file.target, ".XXXXXX", SUFFIX});
+  file.temporary = temporary_name(file.target);
   file.aside = file.temporary;  // of that size: what it becomes later
   file.buffer.resize(buffer);
   return file;
@@ -58,7 +59,7 @@ PendingFile prepare(const UTstring& name, std::size_t buffer) {
 // Creates the temporary file, never one that is there already: the folder may be shared with other machines,
 // where a process has the same number. Returns its descriptor or -1.
 int create_temporary(PendingFile& file, const struct stat* old_opt) {
-  const int descriptor = mkstemps(file.temporary.data(), static_cast<int>(SUFFIX_LENGTH));
+  const int descriptor = create_unique(file.temporary);
   if (descriptor == -1) return -1;
   file.exists = true;
   file.aside.assign(file.temporary, 0, file.temporary.size() - SUFFIX_LENGTH).append(ASIDE);
@@ -178,6 +179,14 @@ void rename_files(const PendingDatabase& pending) {
 }
 
 }  // namespace
+
+UTstring temporary_name(const UTstring& target) {
+  return UTcat({target, ".XXXXXX", SUFFIX});  // mkstemps puts letters in the place of the X
+}
+
+int create_unique(UTstring& name) {
+  return mkstemps(name.data(), static_cast<int>(SUFFIX_LENGTH));
+}
 
 PendingDatabase prepare_files(const UTstring& index_name, const UTstring& sequences_name) {
   PendingDatabase pending;

@@ -50,6 +50,12 @@ PendingVolumes prepare_volumes(const UTstring& index_name, const UTstring& seque
 // Ends   when it cannot be opened, the reason and the name on std_err (status -1)
 void open_pending(const PendingDatabase& pending, PendingFile& file);
 
+// temporary_name - "TARGET.XXXXXX.tmp", of which create_unique makes a name that no file has.
+UTstring temporary_name(const UTstring& target);
+
+// create_unique - creates a file of such a name. Returns its descriptor or -1, errno set.
+int create_unique(UTstring& name);
+
 // put - writes bytes to one of the files. Ends when they cannot be written (status 1).
 void put(const PendingDatabase& pending, const PendingFile& file, const void* bytes, std::size_t size);
 

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -59,8 +58,8 @@ struct VolumePlan {
 
 // A file that is gone when the run ends, however it ends.
 FILE* open_unnamed(const UTstring& beside) {
-  UTstring name = UTcat({UTfollow(beside.c_str()), ".XXXXXX.tmp"});
-  const int descriptor = mkstemps(name.data(), 4);
+  UTstring name = temporary_name(UTfollow(beside.c_str()));
+  const int descriptor = create_unique(name);
   FILE* const stream = descriptor != -1 ? fdopen(descriptor, "w+b") : nullptr;
   if (stream == nullptr) {
     UTerror("Error opening File");
