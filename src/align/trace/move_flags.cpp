@@ -125,27 +125,29 @@ bool sweep_lanes(int32_t qlen, const int8_t* target, int32_t dlen, const LookupT
 
 }  // namespace
 
-MoveFlags uchararr(int32_t dlen, int32_t qlen) {
+MoveFlags uchararr(int32_t dlen, int32_t qlen, std::size_t least) {
   MoveFlags flags;
   flags.rows = dlen;
   flags.cols = qlen;
   flags.steps = qlen - 1;
-  flags.cells.resize(static_cast<std::size_t>(dlen - 1) * static_cast<std::size_t>(qlen - 1));
+  flags.cells.resize(
+      std::max(least, static_cast<std::size_t>(dlen - 1) * static_cast<std::size_t>(qlen - 1)));
   return flags;
 }
 
 void ucharfree(MoveFlags& flags) {
+  const std::size_t least = std::max(flags.least, flags.cells.size());
   flags = MoveFlags();
+  flags.least = least;
 }
 
 void fit_flags(MoveFlags& flags, int32_t dlen, int32_t qlen, int32_t group, int32_t steps) {
   const int32_t first = group == 1 ? 0 : 1;
   if (group == 1) steps = qlen - 1;
   const int32_t lanes = (dlen - 1 - first + group - 1) / group * group;
-  const std::size_t size = static_cast<std::size_t>(lanes) * static_cast<std::size_t>(steps);
-  if (flags.cells.size() < size) {
-    flags.cells = UTvector<uint8_t>();  // first, so that two of them never exist together
-    flags.cells.resize(std::max(size, flags.size));
+  if (flags.cells.size() < static_cast<std::size_t>(lanes) * static_cast<std::size_t>(steps)) {
+    ucharfree(flags);  // first, so that two of them never exist together
+    flags = uchararr(lanes + 1, steps + 1, flags.least);
   }
   flags.rows = dlen;
   flags.cols = qlen;
@@ -187,7 +189,7 @@ void find_high_cells(const MoveFlags& flags, int32_t j, HighCells& out_cells) {
     out_cells.positions[static_cast<std::size_t>(lane)].push_back(i);
   };
   for (int64_t at = 0; at < size; at += 8) {
-    uint64_t word = HIGH;
+    uint64_t word = HIGH;  // the last cells, too few for a word, are all looked at
     if (size - at >= 8) std::memcpy(&word, block + at, 8);
     if ((word & HIGH) == 0) continue;
     for (int64_t one = at; one < std::min(at + 8, size); ++one) {

@@ -28,8 +28,8 @@ struct MoveFlags {
   int32_t cols = 0;   // qlen
   int32_t first = 0;  // target and query position of the first flag
   int32_t group = 1;
-  int32_t steps = 0;     // of a group
-  std::size_t size = 0;  // that the cells get at least when they are made: as large as they will have to be
+  int32_t steps = 0;      // of a group
+  std::size_t least = 0;  // cells that there were before they were released
   UTvector<uint8_t> cells;
 
   FlagRow operator[](int32_t j) {
@@ -39,8 +39,10 @@ struct MoveFlags {
   FlagRow operator[](int32_t j) const { return const_cast<MoveFlags&>(*this)[j]; }
 };
 
-// uchararr, ucharfree - make and release the plain matrix of one pair (stored lengths), all clear.
-MoveFlags uchararr(int32_t dlen, int32_t qlen);
+// uchararr, ucharfree - make and release the plain matrix of one pair (stored lengths), all clear, with room for
+// at least so many cells. Once released, the next ones are made as large at once: what smaller ones leave
+// behind as they grow would stay with the process.
+MoveFlags uchararr(int32_t dlen, int32_t qlen, std::size_t least = 0);
 void ucharfree(MoveFlags& flags);
 
 // fit_flags - shapes the flags for a further pair, in the storage they already have where it is enough;

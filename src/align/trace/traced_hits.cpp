@@ -84,9 +84,7 @@ void forget_hits(TracedHits& hits) {
   hits.kept = UTvector<TracedHit>();
   hits.kept_bytes = 0;
   hits.latest = {};
-  const std::size_t size = hits.flags.cells.size();
   ucharfree(hits.flags);
-  hits.flags.size = size;
 }
 
 }  // namespace zelvan

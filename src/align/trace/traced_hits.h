@@ -50,7 +50,7 @@ struct TracedHit {
   UTvector<int8_t> codes;
 };
 
-// One query, table and ranking; emptied by making it anew.
+// One query, table and ranking; emptied by forget_hits.
 struct TracedHits {
   int32_t wanted = 0;        // ranks below this are asked for by the profile and therefore kept
   UTvector<TracedHit> kept;  // [rank]
@@ -87,8 +87,7 @@ void keep_hit(TracedHits& hits);
 const TracedHit& profile_hit(TracedHits& hits, const RankedScan& scan, int32_t rank, int32_t threshold,
                              Params* p);
 
-// forget_hits - makes ready for the hits of another iteration. Its flags will be as large as they were: taken
-// smaller at first, what they leave behind as they grow would stay with the process.
+// forget_hits - makes ready for another ranking and table.
 void forget_hits(TracedHits& hits);
 
 }  // namespace zelvan

@@ -39,7 +39,7 @@ TEST_P(PathSearchOfEverySet, FindsHighPathsAsAmongAll) {
                           flags);
       };
       const int32_t best = fill(1).best;
-      const int32_t part = best / 100 * uniform(random, 0, 60);
+      const auto part = static_cast<int32_t>(int64_t{best} * uniform(random, 0, 60) / 100);
       const int32_t threshold =
           std::array{best - uniform(random, 0, 12), best - part, best / 2, 1, 5}[pairs % 5];
       const FlagSweep sweep = fill(threshold);
@@ -60,6 +60,8 @@ TEST_P(PathSearchOfEverySet, FindsHighPathsAsAmongAll) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Trace, PathSearchOfEverySet, ::testing::ValuesIn(VECTOR_SETS), set_name);
+INSTANTIATE_TEST_SUITE_P(PlainFlags, PathSearchOfEverySet, ::testing::Values(InstructionSet::REFERENCE),
+                         set_name);
 
 }  // namespace
 }  // namespace zelvan
